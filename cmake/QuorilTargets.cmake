@@ -1,0 +1,49 @@
+# What every target of the project has in common, and how the sources of a layer are found.
+
+add_library(quoril_options INTERFACE)
+target_include_directories(quoril_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_BINARY_DIR}/generated)
+target_compile_definitions(quoril_options INTERFACE
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY
+  QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
+if(MSVC)
+  target_compile_options(quoril_options INTERFACE /W4 /WX /permissive- /utf-8)
+else()
+  target_compile_options(quoril_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wold-style-cast -Werror)
+endif()
+if(QUORIL_SANITIZE)
+  target_compile_options(quoril_options INTERFACE -fsanitize=${QUORIL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(quoril_options INTERFACE -fsanitize=${QUORIL_SANITIZE})
+endif()
+
+# A file whose name ends in one of these words belongs to the gui layer, whatever its folder.
+set(QUORIL_GUI_FILE "_(dialog|dialogs|view|frame|widget|painter|model|commands|app)\\.(cpp|h)$")
+
+# quoril_sources(OUT CORE|GUI|ALL folder...): the sources of the folders (not of their subfolders).
+function(quoril_sources out kind)
+  set(found)
+  foreach(folder IN LISTS ARGN)
+    file(GLOB files CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.h)
+    list(APPEND found ${files})
+  endforeach()
+  if(kind STREQUAL "CORE")
+    list(FILTER found EXCLUDE REGEX "${QUORIL_GUI_FILE}")
+  elseif(kind STREQUAL "GUI")
+    list(FILTER found INCLUDE REGEX "${QUORIL_GUI_FILE}")
+  endif()
+  set(${out} ${found} PARENT_SCOPE)
+endfunction()
+
+# quoril_layer(name SOURCES ... LINK ...): one static library of the layers formats, platform, core, gui.
+function(quoril_layer name)
+  cmake_parse_arguments(LAYER "" "" "SOURCES;LINK" ${ARGN})
+  if(NOT LAYER_SOURCES)
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE ${LAYER_LINK} quoril_options)
+    return()
+  endif()
+  add_library(${name} STATIC ${LAYER_SOURCES})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON LINKER_LANGUAGE CXX)
+  target_link_libraries(${name} PUBLIC ${LAYER_LINK} quoril_options)
+endfunction()
