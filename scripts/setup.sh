@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Installs what the build, the tests and the programs need on Debian, as far as it is missing.
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build
+  qt6-base-dev            # Core, Gui, Widgets, PrintSupport, moc and rcc
+  libgtest-dev libgmock-dev
+  libbenchmark-dev
+  libhivex-bin libregf-utils libevtx-utils libevt-utils   # oracles of the format tests
+  xz-utils                # unpacks the real files that the tests read
+  dbus                    # a private bus for the test of the workstation lock
+  fonts-dejavu-core       # a font for windows without a desktop
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+root=()
+[ "$(id -u)" -eq 0 ] || root=(sudo)
+echo "Installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+"${root[@]}" apt-get update -qq
+"${root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
