@@ -1,0 +1,78 @@
+#pragma once
+
+#include "formats/event_record.h"
+#include "formats/evtx_program.h"
+
+#include <QByteArray>
+
+#include <unordered_map>
+
+namespace quoril::evtx {
+
+/// One chunk of an event log and the programs of the templates it holds.
+class Chunk
+{
+public:
+    static constexpr quint32 Size = 64 * 1024;
+    static constexpr quint32 HeaderSize = 512;
+
+    /// Whether `bytes` begin with a chunk's magic.
+    static bool hasMagic(QByteArrayView bytes);
+    /// The number of the chunk's first record, by its header; `bytes` have at least 32 bytes.
+    static quint64 firstRecord(QByteArrayView bytes);
+
+    /// The chunk's bytes, to be filled before begin(). Fewer than Size are a partial chunk.
+    QByteArray& bytes() { return m_bytes; }
+
+    /// Goes to the first record.
+    void begin();
+
+    /// Makes `entry` the chunk's next event of the span; false at the chunk's end.
+    bool next(const EventSpan& span, EventEntry& entry);
+
+private:
+    /// What of an event is not yet told by `entry` while its record is read.
+    struct Pending
+    {
+        quint32 qualifiers = 0;
+        quint32 eventId = 0;
+        quint64 level = 0;
+        quint64 keywords = 0;
+        bool hasTime = false;
+        bool hasId = false;
+        bool hasSource = false;
+        bool hasClassicSource = false;
+        bool hasComputer = false;
+        bool noString = false; ///< the open element is an array of no strings
+        bool outside = false;
+        int depth = 0;
+        qint64 budget = 0;
+    };
+
+    bool decode(quint32 offset, quint32 end, EventEntry& entry);
+    void runFragment(quint32 offset, quint32 end, Place place, bool insideValue, EventEntry& entry);
+    void runInstance(quint32 offset, quint32 limit, Place place, EventEntry& entry);
+    void run(const Program& program, std::size_t firstValue, std::size_t valueCount, quint32 limit,
+        EventEntry& entry);
+    void substitute(const Value& value, Place place, EventEntry& entry);
+    void setField(const Value& value, Place place, EventEntry& entry);
+    void setName(const QString& name, Place place, EventEntry& entry);
+    void setBinary(const Value& value, EventEntry& entry);
+    void endString(EventEntry& entry);
+    void appendStrings(Value value, EventEntry& entry);
+    void finish(EventEntry& entry);
+    void checkSpan(const EventEntry& entry);
+    const Program& programOf(quint32 definition, Place place);
+
+    QByteArray m_bytes;
+    QByteArrayView m_chunk;
+    quint32 m_offset = 0;
+    quint32 m_end = 0;
+    EventSpan m_span;
+    std::unordered_map<quint64, Program> m_programs; ///< by definition and place
+    std::vector<Value> m_values; ///< of the instances that are being run, innermost last
+    Pending m_pending;
+    QString m_scratch;
+};
+
+} // namespace quoril::evtx

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "formats/error.h"
+#include "formats/event_record.h"
+#include "formats/evtx_chunk.h"
+
+#include <QIODevice>
+
+#include <vector>
+
+namespace quoril {
+
+/// Reads an event log (.evtx) in the order of its chunks, one chunk of 64 KB in memory at a time, and
+/// gives each event in the shape of the classic reading call.
+///
+/// A chunk whose magic is damaged is skipped; what is whole in a partial last chunk, or in a chunk with a
+/// bad checksum, is read.
+class EvtxReader
+{
+public:
+    /// Opens the log on `device`, which is open for reading, random-access, and outlives the reader. Fails
+    /// with EventLogFileCorrupt where the bytes are no event log.
+    static Result<EvtxReader> open(QIODevice& device);
+
+    /// Limits next() to events of the span; others are skipped before their strings are decoded.
+    void setSpan(const EventSpan& span) { m_span = span; }
+
+    /// Makes `entry` the next event; false at the end of the log.
+    bool next(EventEntry& entry);
+
+private:
+    EvtxReader(QIODevice& device, std::vector<qint64> chunks);
+
+    bool loadChunk();
+
+    QIODevice* m_device;
+    std::vector<qint64> m_chunks; ///< offsets in the file, in order of their record numbers
+    std::size_t m_nextChunk = 0;
+    evtx::Chunk m_chunk;
+    EventSpan m_span;
+};
+
+} // namespace quoril
