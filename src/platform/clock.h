@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QtGlobal>
+
+namespace quoril {
+
+/// The machine's time. Everything that waits or looks at the time asks here, so that a test can put its own
+/// time in place.
+class Clock
+{
+public:
+    virtual ~Clock() = default;
+
+    /// Seconds since 1970-01-01 UTC by the wall clock.
+    virtual qint64 now() const = 0;
+
+    /// Milliseconds since the machine's start; it never goes back.
+    virtual quint64 tickCount() const = 0;
+
+    /// Holds the calling thread.
+    virtual void sleep(quint32 milliseconds) = 0;
+
+    /// The interval, in milliseconds of the event loop, that a window timer of this period is set to.
+    virtual int timerInterval(quint32 milliseconds) const = 0;
+};
+
+} // namespace quoril

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+
+namespace quoril {
+
+/// The arguments of a command line by the rules of the Windows run-time library, the program's name first:
+/// blanks and tabs separate, double quotes hold together, 2n backslashes before a quote are n of them and
+/// 2n + 1 are n and a quote of the text. In the program's name backslashes mean nothing of the kind.
+QStringList splitCommandLine(QStringView commandLine);
+
+/// One reading of a command line: the program that it means and what stands behind it.
+struct ProgramCandidate
+{
+    QString program;
+    QStringView rest; // of the command line
+};
+
+/// What a command line may mean as its program, in the order in which Windows tries it: the quoted text, or
+/// without quotes each beginning that ends before a blank, the shortest first.
+QList<ProgramCandidate> programCandidates(QStringView commandLine);
+
+/// The arguments in the text behind the program, by the rules of splitCommandLine().
+QStringList splitArguments(QStringView rest);
+
+/// The text as one argument of a command line, quoted where it has to be.
+QString quoteArgument(QStringView text);
+
+} // namespace quoril

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "formats/error.h"
+
+#include <QIODevice>
+#include <QString>
+#include <QStringView>
+
+#include <memory>
+
+namespace quoril {
+
+/// Files under the machine's own paths ("C:\dir\file", either separator, without regard to case).
+class Files
+{
+public:
+    virtual ~Files() = default;
+
+    /// The file, open for reading. It is shared with writers and with whoever renames or removes it. 2 or 3
+    /// if there is none, 5 if it can't be read, 123 for a text that is no path.
+    virtual Result<std::unique_ptr<QIODevice>> openForReading(QStringView path) = 0;
+
+    /// The file, made or emptied, open for writing. 3 if its folder is missing, 5, 19, 123.
+    virtual Result<std::unique_ptr<QIODevice>> openForWriting(QStringView path) = 0;
+
+    /// Removes the file; 2 if there is none.
+    virtual Status remove(QStringView path) = 0;
+
+    /// Makes the folder the current one of this process's machine paths and of the processes that it creates.
+    virtual Status setCurrentDirectory(QStringView path) = 0;
+};
+
+} // namespace quoril

@@ -1,0 +1,91 @@
+#include "platform/registry.h"
+
+#include <QStringList>
+#include <QtEndian>
+
+namespace quoril {
+
+namespace {
+
+QString unitsOf(const QByteArray& data)
+{
+    QString text(data.size() / 2, Qt::Uninitialized);
+    for (qsizetype i = 0; i < text.size(); ++i)
+        text[i] = QChar(qFromLittleEndian<quint16>(data.constData() + 2 * i));
+    return text;
+}
+
+QByteArray bytesOf(QStringView text)
+{
+    QByteArray data(text.size() * 2, Qt::Uninitialized);
+    for (qsizetype i = 0; i < text.size(); ++i)
+        qToLittleEndian<quint16>(text[i].unicode(), data.data() + 2 * i);
+    return data;
+}
+
+constexpr QChar Zero(u'\0');
+
+} // namespace
+
+Result<QString> RegistryKey::text(QStringView name, qsizetype limitBytes) const
+{
+    const auto found = value(name, limitBytes);
+    if (!found)
+        return found.failure();
+    const QString units = unitsOf(found->data);
+    const qsizetype end = units.indexOf(Zero);
+    return end < 0 ? units : units.left(end);
+}
+
+Result<QStringList> RegistryKey::multiString(QStringView name, qsizetype limitBytes) const
+{
+    const auto found = value(name, limitBytes);
+    if (!found)
+        return found.failure();
+    const QString units = unitsOf(found->data);
+    QStringList texts;
+    for (qsizetype from = 0; from < units.size();) {
+        qsizetype end = units.indexOf(Zero, from);
+        if (end < 0)
+            end = units.size();
+        if (end == from)
+            break;
+        texts.append(units.mid(from, end - from));
+        from = end + 1;
+    }
+    return texts;
+}
+
+Status RegistryKey::setText(QStringView name, QStringView text, quint32 type)
+{
+    return setValue(name, {type, bytesOf(text) + QByteArray(2, '\0')});
+}
+
+Status RegistryKey::setMultiString(QStringView name, const QStringList& texts)
+{
+    QByteArray data;
+    for (const QString& text : texts)
+        data += bytesOf(text) + QByteArray(2, '\0');
+    return setValue(name, {value_type::MultiString, data + QByteArray(2, '\0')});
+}
+
+Status RegistryKey::setDWord(QStringView name, quint32 number)
+{
+    QByteArray data(4, Qt::Uninitialized);
+    qToLittleEndian(number, data.data());
+    return setValue(name, {value_type::DWord, data});
+}
+
+Result<RegistryKeyHandle> openPath(const RegistryKey& key, QStringView path, quint32 access)
+{
+    RegistryKeyHandle current;
+    for (const QStringView name : path.split(u'\\')) {
+        auto next = (current ? *current : key).open(name, access);
+        if (!next)
+            return next.failure();
+        current = *std::move(next);
+    }
+    return current;
+}
+
+} // namespace quoril

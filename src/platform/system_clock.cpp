@@ -1,0 +1,37 @@
+#include "platform/system_clock.h"
+
+#include <QThread>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+
+namespace quoril {
+
+qint64 SystemClock::now() const
+{
+    const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::floor<std::chrono::seconds>(sinceEpoch).count();
+}
+
+quint64 SystemClock::tickCount() const
+{
+    // The steady clocks of both systems count from the start of the machine.
+    const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<quint64>(std::chrono::floor<std::chrono::milliseconds>(sinceStart).count());
+}
+
+void SystemClock::sleep(quint32 milliseconds)
+{
+    QThread::msleep(milliseconds);
+}
+
+int SystemClock::timerInterval(quint32 milliseconds) const
+{
+    // A window timer takes any period of 32 bits and none below 10 ms; the event loop takes an int.
+    constexpr quint32 shortest = 10;
+    constexpr auto longest = static_cast<quint32>(std::numeric_limits<int>::max());
+    return static_cast<int>(std::clamp(milliseconds, shortest, longest));
+}
+
+} // namespace quoril
