@@ -1,0 +1,126 @@
+#include "platform/tree/file_lock.h"
+
+#include "platform/tree/host_error.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int number) : m_number(number) { }
+    ~Descriptor()
+    {
+        if (m_number >= 0)
+            ::close(m_number);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int get() const { return m_number; }
+    int release() { return std::exchange(m_number, -1); }
+
+private:
+    int m_number;
+};
+
+/// A folder that the user may not write is to him what a write-protected disk is.
+Error changeError(int number, const QString& about)
+{
+    Error failure = hostError(number, about);
+    if (failure.number == error::AccessDenied)
+        failure.number = error::WriteProtect;
+    return failure;
+}
+
+int writeAll(int descriptor, const QByteArray& bytes)
+{
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count
+            = ::write(descriptor, bytes.constData() + done, static_cast<std::size_t>(bytes.size() - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return count < 0 ? errno : ENOSPC;
+        done += count;
+    }
+    return ::fsync(descriptor) == 0 ? 0 : errno;
+}
+
+void takeOwnerAndMode(int descriptor, const QByteArray& of)
+{
+    struct stat status = {};
+    if (::stat(of.constData(), &status) != 0)
+        return;
+    // Only root may give a file away; for another user the file is his either way.
+    if (::fchown(descriptor, status.st_uid, status.st_gid) != 0)
+        errno = 0;
+    ::fchmod(descriptor, status.st_mode & 07777);
+}
+
+} // namespace
+
+Result<std::unique_ptr<FileLock>> FileLock::acquire(const QString& fileName)
+{
+    using namespace std::chrono_literals;
+    Descriptor file(
+        ::open(QFile::encodeName(fileName).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (file.get() < 0)
+        return changeError(errno, fileName);
+    const auto end = std::chrono::steady_clock::now() + 20s;
+    while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            return changeError(errno, fileName);
+        if (std::chrono::steady_clock::now() > end)
+            return Error{error::SharingViolation, fileName + u" is held by another program"_s};
+        std::this_thread::sleep_for(2ms);
+    }
+    return std::make_unique<FileLock>(file.release());
+}
+
+FileLock::~FileLock()
+{
+    ::close(m_descriptor);
+}
+
+Status replaceFile(const QString& fileName, const QByteArray& bytes)
+{
+    const QFileInfo info(fileName);
+    const QString temporary = info.path() + u"/."_s + info.fileName() + u".new"_s;
+    const QByteArray hostName = QFile::encodeName(fileName);
+    const QByteArray hostTemporary = QFile::encodeName(temporary);
+    if (::unlink(hostTemporary.constData()) != 0 && errno != ENOENT)
+        return changeError(errno, temporary);
+    const Descriptor file(::open(hostTemporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (file.get() < 0)
+        return changeError(errno, temporary);
+    takeOwnerAndMode(file.get(), hostName);
+    int failure = writeAll(file.get(), bytes);
+    if (failure == 0 && ::rename(hostTemporary.constData(), hostName.constData()) != 0)
+        failure = errno;
+    if (failure != 0) {
+        ::unlink(hostTemporary.constData());
+        return changeError(failure, fileName);
+    }
+    const Descriptor folder(
+        ::open(QFile::encodeName(info.path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ::fsync(folder.get());
+    return {};
+}
+
+} // namespace quoril

@@ -1,0 +1,187 @@
+#include "platform/tree/host_process.h"
+
+#include "platform/tree/host_error.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace quoril {
+
+namespace {
+
+constexpr quint32 StatusAccessViolation = 0xC0000005;
+constexpr quint32 StatusIllegalInstruction = 0xC000001D;
+constexpr quint32 StatusDivideByZero = 0xC0000094;
+constexpr quint32 StatusControlCExit = 0xC000013A;
+constexpr quint32 AbortExitCode = 3;
+
+/// Nothing open, default signals: a child that inherits neither.
+class SpawnSetup
+{
+public:
+    SpawnSetup(const QByteArray& folder, int output)
+    {
+        posix_spawn_file_actions_init(&actions);
+        posix_spawnattr_init(&attributes);
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        if (output >= 0)
+            posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+        else
+            posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+        posix_spawn_file_actions_addchdir_np(&actions, folder.constData());
+        sigset_t signalSet;
+        sigemptyset(&signalSet);
+        posix_spawnattr_setsigmask(&attributes, &signalSet);
+        sigfillset(&signalSet);
+        posix_spawnattr_setsigdefault(&attributes, &signalSet);
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    }
+    ~SpawnSetup()
+    {
+        posix_spawn_file_actions_destroy(&actions);
+        posix_spawnattr_destroy(&attributes);
+    }
+    SpawnSetup(const SpawnSetup&) = delete;
+    SpawnSetup& operator=(const SpawnSetup&) = delete;
+
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+};
+
+std::vector<char*> pointersTo(QList<QByteArray>& texts)
+{
+    std::vector<char*> pointers;
+    pointers.reserve(static_cast<std::size_t>(texts.size()) + 1);
+    for (QByteArray& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+quint32 codeOfSignal(int signal)
+{
+    switch (signal) {
+    case SIGSEGV:
+    case SIGBUS:
+        return StatusAccessViolation;
+    case SIGILL:
+        return StatusIllegalInstruction;
+    case SIGFPE:
+        return StatusDivideByZero;
+    case SIGINT:
+    case SIGTERM:
+    case SIGHUP:
+        return StatusControlCExit;
+    case SIGABRT:
+        return AbortExitCode;
+    default:
+        return 1;
+    }
+}
+
+/// Waits until the process ends or the time is up; by a handle of it where the kernel has such handles.
+void waitForEnd(pid_t pid, std::chrono::milliseconds time)
+{
+    using namespace std::chrono_literals;
+    const auto handle = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
+    if (handle < 0) {
+        std::this_thread::sleep_for(std::min(time, std::chrono::milliseconds(10ms)));
+        return;
+    }
+    pollfd ended = {.fd = handle, .events = POLLIN, .revents = 0};
+    ::poll(&ended, 1, static_cast<int>(std::min<std::chrono::milliseconds>(time, 1000ms).count()));
+    ::close(handle);
+}
+
+} // namespace
+
+Result<std::unique_ptr<HostProcess>> HostProcess::start(const HostCommand& command)
+{
+    const QByteArray program = QFile::encodeName(command.program);
+    QList<QByteArray> arguments = command.arguments;
+    QList<QByteArray> environment = command.environment;
+    const SpawnSetup setup(QFile::encodeName(command.folder), command.output);
+    pid_t pid = 0;
+    const int failure = ::posix_spawn(&pid, program.constData(), &setup.actions, &setup.attributes,
+        pointersTo(arguments).data(), pointersTo(environment).data());
+    if (failure == 0)
+        return std::make_unique<HostProcess>(pid);
+    // The file exists: "not found" speaks of the interpreter that a script or program asks for, and "denied"
+    // for a file that can be read says that the host doesn't take it for a program.
+    const bool notAProgram
+        = failure == ENOENT || (failure == EACCES && ::access(program.constData(), R_OK) == 0);
+    return notAProgram ? Error{error::BadExeFormat, command.program} : hostError(failure, command.program);
+}
+
+HostProcess::HostProcess(pid_t pid) : m_pid(pid) { }
+
+HostProcess::~HostProcess()
+{
+    if (reap())
+        return;
+    std::thread([pid = m_pid] { ::waitpid(pid, nullptr, 0); }).detach();
+}
+
+bool HostProcess::reap()
+{
+    if (m_status)
+        return true;
+    int status = 0;
+    if (::waitpid(m_pid, &status, WNOHANG) != m_pid)
+        return false;
+    m_status = status;
+    return true;
+}
+
+bool HostProcess::wait(quint32 milliseconds)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    while (!reap()) {
+        const auto left
+            = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        if (left.count() <= 0)
+            return false;
+        waitForEnd(m_pid, left);
+    }
+    return true;
+}
+
+Result<quint32> HostProcess::exitCode()
+{
+    if (!reap())
+        return StillActive;
+    if (WIFEXITED(*m_status)) {
+        const int status = WEXITSTATUS(*m_status);
+        return status == 255 ? 0xFFFFFFFFU : static_cast<quint32>(status);
+    }
+    if (m_terminationCode && WTERMSIG(*m_status) == SIGKILL)
+        return *m_terminationCode;
+    return codeOfSignal(WTERMSIG(*m_status));
+}
+
+Status HostProcess::terminate(quint32 exitCode)
+{
+    // A process that was reaped has lost its number, which may be another's by now.
+    if (reap())
+        return Error{error::AccessDenied, {}};
+    if (::kill(m_pid, SIGKILL) != 0)
+        return hostError(errno);
+    m_terminationCode = exitCode;
+    return {};
+}
+
+} // namespace quoril

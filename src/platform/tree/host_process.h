@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/processes.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <optional>
+#include <sys/types.h>
+
+namespace quoril {
+
+/// What a program of the host is started with.
+struct HostCommand
+{
+    QString program;
+    QList<QByteArray> arguments; // the program's name first
+    QList<QByteArray> environment; // "NAME=value"
+    QString folder;
+    int output = -1; // a descriptor for its standard output, which else leads nowhere
+};
+
+/// A child process of the host. It is not left behind as a zombie, whoever drops the object when.
+class HostProcess : public Process
+{
+public:
+    /// 193 for a file that the host can't run, else the host's reason.
+    static Result<std::unique_ptr<HostProcess>> start(const HostCommand& command);
+
+    explicit HostProcess(pid_t pid);
+    ~HostProcess() override;
+    HostProcess(const HostProcess&) = delete;
+    HostProcess& operator=(const HostProcess&) = delete;
+
+    pid_t pid() const { return m_pid; }
+
+    bool wait(quint32 milliseconds) override;
+    Result<quint32> exitCode() override;
+    Status terminate(quint32 exitCode) override;
+
+private:
+    bool reap();
+
+    pid_t m_pid;
+    std::optional<int> m_status;
+    std::optional<quint32> m_terminationCode;
+};
+
+} // namespace quoril
