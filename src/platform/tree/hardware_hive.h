@@ -1,0 +1,16 @@
+#pragma once
+
+#include "formats/regf_hive.h"
+
+#include <QByteArray>
+
+namespace quoril {
+
+/// The hive HARDWARE with DESCRIPTION\System\CentralProcessor\N for each processor that the text tells of,
+/// which has the form of /proc/cpuinfo. A text without processors gives one whose speed isn't known.
+regf::Hive makeHardwareHive(const QByteArray& cpuInfo);
+
+/// What the host tells of its processors now, in that form.
+QByteArray hostCpuInfo();
+
+} // namespace quoril

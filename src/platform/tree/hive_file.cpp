@@ -1,0 +1,230 @@
+#include "platform/tree/hive_file.h"
+
+#include "platform/tree/host_error.h"
+#include "platform/tree/message_table.h"
+#include "platform/tree/tree_paths.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QMutexLocker>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype baseBlockSize = 512;
+// The registry itself holds no hive of more than 2 GB.
+constexpr qint64 largestHive = 0x7FFFFFFF;
+
+void say(const QString& text)
+{
+    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stderr);
+}
+
+} // namespace
+
+HiveFile::HiveFile(const TreePaths& paths, const QString& name)
+    : m_paths(paths)
+    , m_machinePath(u"C:\\Windows\\System32\\config\\"_s + name)
+{
+}
+
+HiveFile::~HiveFile() = default;
+
+void HiveFile::drop()
+{
+    m_stamp = {};
+    m_isDirty = false;
+    put(std::nullopt);
+}
+
+void HiveFile::tellOnce(const Error& failure)
+{
+    const QString text = m_machinePath + u": "_s
+        + (failure.detail.isEmpty() ? windowsMessage(failure.number).trimmed() : failure.detail);
+    if (text == m_told || !QFileInfo::exists(m_paths.root()))
+        return;
+    m_told = text;
+    say(text);
+}
+
+Result<HiveFile::Stamp> HiveFile::stampOf(int descriptor, const QString& hostPath)
+{
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0)
+        return hostError(errno, hostPath);
+    if (!S_ISREG(status.st_mode))
+        return Error{error::AccessDenied, hostPath + u" is no file"_s};
+    QByteArray base(baseBlockSize, '\0');
+    const ssize_t count = ::pread(descriptor, base.data(), static_cast<std::size_t>(base.size()), 0);
+    base.truncate(std::max<ssize_t>(count, 0));
+    return Stamp{
+        status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec, base};
+}
+
+Status HiveFile::readIfReplaced()
+{
+    const Result<QString> host = m_paths.existing(m_machinePath);
+    if (host.errorNumber() == error::PathNotFound)
+        return Error{error::FileNotFound, {}}; // to a registry a missing folder is a missing hive
+    if (!host)
+        return host.failure();
+    m_hostPath = *host;
+    const int descriptor
+        = ::open(QFile::encodeName(m_hostPath).constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (descriptor < 0)
+        return hostError(errno, m_hostPath);
+    Status status;
+    Result<Stamp> stamp = stampOf(descriptor, m_hostPath);
+    if (!stamp)
+        status = stamp.failure();
+    else if (!root() || *stamp != m_stamp)
+        status = load(descriptor, *std::move(stamp));
+    ::close(descriptor);
+    return status;
+}
+
+Status HiveFile::load(int descriptor, Stamp stamp)
+{
+    if (stamp.size > largestHive)
+        return Error{error::RegistryCorrupt, m_hostPath + u" is too large for a hive"_s};
+    QFile file;
+    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle) || !file.seek(0))
+        return Error{error::AccessDenied, file.errorString()};
+    Result<regf::Hive> hive = regf::Hive::parse(file.readAll());
+    if (!hive)
+        return hive.failure();
+    if (hive->notShutDownCleanly())
+        tellOnce(
+            {error::Success, u"the hive was not shut down cleanly; its latest changes may be missing"_s});
+    m_stamp = std::move(stamp);
+    m_damageTold = false;
+    put(*std::move(hive));
+    return {};
+}
+
+void HiveFile::tellDamage()
+{
+    if (m_damageTold || !hive() || !hive()->damaged())
+        return;
+    m_damageTold = true;
+    tellOnce({error::RegistryCorrupt,
+        u"the hive is damaged ("_s + hive()->problems().value(0) + u"); what lies there is missing"_s});
+}
+
+Status HiveFile::refresh()
+{
+    const QMutexLocker locker(&mutex());
+    if (m_inTransaction)
+        return {};
+    Status status = readIfReplaced();
+    if (!status) {
+        drop();
+        tellOnce(status.failure());
+    }
+    return status;
+}
+
+/// What can't be read would be lost in the new file, and so would what stands only in the hive's own log.
+Status HiveFile::refuseDamage()
+{
+    if (hive()->notShutDownCleanly()) {
+        for (const QString& suffix : {u".LOG1"_s, u".LOG2"_s, u".LOG"_s}) {
+            const Result<QString> log = m_paths.existing(m_machinePath + suffix);
+            if (log && QFileInfo(*log).size() > 0)
+                return Error{
+                    error::RegistryCorrupt, m_machinePath + u" has changes in its log that are not in it"_s};
+        }
+    }
+    return hive()->rewritable();
+}
+
+Status HiveFile::begin()
+{
+    if (Status status = refresh(); !status)
+        return status;
+    const QFileInfo info(m_hostPath);
+    Result<std::unique_ptr<FileLock>> lock
+        = FileLock::acquire(info.path() + u"/."_s + info.fileName() + u".lock"_s);
+    if (!lock)
+        return lock.failure();
+    m_lock = *std::move(lock);
+    Status status = refresh();
+    if (status)
+        status = refuseDamage();
+    if (!status)
+        m_lock.reset();
+    else
+        m_inTransaction = true;
+    return status;
+}
+
+Status HiveFile::change(const Change& apply)
+{
+    const QMutexLocker locker(&mutex());
+    const bool isAlone = !m_inTransaction;
+    if (isAlone) {
+        if (Status status = begin(); !status)
+            return status;
+    }
+    m_isDirty = true;
+    Status status = apply(*root(), currentFiletime());
+    if (!isAlone)
+        return status;
+    if (status)
+        return commit();
+    rollBack();
+    return status;
+}
+
+Status HiveFile::write()
+{
+    const Result<QByteArray> bytes = hive()->serialize(currentFiletime());
+    if (!bytes)
+        return bytes.failure();
+    return replaceFile(m_hostPath, *bytes);
+}
+
+Status HiveFile::commit()
+{
+    Status status;
+    if (m_isDirty)
+        status = write();
+    if (!status) {
+        rollBack();
+        return status;
+    }
+    if (m_isDirty) {
+        // The state in memory is that of the new file.
+        const int descriptor = ::open(QFile::encodeName(m_hostPath).constData(), O_RDONLY | O_CLOEXEC);
+        Result<Stamp> stamp = stampOf(descriptor, m_hostPath);
+        if (descriptor >= 0)
+            ::close(descriptor);
+        m_stamp = stamp ? *std::move(stamp) : Stamp();
+    }
+    m_isDirty = false;
+    m_inTransaction = false;
+    m_lock.reset();
+    return status;
+}
+
+void HiveFile::rollBack()
+{
+    if (m_isDirty)
+        drop(); // it is read again from its file
+    m_inTransaction = false;
+    m_lock.reset();
+    if (!root())
+        static_cast<void>(refresh());
+}
+
+} // namespace quoril

@@ -1,0 +1,203 @@
+#include "platform/tree/tree_registry.h"
+
+#include "platform/tree/hardware_hive.h"
+#include "support/temporary_tree.h"
+
+#include <gtest/gtest.h>
+
+namespace quoril::test {
+
+namespace {
+
+constexpr auto controlSets = "[HKEY_LOCAL_MACHINE\\SYSTEM\\Select]\n\"Current\"=dword:00000002\n"
+                             "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Services\\Old]\n"
+                             "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet002\\Services\\Alpha]\n"
+                             "\"Text\"=\"one\"\n\"Number\"=dword:00000001\n"
+                             "\"Cut\"=hex(3):41,00,00,00,42,00\n\"Open\"=hex(2):41,00,42,00,43\n"
+                             "\"List\"=hex(7):61,00,00,00,62,00,00,00,00,00\n\"None\"=hex(0):\n"
+                             "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet002\\Services\\Beta]\n";
+
+QStringList subkeys(const RegistryKey& key)
+{
+    QStringList names;
+    for (quint32 i = 0;; ++i) {
+        const Result<QString> name = key.subkeyName(i, 1023);
+        if (!name)
+            return names;
+        names.append(*name);
+    }
+}
+
+class TreeRegistryTest : public testing::Test
+{
+protected:
+    void SetUp() override { import(machine.registry(), controlSets); }
+
+    TemporaryTree tree;
+    TreeMachine machine{tree.root()};
+    TreeRegistry& registry = machine.registry();
+};
+
+TEST_F(TreeRegistryTest, followsTheLinkToTheControlSetInForce)
+{
+    const auto system = keyAt(registry, u"system");
+    ASSERT_TRUE(system);
+    EXPECT_EQ(subkeys(**system),
+        (QStringList{u"ControlSet001"_s, u"ControlSet002"_s, u"CurrentControlSet"_s, u"Select"_s}));
+    EXPECT_EQ(subkeys(**keyAt(registry, u"SYSTEM\\CURRENTCONTROLSET\\services")),
+        (QStringList{u"Alpha"_s, u"Beta"_s}));
+    EXPECT_EQ((*system)->removeTree(u"CurrentControlSet").errorNumber(), error::AccessDenied);
+
+    ASSERT_TRUE((*keyAt(registry, u"SYSTEM\\Select"))->setDWord(u"Current", 1));
+    EXPECT_EQ(subkeys(**keyAt(registry, u"SYSTEM\\CurrentControlSet\\Services")), QStringList{u"Old"_s});
+    ASSERT_TRUE((*keyAt(registry, u"SYSTEM\\Select"))->setDWord(u"Current", 7));
+    EXPECT_EQ(keyAt(registry, u"SYSTEM\\CurrentControlSet").errorNumber(), error::FileNotFound);
+    EXPECT_EQ(subkeys(**system).size(), 3);
+}
+
+TEST_F(TreeRegistryTest, givesTextWhateverTheTypeUpToItsFirstZeroUnit)
+{
+    const auto key = keyAt(registry, u"SYSTEM\\CurrentControlSet\\Services\\ALPHA");
+    ASSERT_TRUE(key);
+    struct Case
+    {
+        QStringView name;
+        qsizetype limit;
+        quint32 number;
+        QStringView text;
+    };
+    const Case cases[] = {
+        {u"text", 8, 0, u"one"},
+        {u"Text", 7, error::MoreData, u""},
+        {u"Cut", 6, 0, u"A"},
+        {u"Open", 5, 0, u"AB"},
+        {u"None", 0, 0, u""},
+        {u"Number", 1023, 0, u"\u0001"},
+        {u"Missing", 1023, error::FileNotFound, u""},
+    };
+    for (const Case& each : cases) {
+        const Result<QString> text = (*key)->text(each.name, each.limit);
+        EXPECT_EQ(text.errorNumber(), each.number) << qPrintable(each.name.toString());
+        EXPECT_EQ(text ? *text : QString(), each.text) << qPrintable(each.name.toString());
+    }
+    EXPECT_EQ(*(*key)->multiString(u"List", 100), (QStringList{u"a"_s, u"b"_s}));
+    EXPECT_EQ((*key)->subkeyName(0, 10).errorNumber(), error::NoMoreItems);
+    EXPECT_EQ((*key)->valueName(6).errorNumber(), error::NoMoreItems);
+    const auto services = keyAt(registry, u"SYSTEM\\ControlSet002\\Services");
+    EXPECT_EQ((*services)->subkeyName(1, 4).errorNumber(), 0u);
+    EXPECT_EQ((*services)->subkeyName(1, 3).errorNumber(), error::MoreData);
+}
+
+TEST_F(TreeRegistryTest, asksForTheRightOfEachOperation)
+{
+    const QStringView path = u"SYSTEM\\ControlSet002\\Services";
+    const auto with = [&](quint32 access) { return *keyAt(registry, path, access); };
+    using namespace key_access;
+    const quint32 allBut = AllAccess & ~(QueryValue | SetValue | CreateSubKey | EnumerateSubKeys | Delete);
+    const auto none = with(allBut);
+    EXPECT_EQ(none->subkeyName(0, 99).errorNumber(), error::AccessDenied);
+    EXPECT_EQ(none->valueName(0).errorNumber(), error::AccessDenied);
+    EXPECT_EQ(none->value(u"x", 9).errorNumber(), error::AccessDenied);
+    EXPECT_EQ(none->setText(u"x", u"y").errorNumber(), error::AccessDenied);
+    EXPECT_EQ(none->removeValue(u"x").errorNumber(), error::AccessDenied);
+    EXPECT_EQ(none->create(u"New", Read).errorNumber(), error::AccessDenied);
+    EXPECT_EQ(none->removeTree(u"Beta").errorNumber(), error::AccessDenied);
+    EXPECT_TRUE(none->create(u"Beta", Read));
+
+    EXPECT_EQ(with(allBut | EnumerateSubKeys)->subkeyName(0, 99).errorNumber(), 0u);
+    EXPECT_EQ(with(allBut | QueryValue)->value(u"x", 9).errorNumber(), error::FileNotFound);
+    EXPECT_TRUE(with(allBut | SetValue)->setText(u"x", u"y"));
+    EXPECT_TRUE(with(allBut | CreateSubKey)->create(u"New", Read));
+    EXPECT_TRUE(with(allBut | Delete)->removeTree(u"New"));
+    EXPECT_EQ(with(AllAccess)->removeTree(u"New").errorNumber(), error::FileNotFound);
+
+    registry.setAccessCheck(
+        [](QStringView at, quint32 access) { return !at.endsWith(u"\\Beta") || (access & SetValue) == 0; });
+    EXPECT_EQ(with(AllAccess)->open(u"Beta", AllAccess).errorNumber(), error::AccessDenied);
+    EXPECT_TRUE(with(AllAccess)->open(u"Beta", Read));
+}
+
+TEST_F(TreeRegistryTest, keepsOpenKeysOverChangesOfAnotherProgram)
+{
+    TreeMachine other(tree.root());
+    const auto alpha = keyAt(registry, u"SYSTEM\\ControlSet002\\Services\\Alpha");
+    const auto beta = keyAt(registry, u"SYSTEM\\ControlSet002\\Services\\Beta");
+    ASSERT_TRUE(
+        (*keyAt(other.registry(), u"SYSTEM\\ControlSet002\\Services\\Alpha"))->setText(u"Text", u"two"));
+    ASSERT_TRUE((*keyAt(other.registry(), u"SYSTEM\\ControlSet002\\Services"))->removeTree(u"Beta"));
+
+    EXPECT_TRUE(keyAt(registry, u"SYSTEM")); // an opening looks for a new file
+    EXPECT_EQ(*(*alpha)->text(u"Text", 99), u"two");
+    EXPECT_EQ((*beta)->valueName(0).errorNumber(), error::KeyDeleted);
+    EXPECT_EQ((*beta)->setText(u"a", u"b").errorNumber(), error::KeyDeleted);
+
+    // A change is made to the newest state, whatever was read before.
+    ASSERT_TRUE(
+        (*keyAt(other.registry(), u"SYSTEM\\ControlSet002\\Services\\Alpha"))->setText(u"Second", u"2"));
+    ASSERT_TRUE((*alpha)->setText(u"Third", u"3"));
+    EXPECT_EQ(*(*alpha)->text(u"Second", 99), u"2");
+}
+
+TEST_F(TreeRegistryTest, makesARowOfChangesOneOrNone)
+{
+    const QByteArray before = tree.read(u"Windows/System32/config/SYSTEM"_s);
+    {
+        const auto transaction = registry.beginTransaction(u"SYSTEM");
+        ASSERT_TRUE(transaction);
+        ASSERT_TRUE((*keyAt(registry, u"SYSTEM\\ControlSet001"))->create(u"Half", key_access::Read));
+        EXPECT_TRUE(keyAt(registry, u"SYSTEM\\ControlSet001\\Half"));
+        EXPECT_EQ(tree.read(u"Windows/System32/config/SYSTEM"_s), before);
+    }
+    EXPECT_EQ(keyAt(registry, u"SYSTEM\\ControlSet001\\Half").errorNumber(), error::FileNotFound);
+
+    const auto transaction = registry.beginTransaction(u"SYSTEM");
+    const auto set = keyAt(registry, u"SYSTEM\\ControlSet001");
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE((*set)->create(u"Key%1"_s.arg(i), key_access::Read));
+    ASSERT_TRUE((*transaction)->commit());
+    TreeMachine other(tree.root());
+    EXPECT_TRUE(keyAt(other.registry(), u"SYSTEM\\ControlSet001\\Key2"));
+}
+
+TEST_F(TreeRegistryTest, takesAndGivesTheEditorsText)
+{
+    const auto text
+        = exportRegistryText(registry, u"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services");
+    ASSERT_TRUE(text);
+    ASSERT_TRUE((*keyAt(registry, u"SYSTEM\\ControlSet002"))->removeTree(u"Services"));
+    ASSERT_TRUE(importRegistryText(registry, *text));
+    EXPECT_EQ(*exportRegistryText(registry, u"SYSTEM\\CurrentControlSet\\Services"), *text);
+
+    const QByteArray head = "Windows Registry Editor Version 5.00\n";
+    EXPECT_EQ(importRegistryText(registry, head + "[HKEY_LOCAL_MACHINE\\SYSTEM\\New]\n[HKEY_USERS\\x]\n")
+                  .errorNumber(),
+        error::FileNotFound);
+    EXPECT_EQ(
+        importRegistryText(registry, head + "[HKEY_LOCAL_MACHINE\\SYSTEM\\New]\n\"a\"=what\n").errorNumber(),
+        error::BadDatabase);
+    EXPECT_EQ(keyAt(registry, u"SYSTEM\\New").errorNumber(), error::FileNotFound);
+}
+
+TEST_F(TreeRegistryTest, tellsOfTheProcessors)
+{
+    const auto first = keyAt(registry, u"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0");
+    ASSERT_TRUE(first);
+    EXPECT_NE(*(*first)->text(u"ProcessorNameString", 999), QString());
+
+    const regf::Hive hive
+        = makeHardwareHive("processor\t: 0\nvendor_id\t: GenuineIntel\ncpu family\t: 6\n"
+                           "model\t\t: 85\nmodel name\t: Some CPU\nstepping\t: 7\n"
+                           "cpu MHz\t\t: 2499.998\n\nprocessor\t: 1\nmodel name\t: Other\n");
+    const regf::Key* processors = hive.root().find(u"DESCRIPTION\\System\\CentralProcessor");
+    ASSERT_TRUE(processors);
+    EXPECT_EQ(processors->childCount(), 2u);
+    EXPECT_EQ(processors->child(u"0")->value(u"~MHz")->data, QByteArray("\xc4\x09\0\0", 4));
+    const QByteArray identifier = processors->child(u"0")->value(u"Identifier")->data;
+    EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t*>(identifier.constData()))
+                    .endsWith(u" Family 6 Model 85 Stepping 7"));
+    EXPECT_FALSE(processors->child(u"1")->value(u"~MHz"));
+}
+
+} // namespace
+
+} // namespace quoril::test
