@@ -1,0 +1,24 @@
+#include "platform/tree/desktop_programs.h"
+
+#include <QStandardPaths>
+
+#include <array>
+
+namespace quoril {
+
+QString desktopProgram(QStringView systemProgram)
+{
+    static constexpr std::array<QStringView, 7> systemMonitors
+        = {u"gnome-system-monitor", u"plasma-systemmonitor", u"ksysguard", u"mate-system-monitor",
+            u"xfce4-taskmanager", u"lxtask", u"lxqt-system-monitor"};
+    if (systemProgram.compare(u"perfmon.exe", Qt::CaseInsensitive) != 0)
+        return {};
+    for (const QStringView name : systemMonitors) {
+        const QString path = QStandardPaths::findExecutable(name.toString());
+        if (!path.isEmpty())
+            return path;
+    }
+    return {};
+}
+
+} // namespace quoril

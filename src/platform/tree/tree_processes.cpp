@@ -1,0 +1,114 @@
+#include "platform/tree/tree_processes.h"
+
+#include "platform/command_line.h"
+#include "platform/tree/desktop_programs.h"
+#include "platform/tree/host_process.h"
+#include "platform/tree/tree_paths.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcessEnvironment>
+
+#include <array>
+#include <optional>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool hasFolder(QStringView program)
+{
+    return program.contains(u'\\') || program.contains(u'/') || program.contains(u':');
+}
+
+QString withExtension(const QString& program)
+{
+    const qsizetype name = qMax(program.lastIndexOf(u'\\'), program.lastIndexOf(u'/')) + 1;
+    return program.indexOf(u'.', name) < 0 ? program + u".exe"_s : program;
+}
+
+/// The path itself, or the same below each of the folders that are searched for a bare name.
+QStringList placesOf(const QString& program)
+{
+    if (hasFolder(program))
+        return {program};
+    static constexpr std::array<QStringView, 3> folders
+        = {u"C:\\Windows\\System32\\", u"C:\\Windows\\System\\", u"C:\\Windows\\"};
+    QStringList places = {program};
+    for (const QStringView folder : folders)
+        places.append(folder.toString() + program);
+    return places;
+}
+
+QList<QByteArray> environmentFor(const QString& root)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"QUORIL_MACHINE"_s, root);
+    QList<QByteArray> texts;
+    for (const QString& text : environment.toStringList())
+        texts.append(QFile::encodeName(text));
+    return texts;
+}
+
+} // namespace
+
+Result<TreeProcesses::Program> TreeProcesses::findProgram(QStringView commandLine) const
+{
+    std::optional<Error> first;
+    for (const ProgramCandidate& candidate : programCandidates(commandLine)) {
+        for (const QString& place : placesOf(withExtension(candidate.program))) {
+            const Result<QString> host = m_paths.existing(place);
+            if (host && QFileInfo(*host).isFile())
+                return Program{*host, splitArguments(candidate.rest)};
+            if (!first)
+                first = host ? Error{error::AccessDenied, place} : host.failure();
+        }
+    }
+    return first.value_or(Error{error::FileNotFound, {}});
+}
+
+Result<QString> TreeProcesses::findApplication(QStringView name) const
+{
+    Error failure{error::FileNotFound, name.toString()};
+    for (const QString& place : placesOf(name.toString())) {
+        const Result<QString> host = m_paths.existing(place);
+        if (host && QFileInfo(*host).isFile())
+            return *host;
+        if (host || host.errorNumber() != error::FileNotFound)
+            failure = host ? Error{error::AccessDenied, place} : host.failure();
+    }
+    const QString onDesktop = desktopProgram(name);
+    return onDesktop.isEmpty() ? Result<QString>(failure) : onDesktop;
+}
+
+Result<std::unique_ptr<Process>> TreeProcesses::create(QStringView applicationName, QStringView commandLine)
+{
+    Program program;
+    if (applicationName.isEmpty()) {
+        Result<Program> found = findProgram(commandLine);
+        if (!found)
+            return found.failure();
+        program = *std::move(found);
+    } else {
+        const Result<QString> host = findApplication(applicationName);
+        if (!host)
+            return host.failure();
+        program = {*host, splitCommandLine(commandLine).mid(1)};
+    }
+    const Result<QString> folder = m_paths.existing(m_paths.currentDirectory());
+    HostCommand command;
+    command.program = program.hostPath;
+    command.folder = folder ? *folder : m_paths.root();
+    command.environment = environmentFor(m_paths.root());
+    command.arguments.append(QFile::encodeName(program.hostPath));
+    for (const QString& argument : std::as_const(program.arguments))
+        command.arguments.append(QFile::encodeName(argument));
+    Result<std::unique_ptr<HostProcess>> process = HostProcess::start(command);
+    if (!process)
+        return process.failure();
+    return std::unique_ptr<Process>(*std::move(process));
+}
+
+} // namespace quoril

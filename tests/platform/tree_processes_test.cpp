@@ -1,0 +1,144 @@
+#include "platform/tree/tree_processes.h"
+
+#include "platform/command_line.h"
+#include "support/temporary_tree.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+#include <unistd.h>
+
+namespace quoril::test {
+
+namespace {
+
+TEST(CommandLineTest, splitsAsTheRunTimeLibraryDoes)
+{
+    struct Case
+    {
+        QStringView line;
+        QStringList arguments;
+    };
+    const Case cases[] = {
+        {u"", {}},
+        {u"  a.exe\tb  c ", {u"a.exe"_s, u"b"_s, u"c"_s}},
+        {u"\"C:\\a b\\c.exe\" --install \"my service\" \"C:\\x y\\f.cfg\"",
+            {u"C:\\a b\\c.exe"_s, u"--install"_s, u"my service"_s, u"C:\\x y\\f.cfg"_s}},
+        {u"a \"b\\\\\" c\\d \"e\\\"f\" g\\\\\\\"h \"\"",
+            {u"a"_s, u"b\\"_s, u"c\\d"_s, u"e\"f"_s, u"g\\\"h"_s, u""_s}},
+        {u"a \"b\"\"c\" d\"e f\"g \"open end", {u"a"_s, u"b\"c"_s, u"de fg"_s, u"open end"_s}},
+    };
+    for (const Case& each : cases) {
+        EXPECT_EQ(splitCommandLine(each.line), each.arguments) << qPrintable(each.line.toString());
+        QString quoted;
+        for (const QString& argument : each.arguments)
+            quoted += quoteArgument(argument) + u' ';
+        EXPECT_EQ(splitArguments(quoted), each.arguments);
+    }
+}
+
+class TreeProcessesTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        tree.makeFolder(u"Program Files/Quoril"_s);
+        tree.program(u"Program Files/Quoril/Tool.exe"_s,
+            "printf '%s|' \"$@\" > \"$QUORIL_MACHINE/out\"; pwd >> \"$QUORIL_MACHINE/out\"; exit ${2:-0}\n");
+        tree.program(u"Windows/System32/sleep.exe"_s, "exec sleep 30\n");
+        tree.write(u"data.exe"_s, "MZ\x90");
+        tree.program(u"plain.exe"_s, "");
+        tree.write(u"plain.exe"_s,
+            "\x7f"
+            "ELF nothing of the kind");
+    }
+
+    /// The exit code of the finished program.
+    quint32 run(QStringView line)
+    {
+        const auto process = machine.processes().create({}, line);
+        EXPECT_TRUE(process);
+        return process && (*process)->wait(10000) ? *(*process)->exitCode() : StillActive;
+    }
+
+    TemporaryTree tree;
+    TreeMachine machine{tree.root()};
+};
+
+TEST_F(TreeProcessesTest, runsAProgramByItsMachinePath)
+{
+    ASSERT_TRUE(machine.files().setCurrentDirectory(u"C:\\program files\\quoril"));
+    EXPECT_EQ(run(u"\"C:\\PROGRAM FILES\\quoril\\tool.exe\" \"a b\" 7"), 7u);
+    EXPECT_EQ(tree.read(u"out"_s), "a b|7|" + tree.host(u"Program Files/Quoril"_s).toUtf8() + "\n");
+    EXPECT_EQ(run(u"C:\\Program Files\\Quoril\\Tool x 255"), 0xFFFFFFFFu);
+    EXPECT_EQ(run(u"tool"), 0u);
+    EXPECT_EQ(run(u"tool x 255 ü"), 0xFFFFFFFFu);
+    EXPECT_TRUE(tree.read(u"out"_s).startsWith("x|255|\xc3\xbc|"));
+}
+
+TEST_F(TreeProcessesTest, tellsWhyAProgramDoesNotRun)
+{
+    struct Case
+    {
+        QStringView line;
+        quint32 number;
+    };
+    const Case cases[] = {
+        {u"C:\\nothing.exe x", error::FileNotFound},
+        {u"\"C:\\no folder\\nothing.exe\"", error::PathNotFound},
+        {u"C:\\data.exe", error::BadExeFormat},
+        {u"C:\\plain.exe", error::BadExeFormat},
+        {u"\"C:\\Program Files\"", error::FileNotFound},
+        {u"perfmon.exe", error::FileNotFound},
+        {u"", error::FileNotFound},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(machine.processes().create({}, each.line).errorNumber(), each.number)
+            << qPrintable(each.line.toString());
+    EXPECT_EQ(machine.processes().create(u"C:\\Windows", u"x").errorNumber(), error::AccessDenied);
+}
+
+TEST_F(TreeProcessesTest, waitsAndTerminates)
+{
+    const auto process = machine.processes().create({}, u"sleep");
+    ASSERT_TRUE(process);
+    EXPECT_FALSE((*process)->wait(20));
+    EXPECT_EQ(*(*process)->exitCode(), StillActive);
+    EXPECT_TRUE((*process)->terminate(42));
+    EXPECT_TRUE((*process)->wait(10000));
+    EXPECT_EQ(*(*process)->exitCode(), 42u);
+    EXPECT_EQ((*process)->terminate(1).errorNumber(), error::AccessDenied);
+}
+
+TEST_F(TreeProcessesTest, leavesNoZombieOfAProcessThatItLetGo)
+{
+    tree.program(u"short.exe"_s, "echo $$ > \"$QUORIL_MACHINE/pid\"; exec sleep 0.1\n");
+    {
+        const auto process = machine.processes().create({}, u"C:\\short");
+        ASSERT_TRUE(process);
+        for (int i = 0; i < 500 && !tree.read(u"pid"_s).endsWith('\n'); ++i)
+            EXPECT_FALSE((*process)->wait(5));
+    }
+    const auto pid = static_cast<pid_t>(tree.read(u"pid"_s).trimmed().toInt());
+    ASSERT_GT(pid, 0);
+    bool isGone = false;
+    for (int i = 0; i < 1000 && !isGone; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        isGone = ::kill(pid, 0) != 0;
+    }
+    EXPECT_TRUE(isGone);
+}
+
+TEST_F(TreeProcessesTest, givesTheCodeThatWindowsHasForASignal)
+{
+    for (const auto& [signal, code] : {std::pair("SEGV", 0xC0000005U), {"TERM", 0xC000013AU}, {"KILL", 1U}}) {
+        tree.program(u"signal.exe"_s, QByteArray("kill -") + signal + " $$\n");
+        EXPECT_EQ(run(u"C:\\signal.exe"), code) << signal;
+    }
+}
+
+} // namespace
+
+} // namespace quoril::test
