@@ -1,0 +1,136 @@
+#include "platform/tree/tree_session.h"
+
+#include "platform/tree/language_names.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace quoril::test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+TEST(LanguageNamesTest, mapHostLocales)
+{
+    const std::pair<QStringView, QStringView> cases[] = {
+        {u"C", u"ENU"},
+        {u"POSIX", u"ENU"},
+        {u"C.UTF-8", u"ENU"},
+        {u"en_US.UTF-8", u"ENU"},
+        {u"en_GB", u"ENG"},
+        {u"de_DE@euro", u"DEU"},
+        {u"de_AT.UTF-8", u"DEA"},
+        {u"de_XX", u"DEU"},
+        {u"pt_BR.UTF-8", u"PTB"},
+        {u"pt", u"PTG"},
+        {u"sr_RS@latin", u"SRL"},
+        {u"sr_RS", u"SRB"},
+        {u"zh_TW.Big5", u"CHT"},
+        {u"zh", u"CHS"},
+        {u"nn_NO", u"NON"},
+        {u"tlh_XX", u""},
+        {u"", u""},
+    };
+    for (const auto& [locale, name] : cases)
+        EXPECT_EQ(windowsLanguageName(locale), name) << qPrintable(locale.toString());
+
+    qputenv("LC_ALL", "");
+    qputenv("LC_MESSAGES", "fr_CA.UTF-8");
+    qputenv("LANG", "ja_JP.UTF-8");
+    EXPECT_EQ(windowsLanguageName(hostLocaleName(Locale::UserDefault)), u"FRC");
+    qputenv("LC_ALL", "sv_SE.UTF-8");
+    EXPECT_EQ(windowsLanguageName(hostLocaleName(Locale::UserDefault)), u"SVE");
+}
+
+class BroadcastTest : public testing::Test
+{
+protected:
+    /// A program that subscribes and ends with 7 when it hears "wanted", and 1 when it hears anything else.
+    pid_t listener()
+    {
+        int ready[2] = {};
+        EXPECT_EQ(::pipe(ready), 0);
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            int argc = 0;
+            QCoreApplication application(argc, nullptr);
+            BroadcastChannel channel(folder);
+            const auto wanted = channel.subscribe(u"wanted", [] { ::_exit(7); });
+            const auto other = channel.subscribe(u"other", [] { ::_exit(1); });
+            QTimer::singleShot(20000, [] { ::_exit(2); });
+            if (::write(ready[1], "", 1) == 1)
+                QCoreApplication::exec();
+            ::_exit(3);
+        }
+        char byte = 0;
+        EXPECT_EQ(::read(ready[0], &byte, 1), 1);
+        ::close(ready[0]);
+        ::close(ready[1]);
+        return pid;
+    }
+    static int endOf(pid_t pid)
+    {
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        return WEXITSTATUS(status);
+    }
+    QStringList sockets() const { return QDir(folder).entryList(QDir::System | QDir::Files); }
+
+    QTemporaryDir parent;
+    QString folder = parent.filePath(u"quoril"_s);
+};
+
+TEST_F(BroadcastTest, reachesOtherProgramsAndThisOneBeforeItReturns)
+{
+    BroadcastChannel channel(folder);
+    int heard = 0;
+    const auto mine = channel.subscribe(u"wanted", [&] { ++heard; });
+    auto gone = channel.subscribe(u"wanted", [&] { heard += 100; });
+    gone.reset();
+    const pid_t first = listener();
+    const pid_t second = listener();
+    channel.broadcast(u"unknown");
+    channel.broadcast(u"wanted");
+    EXPECT_EQ(heard, 1);
+    EXPECT_EQ(endOf(first), 7);
+    EXPECT_EQ(endOf(second), 7);
+    // They ended without a word: the next message finds what they left and takes it away.
+    EXPECT_EQ(sockets().size(), 3);
+    channel.broadcast(u"wanted");
+    EXPECT_EQ(sockets().size(), 1);
+    EXPECT_EQ(heard, 2);
+}
+
+TEST_F(BroadcastTest, trustsNoFolderOfOthers)
+{
+    ASSERT_TRUE(QDir().mkdir(folder));
+    ::chmod(folder.toLocal8Bit().constData(), 0777);
+    BroadcastChannel channel(folder);
+    int heard = 0;
+    const auto mine = channel.subscribe(u"wanted", [&] { ++heard; });
+    channel.broadcast(u"wanted");
+    EXPECT_EQ(heard, 1);
+    EXPECT_TRUE(sockets().isEmpty());
+}
+
+TEST(TreeSessionTest, findsNoWindowWithoutADisplay)
+{
+    qputenv("DISPLAY", "");
+    TreeSession session;
+    EXPECT_FALSE(session.findWindow(u"Performance Monitor"));
+    qputenv("DISPLAY", ":65000");
+    EXPECT_FALSE(session.findWindow(u"Performance Monitor"));
+}
+
+} // namespace
+
+} // namespace quoril::test
