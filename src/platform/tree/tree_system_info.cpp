@@ -1,0 +1,47 @@
+#include "platform/tree/tree_system_info.h"
+
+#include "platform/registry.h"
+#include "platform/tree/message_table.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+namespace quoril {
+
+Result<QString> TreeSystemInfo::computerName() const
+{
+    constexpr qsizetype limitBytes = 1024;
+    const Result<RegistryKeyHandle> localMachine = m_registry.localMachine();
+    if (!localMachine)
+        return localMachine.failure();
+    // The active name is volatile; a file has it only where the system was not shut down.
+    Result<QString> name = Error{error::FileNotFound, {}};
+    for (const QStringView key : {u"ActiveComputerName", u"ComputerName"}) {
+        const QString path
+            = QStringView(u"SYSTEM\\CurrentControlSet\\Control\\ComputerName\\").toString().append(key);
+        const Result<RegistryKeyHandle> opened = openPath(**localMachine, path, key_access::QueryValue);
+        name = opened ? (*opened)->text(u"ComputerName", limitBytes) : Result<QString>(opened.failure());
+        if (name)
+            break;
+    }
+    return name;
+}
+
+Result<QString> TreeSystemInfo::fileVersion(const QString& hostPath) const
+{
+    // A name without a folder is what a shell or a launcher found on its search path.
+    const QFileInfo asked(hostPath.contains(u'/') ? hostPath : QStandardPaths::findExecutable(hostPath));
+    if (!asked.exists())
+        return Error{error::FileNotFound, hostPath};
+    if (asked.canonicalFilePath() != QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath())
+        return Error{error::ResourceTypeNotFound, hostPath};
+    return QStringLiteral(QUORIL_VERSION);
+}
+
+QString TreeSystemInfo::errorText(quint32 number) const
+{
+    return windowsMessage(number);
+}
+
+} // namespace quoril

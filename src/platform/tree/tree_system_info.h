@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/system_info.h"
+
+namespace quoril {
+
+class Registry;
+
+/// What the tree's registry tells about its system, and the English texts of error numbers.
+class TreeSystemInfo : public SystemInfo
+{
+public:
+    /// The registry is not owned and lives as long as this object.
+    explicit TreeSystemInfo(Registry& registry) : m_registry(registry) { }
+
+    Result<QString> computerName() const override;
+    /// The program that runs has the version that its build gave it; an executable of the host has no version
+    /// block.
+    Result<QString> fileVersion(const QString& hostPath) const override;
+    QString errorText(quint32 number) const override;
+
+private:
+    Registry& m_registry;
+};
+
+} // namespace quoril
