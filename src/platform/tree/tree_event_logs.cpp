@@ -1,0 +1,155 @@
+#include "platform/tree/tree_event_logs.h"
+
+#include "formats/evt_appender.h"
+#include "formats/evt_reader.h"
+#include "formats/evtx_reader.h"
+#include "platform/tree/file_lock.h"
+#include "platform/tree/host_error.h"
+#include "platform/tree/host_file.h"
+#include "platform/tree/tree_paths.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+#include <vector>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString classicPath(QStringView name)
+{
+    QString stem = name.toString();
+    if (name.compare(u"System", Qt::CaseInsensitive) == 0)
+        stem = u"SysEvent"_s;
+    else if (name.compare(u"Application", Qt::CaseInsensitive) == 0)
+        stem = u"AppEvent"_s;
+    return u"C:\\Windows\\System32\\config\\"_s + stem + u".Evt"_s;
+}
+
+/// One file of a log, with the entry that comes next from it.
+class Source
+{
+public:
+    virtual ~Source() = default;
+
+    bool advance() { return read(m_next); }
+    EventEntry& next() { return m_next; }
+
+protected:
+    virtual bool read(EventEntry& entry) = 0;
+
+private:
+    EventEntry m_next;
+};
+
+template <typename Reader> class FileSource : public Source
+{
+public:
+    static Result<std::unique_ptr<Source>> open(const QString& hostPath, const EventSpan& span)
+    {
+        Result<std::unique_ptr<QFile>> file = openRegularFile(hostPath, O_RDONLY, QIODevice::ReadOnly);
+        if (!file)
+            return file.failure();
+        Result<Reader> reader = Reader::open(**file);
+        if (!reader)
+            return reader.failure();
+        reader->setSpan(span);
+        return std::unique_ptr<Source>(std::make_unique<FileSource>(*std::move(file), *std::move(reader)));
+    }
+
+    FileSource(std::unique_ptr<QFile> file, Reader reader)
+        : m_file(std::move(file))
+        , m_reader(std::move(reader))
+    {
+    }
+
+protected:
+    bool read(EventEntry& entry) override { return m_reader.next(entry); }
+
+private:
+    std::unique_ptr<QFile> m_file;
+    Reader m_reader;
+};
+
+/// The entries of several files in order of time; those of one file keep their order.
+class UnionLog : public EventLog
+{
+public:
+    explicit UnionLog(std::vector<std::unique_ptr<Source>> sources) : m_sources(std::move(sources))
+    {
+        std::erase_if(m_sources, [](const auto& source) { return !source->advance(); });
+    }
+
+    bool next(EventEntry& entry) override
+    {
+        const auto earliest
+            = std::min_element(m_sources.begin(), m_sources.end(), [](const auto& left, const auto& right) {
+                  return left->next().timeGenerated < right->next().timeGenerated;
+              });
+        if (earliest == m_sources.end())
+            return false;
+        std::swap(entry, (*earliest)->next());
+        if (!(*earliest)->advance())
+            m_sources.erase(earliest);
+        return true;
+    }
+
+private:
+    std::vector<std::unique_ptr<Source>> m_sources;
+};
+
+} // namespace
+
+Result<std::unique_ptr<EventLog>> TreeEventLogs::open(QStringView name, EventSpan span)
+{
+    std::vector<std::unique_ptr<Source>> sources;
+    Error failure{error::FileNotFound, {}};
+    const auto add = [&](const QString& machinePath, auto openSource) {
+        const Result<QString> host = m_paths.existing(machinePath);
+        Result<std::unique_ptr<Source>> source
+            = host ? openSource(*host, span) : Result<std::unique_ptr<Source>>(host.failure());
+        if (source)
+            sources.push_back(*std::move(source));
+        else if (source.errorNumber() != error::FileNotFound && source.errorNumber() != error::PathNotFound)
+            failure = source.failure();
+    };
+    add(u"C:\\Windows\\System32\\winevt\\Logs\\"_s + name.toString() + u".evtx"_s,
+        FileSource<EvtxReader>::open);
+    add(classicPath(name), FileSource<EvtReader>::open);
+    if (sources.empty())
+        return failure;
+    return std::unique_ptr<EventLog>(std::make_unique<UnionLog>(std::move(sources)));
+}
+
+Status TreeEventLogs::report(QStringView name, const EventEntry& entry)
+{
+    const Result<QString> host = m_paths.forCreation(classicPath(name));
+    if (!host)
+        return host.failure();
+    const QFileInfo info(*host);
+    const auto lock = FileLock::acquire(info.path() + u"/."_s + info.fileName() + u".lock"_s);
+    if (!lock)
+        return lock.failure();
+    const Result<std::unique_ptr<QFile>> file
+        = openRegularFile(*host, O_RDWR | O_CREAT, QIODevice::ReadWrite);
+    if (!file)
+        return file.failure();
+    Result<EvtAppender> appender = EvtAppender::open(**file);
+    if (!appender)
+        return appender.failure();
+    if (Status status = appender->append(entry); !status)
+        return status;
+    if (Status status = appender->finish(); !status)
+        return status;
+    if (!(*file)->flush() || ::fdatasync((*file)->handle()) != 0)
+        return hostError(errno, *host);
+    return {};
+}
+
+} // namespace quoril
