@@ -1,0 +1,52 @@
+#pragma once
+
+#include "formats/error.h"
+#include "platform/services.h"
+#include "platform/tree/tree_processes.h"
+
+#include <QString>
+#include <QStringView>
+
+namespace quoril {
+
+class ServiceFolder;
+class TreeMachine;
+
+/// The services of a tree as its registry has them, the keys below CurrentControlSet\Services. What is
+/// changed here is seen by the registry and the reverse.
+class TreeServiceDatabase
+{
+public:
+    /// The machine is not owned and lives longer.
+    explicit TreeServiceDatabase(TreeMachine& machine) : m_machine(machine) { }
+
+    /// 123 for a text that can't name a service, 1060 if there is none.
+    Status check(QStringView name) const;
+
+    /// The service's name as it is stored; the text itself if there is none.
+    QString storedName(QStringView name) const;
+
+    /// The services that need this one.
+    QStringList dependents(QStringView name) const;
+
+    /// 1060 if there is none.
+    Result<ServiceConfig> config(QStringView name) const;
+    /// In one change of the hive.
+    Status change(QStringView name, const ServiceConfigChange& change);
+    /// 1073, 1072, 87, 123.
+    Status create(const NewService& service);
+
+    bool isMarkedForDelete(QStringView name) const;
+    Status markForDelete(QStringView name);
+    /// Removes a service that is marked, and its folder first: what is gone has left nothing.
+    void removeIfMarked(QStringView name, const ServiceFolder& folder);
+
+    /// The program of the host that the configuration's path stands for: 2, 3, 5, 123, and 193 for a driver
+    /// and for what is no program of the host.
+    Result<TreeProcesses::Program> program(const ServiceConfig& config) const;
+
+private:
+    TreeMachine& m_machine;
+};
+
+} // namespace quoril

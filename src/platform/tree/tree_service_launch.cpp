@@ -1,0 +1,119 @@
+#include "platform/tree/tree_service_host.h"
+
+#include "platform/tree/host_error.h"
+#include "platform/tree/host_process.h"
+#include "platform/tree/process_identity.h"
+#include "platform/tree/tree_machine.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcessEnvironment>
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Longer than a host takes on a machine that is busy to the limit.
+constexpr int AnswerMilliseconds = 30000;
+
+class Pipe
+{
+public:
+    Pipe()
+    {
+        if (::pipe2(m_ends.data(), O_CLOEXEC) != 0)
+            m_ends = {-1, -1};
+    }
+    ~Pipe()
+    {
+        closeEnd(0);
+        closeEnd(1);
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    bool isOpen() const { return m_ends[0] >= 0; }
+    int writing() const { return m_ends[1]; }
+    void closeWriting() { closeEnd(1); }
+
+    /// All that is written until the other side closes its end or the time is up.
+    QByteArray readAll(int milliseconds)
+    {
+        QByteArray all;
+        pollfd end = {.fd = m_ends[0], .events = POLLIN, .revents = 0};
+        std::array<char, 64> bytes;
+        while (::poll(&end, 1, milliseconds) > 0) {
+            const ssize_t count = ::read(m_ends[0], bytes.data(), bytes.size());
+            if (count <= 0)
+                break;
+            all.append(bytes.data(), count);
+        }
+        return all;
+    }
+
+private:
+    void closeEnd(std::size_t end)
+    {
+        if (m_ends[end] >= 0)
+            ::close(m_ends[end]);
+        m_ends[end] = -1;
+    }
+
+    std::array<int, 2> m_ends = {-1, -1};
+};
+
+QString hostProgram()
+{
+    const auto self = ProcessIdentity::of(::getpid());
+    const QString image = self ? QFile::decodeName(self->image) : QString();
+    return QFileInfo(image).path() + u'/' + ServiceHostProgram.toString();
+}
+
+QList<QByteArray> ownEnvironment()
+{
+    QList<QByteArray> texts;
+    for (const QString& text : QProcessEnvironment::systemEnvironment().toStringList())
+        texts.append(QFile::encodeName(text));
+    return texts;
+}
+
+} // namespace
+
+Status launchServiceHost(TreeMachine& machine, QStringView service)
+{
+    const QString program = hostProgram();
+    if (!QFileInfo(program).isFile())
+        return Error{error::FileNotFound, program};
+    Pipe answer;
+    if (!answer.isOpen())
+        return hostError(errno);
+    HostCommand command;
+    command.program = program;
+    command.arguments = {
+        QFile::encodeName(program), QFile::encodeName(machine.paths().root()), service.toString().toUtf8()};
+    command.environment = ownEnvironment();
+    command.folder = machine.paths().root();
+    command.output = answer.writing();
+    const Result<std::unique_ptr<HostProcess>> host = HostProcess::start(command);
+    if (!host)
+        return host.failure();
+    answer.closeWriting();
+    const QByteArray text = answer.readAll(AnswerMilliseconds).trimmed();
+    // The process that was started here has handed its work to one of its own and ends.
+    (*host)->wait(AnswerMilliseconds);
+    bool isNumber = false;
+    const quint32 number = text.toUInt(&isNumber);
+    if (!isNumber)
+        return Error{error::ServiceRequestTimeout, program};
+    return number == error::Success ? Status() : Error{number, program};
+}
+
+} // namespace quoril

@@ -1,0 +1,155 @@
+#include "platform/tree/tree_service_manager.h"
+
+#include "platform/tree/file_lock.h"
+#include "platform/tree/host_file.h"
+#include "platform/tree/tree_machine.h"
+
+#include <QFile>
+
+#include <array>
+#include <fcntl.h>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr quint32 AllServiceRights = 0xF01FF;
+constexpr quint32 AllManagerRights = 0xF003F;
+constexpr qsizetype LockStatusFixedBytes = 24;
+
+/// The rights that generic ones stand for: read, write, execute and all, from the uppermost bit down in the
+/// order read 0x80000000, write, execute, all.
+quint32 specificRights(quint32 access, const std::array<quint32, 4>& meaning)
+{
+    quint32 rights = access & 0x0FFFFFFF;
+    for (std::size_t i = 0; i < meaning.size(); ++i)
+        if (access & (0x80000000U >> i))
+            rights |= meaning[i];
+    return rights;
+}
+
+QString lockFile(const QString& parent)
+{
+    return parent + u"/.database"_s;
+}
+
+QString ownerName()
+{
+    const passwd* user = ::getpwuid(::getuid());
+    const QString name = user ? QString::fromLocal8Bit(user->pw_name) : QString::number(::getuid());
+    std::array<char, 256> host = {};
+    ::gethostname(host.data(), host.size() - 1);
+    return QString::fromLocal8Bit(host.data()) + u'\\' + name;
+}
+
+class TreeDatabaseLock : public ServiceDatabaseLock
+{
+public:
+    explicit TreeDatabaseLock(TryLock lock) : m_lock(std::move(lock)) { }
+    ~TreeDatabaseLock() override { (void)::ftruncate(m_lock.descriptor(), 0); }
+
+private:
+    TryLock m_lock;
+};
+
+/// Removes a service that was marked while it ran or was open, when nobody is left who would do it.
+void removeIfForgotten(TreeMachine& machine, QStringView name)
+{
+    TreeServiceDatabase database(machine);
+    if (!database.isMarkedForDelete(name))
+        return;
+    const auto lock = FileLock::acquire(ServiceFolder::parent(machine.paths()) + u"/.lock"_s);
+    const ServiceFolder folder(machine.paths(), name);
+    if (!lock || folder.path().isEmpty() || folder.current().status.currentState != service_state::Stopped)
+        return;
+    if (const TryLock deleting(folder.file(u"delete")); !deleting.isHeld() && QFile::exists(folder.path()))
+        return;
+    database.removeIfMarked(name, folder);
+}
+
+class TreeServiceControl : public ServiceControl
+{
+public:
+    explicit TreeServiceControl(TreeMachine& machine) : m_machine(machine) { }
+
+    Result<std::unique_ptr<ServiceManager>> openManager(quint32 access) override
+    {
+        constexpr std::array<quint32, 4> generic = {0x20014, 0x20022, 0x20009, AllManagerRights};
+        return std::unique_ptr<ServiceManager>(
+            std::make_unique<TreeServiceManager>(m_machine, specificRights(access, generic)));
+    }
+
+private:
+    TreeMachine& m_machine;
+};
+
+} // namespace
+
+Result<std::unique_ptr<Service>> TreeServiceManager::openService(QStringView name, quint32 access)
+{
+    const TreeServiceDatabase database(m_machine);
+    if (Status known = database.check(name); !known)
+        return known.failure();
+    removeIfForgotten(m_machine, name);
+    if (Status known = database.check(name); !known)
+        return known.failure();
+    constexpr std::array<quint32, 4> generic = {0x2008D, 0x20002, 0x20170, AllServiceRights};
+    return std::unique_ptr<Service>(
+        std::make_unique<TreeService>(m_machine, name.toString(), specificRights(access, generic)));
+}
+
+Status TreeServiceManager::createService(const NewService& service)
+{
+    if (!(m_rights & service_access::ManagerCreateService))
+        return Error{error::AccessDenied, service.name};
+    removeIfForgotten(m_machine, service.name);
+    return TreeServiceDatabase(m_machine).create(service);
+}
+
+Result<std::unique_ptr<ServiceDatabaseLock>> TreeServiceManager::lockDatabase()
+{
+    if (!(m_rights & service_access::ManagerLock))
+        return Error{error::AccessDenied, {}};
+    const Result<QString> parent = ServiceFolder::makeParent(m_machine.paths());
+    if (!parent)
+        return parent.failure();
+    TryLock lock(lockFile(*parent));
+    if (!lock.isHeld())
+        return Error{error::ServiceDatabaseLocked, {}};
+    const QByteArray holder
+        = QByteArray::number(m_machine.clock().now()) + '\n' + ownerName().toUtf8() + '\n';
+    if (::ftruncate(lock.descriptor(), 0) != 0
+        || ::pwrite(lock.descriptor(), holder.constData(), static_cast<std::size_t>(holder.size()), 0) < 0)
+        return Error{error::DiskFull, lockFile(*parent)};
+    return std::unique_ptr<ServiceDatabaseLock>(std::make_unique<TreeDatabaseLock>(std::move(lock)));
+}
+
+Result<ServiceLockStatus> TreeServiceManager::queryLockStatus(qsizetype limitBytes)
+{
+    if (!(m_rights & service_access::ManagerQueryLockStatus))
+        return Error{error::AccessDenied, {}};
+    ServiceLockStatus status;
+    const QString parent = ServiceFolder::parent(m_machine.paths());
+    if (!parent.isEmpty() && TryLock::isTaken(lockFile(parent))) {
+        status.isLocked = true;
+        if (const auto file = openRegularFile(lockFile(parent), O_RDONLY | O_NOFOLLOW, QIODevice::ReadOnly)) {
+            const qint64 since = (*file)->readLine(64).trimmed().toLongLong();
+            status.owner = QString::fromUtf8((*file)->readLine(1024).trimmed());
+            status.secondsHeld = static_cast<quint32>(qMax<qint64>(0, m_machine.clock().now() - since));
+        }
+    }
+    if (limitBytes < LockStatusFixedBytes + 2 * (status.owner.size() + 1))
+        return Error{error::InsufficientBuffer, {}};
+    return status;
+}
+
+std::unique_ptr<ServiceControl> makeTreeServiceControl(TreeMachine& machine)
+{
+    return std::make_unique<TreeServiceControl>(machine);
+}
+
+} // namespace quoril
