@@ -1,0 +1,143 @@
+// The emulator's side of a machine that is a tree: the handshake of docs/service-handshake.md.
+
+#include "emulator.h"
+#include "emulator_log.h"
+
+#include "platform/tree/machine_choice.h"
+#include "platform/tree/tree_machine.h"
+#include "platform/tree/tree_service_state.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace quoril::emulator {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int InstalledStatus = -1;
+constexpr int FailedStatus = 1;
+
+/// The signal that asks to stop is held back and waited for.
+sigset_t stopSignals()
+{
+    sigset_t signalSet;
+    sigemptyset(&signalSet);
+    sigaddset(&signalSet, SIGTERM);
+    return signalSet;
+}
+
+class TreeController : public Controller
+{
+public:
+    TreeController(const QString& service, const ServiceFolder& folder) : m_service(service), m_folder(folder)
+    {
+        const sigset_t signalSet = stopSignals();
+        ::pthread_sigmask(SIG_BLOCK, &signalSet, nullptr);
+    }
+
+    QString serviceName() const override { return m_service; }
+    void reportStartPending(quint32 checkPoint, quint32 waitHint) override
+    {
+        report({service_state::StartPending, 0, checkPoint, waitHint});
+    }
+    void reportRunning() override { report({service_state::Running, 0, 0, 0}); }
+    void reportStopPending(quint32 waitHint) override
+    {
+        report({service_state::StopPending, 0, 1, waitHint});
+    }
+    void reportStopped(quint32 exitCode) override { report({service_state::Stopped, exitCode, 0, 0}); }
+
+    bool waitForStop(std::optional<quint32> milliseconds) override
+    {
+        const sigset_t signalSet = stopSignals();
+        const auto time = milliseconds.value_or(3600U * 1000U);
+        const timespec limit
+            = {static_cast<std::time_t>(time / 1000), static_cast<long>(time % 1000) * 1000000L};
+        while (true) {
+            if (::sigtimedwait(&signalSet, nullptr, &limit) == SIGTERM)
+                return true;
+            if (milliseconds && errno == EAGAIN)
+                return false;
+        }
+    }
+
+private:
+    // A folder that can't be written any more ends in the manager's time limit.
+    void report(const ServiceStatus& status) { (void)m_folder.report({status, {}, {}}).ok(); }
+
+    QString m_service;
+    ServiceFolder m_folder;
+};
+
+void say(std::FILE* stream, const QString& text)
+{
+    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stream);
+}
+
+int installHere(const QStringList& arguments)
+{
+    if (arguments.size() != 3) {
+        say(stderr, u"usage: quoril-emulator --install NAME CONFIG"_s);
+        return FailedStatus;
+    }
+    const auto machine = openMachine(chooseMachine({}));
+    const QString self = machine->paths().machinePath(QFile::symLinkTarget(u"/proc/self/exe"_s));
+    if (self.isEmpty()) {
+        say(stderr,
+            u"The emulator is installed from where it lies on the machine, and this copy lies outside."_s);
+        return FailedStatus;
+    }
+    const Status status = install(*machine, arguments[1], arguments[2], self);
+    if (status)
+        return InstalledStatus;
+    say(stderr,
+        u"%1 can't be installed: error %2 %3"_s.arg(arguments[1])
+            .arg(status.errorNumber())
+            .arg(status.failure().detail));
+    return FailedStatus;
+}
+
+} // namespace
+
+bool appendToFile(Machine& machine, const QString& path, const QByteArray& bytes)
+{
+    const Result<QString> host = static_cast<TreeMachine&>(machine).paths().forCreation(path);
+    if (!host)
+        return false;
+    // One write at the end: lines of several writers don't mix.
+    const int descriptor = ::open(QFile::encodeName(*host).constData(),
+        O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+    if (descriptor < 0)
+        return false;
+    const bool written
+        = ::write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())) == bytes.size();
+    ::close(descriptor);
+    return written;
+}
+
+int runOnPlatform(const QStringList& arguments)
+{
+    if (!arguments.isEmpty() && arguments.first() == u"--install")
+        return installHere(arguments);
+    const std::optional<Behaviour> behaviour = Behaviour::from(arguments);
+    const QString service = qEnvironmentVariable("QUORIL_SERVICE");
+    if (!behaviour || service.isEmpty()) {
+        say(stderr,
+            behaviour ? u"The emulator runs as a service: install it and start that."_s
+                      : u"quoril-emulator: unknown option; --help tells the known ones"_s);
+        return FailedStatus;
+    }
+    TreeMachine machine(qEnvironmentVariable("QUORIL_MACHINE"));
+    TreeController controller(service, ServiceFolder(machine.paths(), service));
+    return runService(machine, controller, *behaviour);
+}
+
+} // namespace quoril::emulator
