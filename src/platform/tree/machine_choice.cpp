@@ -1,0 +1,52 @@
+#include "platform/tree/machine_choice.h"
+
+#include "platform/tree/sample_machine.h"
+#include "platform/tree/tree_machine.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include <cstdio>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void say(const QString& text)
+{
+    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stderr);
+}
+
+} // namespace
+
+MachineChoice chooseMachine(const QString& option)
+{
+    if (!option.isEmpty())
+        return {option, MachineChoice::Origin::Option};
+    if (QString folder = qEnvironmentVariable("QUORIL_MACHINE"); !folder.isEmpty())
+        return {std::move(folder), MachineChoice::Origin::Environment};
+    if (QString folder = QCoreApplication::applicationDirPath() + u"/machine"_s; QFileInfo(folder).isDir())
+        return {std::move(folder), MachineChoice::Origin::BesideProgram};
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return {data + u"/QuorilManager/machine"_s, MachineChoice::Origin::UserData};
+}
+
+std::unique_ptr<TreeMachine> openMachine(const MachineChoice& choice)
+{
+    const bool exists = QFileInfo(choice.folder).isDir();
+    if (!exists && choice.origin == MachineChoice::Origin::UserData) {
+        if (const Status status = createSampleMachine(choice.folder); !status)
+            say(u"The sample machine can't be made in %1: %2"_s.arg(choice.folder, status.failure().detail));
+    } else if (!exists) {
+        const QString named = choice.origin == MachineChoice::Origin::Environment
+            ? u" (named by QUORIL_MACHINE)"_s
+            : QString();
+        say(u"The machine %1%2 is no folder."_s.arg(choice.folder, named));
+    }
+    return std::make_unique<TreeMachine>(choice.folder);
+}
+
+} // namespace quoril

@@ -1,0 +1,18 @@
+#include "platform/tree/tree_machine.h"
+
+namespace quoril {
+
+TreeMachine::TreeMachine(const QString& root)
+    : m_paths(root)
+    , m_registry(m_paths)
+    , m_eventLogs(m_paths)
+    , m_processes(m_paths)
+    , m_files(m_paths)
+    , m_systemInfo(m_registry)
+    , m_services(makeTreeServiceControl(*this))
+{
+}
+
+TreeMachine::~TreeMachine() = default;
+
+} // namespace quoril

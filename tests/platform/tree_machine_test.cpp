@@ -1,0 +1,222 @@
+#include "platform/tree/tree_machine.h"
+
+#include "platform/tree/machine_choice.h"
+#include "platform/tree/sample_machine.h"
+#include "support/temporary_tree.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QtEndian>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace quoril::test {
+
+namespace {
+
+EventEntry entryAt(quint32 time, const QString& source)
+{
+    EventEntry entry;
+    entry.timeGenerated = time;
+    entry.timeWritten = time;
+    entry.eventType = event_type::Warning;
+    entry.sourceName = source;
+    entry.computerName = u"HERE"_s;
+    entry.insertStrings.append(u"text");
+    return entry;
+}
+
+TEST(TreeMachineTest, reportsToAndReadsItsEventLogs)
+{
+    const TemporaryTree tree;
+    TreeMachine machine(tree.root());
+    EventLogs& logs = machine.eventLogs();
+    EXPECT_EQ(logs.open(u"System", {}).errorNumber(), error::FileNotFound);
+    for (const quint32 time : {1000u, 2000u, 3000u})
+        ASSERT_TRUE(logs.report(u"System", entryAt(time, u"Source%1"_s.arg(time))));
+    TreeMachine other(tree.root());
+    const auto log = other.eventLogs().open(u"system", {1500, 3000});
+    ASSERT_TRUE(log);
+    EventEntry entry;
+    ASSERT_TRUE((*log)->next(entry));
+    EXPECT_EQ(entry.sourceName, u"Source2000");
+    EXPECT_EQ(entry.recordNumber, 2u);
+    EXPECT_TRUE((*log)->next(entry));
+    EXPECT_FALSE((*log)->next(entry));
+    EXPECT_EQ(logs.open(u"Application", {}).errorNumber(), error::FileNotFound);
+    tree.write(u"Windows/System32/config/AppEvent.Evt"_s, "no log");
+    EXPECT_EQ(logs.open(u"Application", {}).errorNumber(), error::EventLogFileCorrupt);
+}
+
+TEST(TreeMachineTest, unitesBothFilesOfALogInOrderOfTime)
+{
+    const QString real = qEnvironmentVariable("QUORIL_REAL_DATA");
+    if (real.isEmpty())
+        GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
+    const TemporaryTree tree;
+    tree.makeFolder(u"Windows/System32/WINEVT/Logs"_s);
+    QProcess unpack;
+    unpack.setStandardOutputFile(tree.host(u"Windows/System32/WINEVT/Logs/system.EVTX"_s));
+    unpack.start(u"xz"_s, {u"-dc"_s, real + u"/System.evtx.xz"_s});
+    ASSERT_TRUE(unpack.waitForFinished());
+    TreeMachine machine(tree.root());
+    const auto before = machine.eventLogs().open(u"System", {});
+    ASSERT_TRUE(before);
+    EventEntry entry;
+    std::vector<quint32> times;
+    while ((*before)->next(entry))
+        times.push_back(entry.timeGenerated);
+    ASSERT_EQ(times.size(), 5009u);
+    const quint32 middle = times[2500];
+    ASSERT_TRUE(machine.eventLogs().report(u"System", entryAt(middle, u"Ours"_s)));
+    const auto after = machine.eventLogs().open(u"System", {middle, middle});
+    std::size_t same = 0;
+    bool ours = false;
+    for (; (*after)->next(entry); ++same)
+        ours = ours || entry.sourceName == u"Ours";
+    EXPECT_TRUE(ours);
+    EXPECT_EQ(same, 1 + static_cast<std::size_t>(std::count(times.begin(), times.end(), middle)));
+}
+
+TEST(TreeMachineTest, mayBeUsedFromSeveralThreads)
+{
+    const TemporaryTree tree;
+    TreeMachine machine(tree.root());
+    import(machine.registry(),
+        "[HKEY_LOCAL_MACHINE\\SYSTEM\\Select]\n\"Current\"=dword:1\n"
+        "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Services\\A\\B]\n\"v\"=\"x\"\n");
+    std::atomic<int> failures = 0;
+    std::vector<std::jthread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([&, number] {
+            const QString path = u"SYSTEM\\CurrentControlSet\\Services"_s;
+            for (int i = 0; i < 25; ++i) {
+                const auto services = keyAt(machine.registry(), path);
+                const QString own = u"T%1"_s.arg(number);
+                const bool done = number % 2 == 0
+                    ? (*services)->create(own, key_access::AllAccess) && (*services)->removeTree(own)
+                    : (*(*services)->open(u"A", key_access::Read))->subkeyName(0, 9)
+                        && keyAt(machine.registry(), path);
+                failures += done ? 0 : 1;
+            }
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(failures, 0);
+}
+
+TEST(TreeMachineTest, tellsOfItsSystem)
+{
+    const TemporaryTree tree;
+    TreeMachine machine(tree.root());
+    EXPECT_FALSE(machine.systemInfo().computerName());
+    import(machine.registry(),
+        "[HKEY_LOCAL_MACHINE\\SYSTEM\\Select]\n\"Current\"=dword:1\n"
+        "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Control\\ComputerName\\ComputerName]\n"
+        "\"ComputerName\"=\"NORTH\"\n");
+    EXPECT_EQ(*machine.systemInfo().computerName(), u"NORTH");
+    EXPECT_EQ(machine.systemInfo().errorText(5), u"Access is denied.\r\n");
+    EXPECT_EQ(machine.systemInfo().errorText(1060),
+        u"The specified service does not exist as an installed service.\r\n");
+    EXPECT_EQ(machine.systemInfo().errorText(0xFFFFFFFF), QString());
+    EXPECT_EQ(machine.clock().timerInterval(1), 10);
+    EXPECT_EQ(machine.clock().timerInterval(0xFFFFFFFF), 0x7FFFFFFF);
+}
+
+/// The service keys that hold an emulator instance.
+QStringList instances(Registry& registry)
+{
+    QStringList names;
+    const auto services = keyAt(registry, u"SYSTEM\\CurrentControlSet\\Services");
+    for (quint32 i = 0; services; ++i) {
+        const Result<QString> name = (*services)->subkeyName(i, 1023);
+        if (!name)
+            break;
+        const auto key = (*services)->open(*name, key_access::AllAccess);
+        const auto group = (*key)->text(u"Group", 1023);
+        const auto parameters = (*key)->open(u"Parameters", key_access::AllAccess);
+        if (group && *group == u"TargetPlatformEmulator" && parameters
+            && (*parameters)->text(u"TargetPlatformEmulator", 1023))
+            names.append(*name);
+    }
+    return names;
+}
+
+TEST(SampleMachineTest, isWholeHoweverManyProgramsMakeIt)
+{
+    const QTemporaryDir parent;
+    const QString folder = parent.filePath(u"data/QuorilManager/machine"_s);
+    QDir().mkpath(folder + u".new/left by an earlier try"_s);
+    std::vector<pid_t> makers;
+    for (int i = 0; i < 3; ++i) {
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            int argc = 0;
+            const QCoreApplication application(argc, nullptr);
+            ::_exit(createSampleMachine(folder) ? 0 : 1);
+        }
+        makers.push_back(pid);
+    }
+    for (const pid_t pid : makers) {
+        int status = -1;
+        ::waitpid(pid, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(
+        QDir(parent.filePath(u"data/QuorilManager"_s)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        (QStringList{u"machine"_s, u"machine.lock"_s}));
+
+    TreeMachine machine(folder);
+    EXPECT_EQ(*machine.systemInfo().computerName(), u"QUORIL-SAMPLE");
+    EXPECT_EQ(instances(machine.registry()),
+        (QStringList{u"CERES"_s, u"HEBE"_s, u"IRIS"_s, u"JUNO"_s, u"PALLAS"_s, u"Vesta-Speicher"_s,
+            u"Vesta-Überwachung"_s}));
+    const auto ceres = keyAt(machine.registry(), u"SYSTEM\\CurrentControlSet\\Services\\CERES");
+    EXPECT_EQ(
+        *(*ceres)->multiString(u"DependOnService", 1023), (QStringList{u"Tcpip"_s, u"QuorilLicence"_s}));
+    EXPECT_EQ(*(*keyAt(machine.registry(),
+                    u"SYSTEM\\CurrentControlSet\\Services\\CERES\\Parameters\\pka_0\\container\\4"))
+                   ->text(u"Class", 511),
+        u"physical_scsi_device");
+    const auto version = keyAt(machine.registry(), u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion");
+    EXPECT_EQ(*(*version)->text(u"CSDVersion", 255), u"Service Pack 1");
+
+    const auto log = machine.files().openForReading(u"C:\\emulators\\ceres\\CERES.LOG");
+    ASSERT_TRUE(log);
+    const QByteArray bytes = (*log)->readAll();
+    QString text(bytes.size() / 2, Qt::Uninitialized);
+    qFromLittleEndian<quint16>(bytes.constData(), text.size(), text.data());
+    const QStringList lines = text.split(u"\r\n"_s);
+    EXPECT_EQ(QStringView(lines[0]).mid(15, 7), u":INFO :");
+    EXPECT_EQ(QStringView(lines[0]).mid(24, 8), u"00000249");
+    EXPECT_EQ(QStringView(lines[0]).mid(52), u"Start of session: CERES");
+}
+
+TEST(MachineChoiceTest, takesTheFirstThatIsNamed)
+{
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
+    const QTemporaryDir data;
+    qputenv("XDG_DATA_HOME", data.path().toLocal8Bit());
+    qputenv("QUORIL_MACHINE", "/from/environment");
+    EXPECT_EQ(chooseMachine(u"/from/option"_s).folder, u"/from/option");
+    EXPECT_EQ(chooseMachine({}).folder, u"/from/environment");
+    qunsetenv("QUORIL_MACHINE");
+    const MachineChoice user = chooseMachine({});
+    EXPECT_EQ(user.folder, data.filePath(u"QuorilManager/machine"_s));
+    EXPECT_EQ(instances(openMachine(user)->registry()).size(), 7);
+
+    const auto missing = openMachine({data.filePath(u"missing"_s), MachineChoice::Origin::Option});
+    EXPECT_EQ(keyAt(missing->registry(), u"SYSTEM").errorNumber(), error::FileNotFound);
+    EXPECT_EQ(*(*missing->registry().localMachine())->subkeyName(0, 99), u"HARDWARE");
+    EXPECT_FALSE(QFile::exists(data.filePath(u"missing"_s)));
+}
+
+} // namespace
+
+} // namespace quoril::test
