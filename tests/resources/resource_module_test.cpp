@@ -1,0 +1,205 @@
+#include "resources/resource_module.h"
+
+#include "resources/resource_file.h"
+#include "resources/text_ids.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <functional>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+const QString GermanFile = u"" QUORIL_BIN_DIR "/QuorilManagerLangDEU.dll"_s;
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The formats and line ends of a text in their order: what the code that fills it relies on.
+QStringList placeholders(const QString& text)
+{
+    static const QRegularExpression placeholder(u"%[-.0-9]*[sdX]|\n|\\(\\*[^)]*\\)\\|[^|]*\\|"_s);
+    QStringList found;
+    for (auto it = placeholder.globalMatch(text); it.hasNext();)
+        found.append(it.next().captured());
+    return found;
+}
+
+void eachPopup(
+    const std::vector<MenuEntry>& entries, const std::function<void(const std::vector<MenuEntry>&)>& visit)
+{
+    visit(entries);
+    for (const MenuEntry& entry : entries) {
+        if (!entry.entries.empty())
+            eachPopup(entry.entries, visit);
+    }
+}
+
+std::vector<quint32> commandsOf(const std::vector<MenuEntry>& entries)
+{
+    std::vector<quint32> commands;
+    for (const MenuEntry& entry : entries)
+        commands.push_back(entry.command);
+    return commands;
+}
+
+TEST(ResourceModule, BuiltInCarriesStringsMenusAndDialogs)
+{
+    const ResourceModule module = ResourceModule::builtIn();
+    ASSERT_TRUE(module.loaded());
+    EXPECT_EQ(module.string(text::RemovalStillRunning),
+        u"Failed to remove a service. The service is still running."_s);
+    EXPECT_EQ(module.string(command::Configuration), u"Display the configuration of the selected service "_s);
+    EXPECT_TRUE(module.string(1).isEmpty());
+    EXPECT_EQ(module.dialog(update_or_install_dialog::Id).caption(update_or_install_dialog::Update),
+        u"Update exisiting service"_s);
+
+    const std::vector<MenuEntry> menu = module.menu(menu::Main);
+    ASSERT_EQ(menu.size(), 3U);
+    EXPECT_EQ(menu[1].caption, u"&View"_s);
+    EXPECT_THAT(commandsOf(menu[1].entries),
+        ElementsAre(command::Toolbar, command::StatusBar, 0, command::EventLog, command::Configuration, 0,
+            command::SystemMonitor));
+}
+
+TEST(ResourceModule, GermanCarriesExactlyTheSameIds)
+{
+    const ResourceModule english = ResourceModule::builtIn();
+    const ResourceModule german = ResourceModule::load(GermanFile);
+    ASSERT_TRUE(german.loaded());
+    const QStringList ids = english.ids();
+    EXPECT_EQ(ids.size(), QSet<QString>(ids.begin(), ids.end()).size());
+    EXPECT_EQ(german.ids(), ids);
+    EXPECT_NE(german.string(text::SelectService), english.string(text::SelectService));
+
+    for (quint32 menu : {menu::Main, menu::Tree, menu::List}) {
+        const std::vector<MenuEntry> popups = english.menu(menu);
+        const std::vector<MenuEntry> translated = german.menu(menu);
+        ASSERT_EQ(translated.size(), popups.size());
+        for (size_t i = 0; i < popups.size(); ++i)
+            EXPECT_EQ(commandsOf(translated[i].entries), commandsOf(popups[i].entries));
+    }
+}
+
+TEST(ResourceModule, GermanAgreesInPlaceholdersAndEmptyTexts)
+{
+    const ResourceModule english = ResourceModule::builtIn();
+    const ResourceModule german = ResourceModule::load(GermanFile);
+    int compared = 0;
+    for (const QString& id : english.ids()) {
+        if (!id.startsWith(u"string "_s))
+            continue;
+        const quint32 number = id.mid(7).toUInt();
+        EXPECT_EQ(placeholders(german.string(number)), placeholders(english.string(number))) << number;
+        EXPECT_EQ(german.string(number).isEmpty(), english.string(number).isEmpty()) << number;
+        ++compared;
+    }
+    EXPECT_GT(compared, 100);
+}
+
+TEST(ResourceModule, GermanMnemonicsAreUniqueInEachPopup)
+{
+    int popups = 0;
+    eachPopup(
+        ResourceModule::load(GermanFile).menu(menu::Main), [&popups](const std::vector<MenuEntry>& entries) {
+            ++popups;
+            QString used;
+            for (const MenuEntry& entry : entries) {
+                const qsizetype mark = entry.caption.indexOf(u'&');
+                EXPECT_EQ(mark >= 0, !entry.caption.isEmpty()) << qPrintable(entry.caption);
+                const QChar mnemonic = mark < 0 ? QChar() : entry.caption.at(mark + 1).toLower();
+                EXPECT_FALSE(!mnemonic.isNull() && used.contains(mnemonic)) << qPrintable(entry.caption);
+                used.append(mnemonic);
+            }
+        });
+    EXPECT_EQ(popups, 4);
+}
+
+TEST(Help, HasASectionForEachCommandAndNoBrokenLink)
+{
+    static const QRegularExpression anchor(u"(?:id|name)=\"([^\"]+)\""_s);
+    static const QRegularExpression link(u"href=\"#([^\"]+)\""_s);
+    const auto targets = [](const QRegularExpression& pattern, const QString& html) {
+        QSet<QString> found;
+        for (auto it = pattern.globalMatch(html); it.hasNext();)
+            found.insert(it.next().captured(1));
+        return found;
+    };
+    for (const QString& name : {u"QuorilManager"_s, u"QuorilManagerENU"_s, u"QuorilManagerDEU"_s}) {
+        const QString html = QString::fromUtf8(contentOf(u"" QUORIL_BIN_DIR "/%1.hlp"_s.arg(name)));
+        QSet<QString> wanted = targets(link, html);
+        for (const QString& id : ResourceModule::builtIn().ids()) {
+            if (const qsizetype at = id.indexOf(u"command "_s); at >= 0)
+                wanted.insert(u"command-"_s + id.mid(at + 8));
+        }
+        EXPECT_GT(wanted.size(), 28);
+        EXPECT_THAT((wanted - targets(anchor, html)).values(), IsEmpty()) << qPrintable(name);
+    }
+}
+
+TEST(ResourceModule, ActivationReplacesAllTextsAndAnUnloadedModuleBringsTheBuiltInBack)
+{
+    ActivateResourceModule(ResourceModule::load(GermanFile));
+    EXPECT_EQ(LoadText(text::Ready), u"Fertig"_s);
+    ActivateResourceModule(ResourceModule::load(u"/no/such/module.dll"_s));
+    EXPECT_EQ(LoadText(text::Ready), u"Ready"_s);
+}
+
+TEST(ResourceModule, BrokenFilesLoadNothingAndLeaveNoTrace)
+{
+    const QByteArray sound = contentOf(GermanFile);
+    ASSERT_TRUE(isSoundResourceFile(sound));
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"broken.dll"_s);
+    const auto loads = [&path](const QByteArray& bytes) {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        return ResourceModule::load(path).loaded();
+    };
+
+    EXPECT_TRUE(loads(sound));
+    EXPECT_FALSE(loads({}));
+    EXPECT_FALSE(loads("MZ\x90 no resource file at all, but a program"));
+    for (qsizetype length = 0; length < sound.size(); length += 97)
+        EXPECT_FALSE(loads(sound.first(length))) << length;
+
+    // Every byte of the header and of the tree behind the data, turned over one at a time: some faults are
+    // harmless (a time stamp), none may be fatal.
+    const auto tree = qFromBigEndian<quint32>(sound.constData() + 8);
+    for (qsizetype at = 0; at < sound.size(); at = at == 23 ? qsizetype(tree) : at + 1) {
+        for (char pattern : {'\xFF', '\x80', '\x01'}) {
+            QByteArray broken = sound;
+            broken[at] = static_cast<char>(broken.at(at) ^ pattern);
+            loads(broken);
+        }
+    }
+    EXPECT_FALSE(QFile::exists(u":/module-1/resources.json"_s));
+}
+
+TEST(ResourceFile, ATreeThatLeadsIntoItselfIsAFault)
+{
+    QByteArray bytes = contentOf(GermanFile);
+    const qsizetype tree = qFromBigEndian<quint32>(bytes.constData() + 8);
+    qToBigEndian<quint32>(0, bytes.data() + tree + 10);
+    EXPECT_FALSE(isSoundResourceFile(bytes));
+}
+
+} // namespace
+
+} // namespace quoril
