@@ -1,0 +1,90 @@
+#pragma once
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+
+#include <deque>
+#include <functional>
+
+namespace quoril::test {
+
+/// Sits before the windows of a test: sees each modal window once, as it comes up, and does with it what the
+/// script has for it. A window that the script has nothing for is looked at only.
+class Person : public QObject
+{
+public:
+    using Action = std::function<void(QWidget& window)>;
+
+    Person() { look(); }
+
+    /// Acts on the next window in which the text is seen; the actions are used up in their order.
+    Person& on(const QString& text, Action action)
+    {
+        m_script.push_back({text, std::move(action)});
+        return *this;
+    }
+    /// The windows in their order, "title: text"; an action may add to it.
+    QStringList seen;
+    /// How many actions have not come to pass.
+    std::size_t left() const { return m_script.size(); }
+
+    /// Presses the button with the control id.
+    static void press(QWidget& window, int id)
+    {
+        auto* button = window.findChild<QPushButton*>(QString::number(id));
+        if (button)
+            button->click();
+    }
+    static Action presses(int id)
+    {
+        return [id](QWidget& window) { press(window, id); };
+    }
+    /// Lets events run until the condition holds; false if it doesn't within five seconds.
+    static bool waitFor(const std::function<bool()>& condition)
+    {
+        QElapsedTimer since;
+        for (since.start(); !condition() && since.elapsed() < 5000;)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        return condition();
+    }
+
+private:
+    static QString textOf(const QWidget& window)
+    {
+        if (const auto* box = qobject_cast<const QMessageBox*>(&window))
+            return box->text();
+        const auto* label = window.findChild<QLabel*>(QStringLiteral("1037"));
+        return label ? label->text() : QString();
+    }
+
+    // One shot at a time, armed before acting, so that windows above the one acted on are seen too.
+    void look()
+    {
+        QTimer::singleShot(1, this, [this] {
+            look();
+            QWidget* window = QApplication::activeModalWidget();
+            if (!window || window->property("seen").toBool())
+                return;
+            window->setProperty("seen", true);
+            seen.append(window->windowTitle() + QStringLiteral(": ") + textOf(*window));
+            if (m_script.empty() || !seen.last().contains(m_script.front().text))
+                return;
+            const Action action = std::move(m_script.front().action);
+            m_script.pop_front();
+            action(*window);
+        });
+    }
+
+    struct Step
+    {
+        QString text;
+        Action action;
+    };
+    std::deque<Step> m_script;
+};
+
+} // namespace quoril::test
