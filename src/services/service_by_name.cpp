@@ -1,0 +1,176 @@
+#include "services/service_by_name.h"
+
+#include "platform/machine.h"
+#include "platform/processes.h"
+#include "platform/system_info.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "services/service_engine.h"
+#include "services/service_walk.h"
+#include "services/user_prompts.h"
+
+#include <QStringBuilder>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype EmulationTypeBytes = 1023;
+constexpr quint32 ProcessWait = 30000;
+constexpr int ProcessNotCreated = 2;
+constexpr qsizetype LineEndUnits = 2;
+
+qsizetype bytesOf(const QString& name)
+{
+    return (name.size() + 1) * qsizetype(sizeof(char16_t));
+}
+
+/// Why a service was not removed: a text, and the error number that is its reason, if any.
+struct RemovalFailure
+{
+    quint32 textId = 0;
+    quint32 reason = error::Success;
+};
+
+/// Deletes a service that has stopped; the failure's text is left in the record.
+Status deleteStopped(Service& service, RemovalFailure& failure)
+{
+    const auto status = service.queryStatus();
+    if (!status) {
+        failure = {text::RemovalQueryFailed, status.errorNumber()};
+        return status.failure();
+    }
+    if (status->currentState != service_state::Stopped) {
+        failure = {text::RemovalStillRunning, error::Success};
+        return Error{error::ServiceCannotAcceptControl, {}};
+    }
+    const Status deleted = service.markForDelete();
+    if (!deleted)
+        failure = {text::RemovalFailed, deleted.errorNumber()};
+    return deleted;
+}
+
+} // namespace
+
+bool DependencyBuffer::append(const QString& name)
+{
+    if (bytesUsed() + bytesOf(name) > SizeBytes)
+        return false;
+    m_names.append(name);
+    return true;
+}
+
+qsizetype DependencyBuffer::bytesUsed() const
+{
+    qsizetype bytes = bytesOf({});
+    for (const QString& name : m_names)
+        bytes += bytesOf(name);
+    return bytes;
+}
+
+DependencyBuffer& ServiceApp::dependencies()
+{
+    static DependencyBuffer buffer;
+    return buffer;
+}
+
+int ServiceApp::SetDependencies(const QString& serviceName) const
+{
+    const auto act = [](Service& service) {
+        ServiceConfigChange change;
+        change.dependencies = dependencies().names();
+        return service.changeConfig(change);
+    };
+    const auto outcome
+        = operateService({serviceName, service_access::ChangeConfig, DatabaseLocking::Required}, act);
+    switch (outcome.step) {
+    case ServiceStep::OpenManager:
+        return -1;
+    case ServiceStep::LockDatabase:
+        return -2;
+    case ServiceStep::LockHeld:
+        return outcome.errorNumber == error::NotEnoughMemory ? -3 : -4;
+    case ServiceStep::OpenService:
+        return -5;
+    case ServiceStep::Act:
+        return -6;
+    case ServiceStep::Done:
+        break;
+    }
+    return 0;
+}
+
+int ServiceApp::RemoveRegistration(const QString& serviceName, UserPrompts& prompts) const
+{
+    RemovalFailure failure;
+    const auto act = [&](Service& service) { return deleteStopped(service, failure); };
+    constexpr quint32 rights
+        = service_access::Delete | service_access::QueryConfig | service_access::QueryStatus;
+    const auto outcome = operateService({serviceName, rights}, act);
+    if (outcome.step == ServiceStep::Done)
+        return 0;
+    if (outcome.step == ServiceStep::OpenManager)
+        failure = {text::RemovalManagerConnectFailed, outcome.errorNumber};
+    else if (outcome.step == ServiceStep::OpenService)
+        failure = {text::RemovalServiceConnectFailed, outcome.errorNumber};
+
+    QString told = LoadText(failure.textId);
+    if (failure.reason)
+        told += LoadText(text::Reason) % ErrorText(failure.reason);
+    prompts.message(told);
+    return -1;
+}
+
+int ServiceApp::RemoveService(const QString& serviceName, bool ask, UserPrompts& prompts) const
+{
+    if (ask && !(prompts.confirmRemoval(serviceName) && prompts.ask(LoadText(text::RemovalQuestion))))
+        return 1;
+    QString installed;
+    (void)FindInstalledService(serviceName, installed);
+    if (installed.isEmpty()) {
+        prompts.message(LoadText(text::ServiceNotInstalled));
+        return -1;
+    }
+    return RemoveRegistration(serviceName, prompts);
+}
+
+int ServiceApp::FindInstalledService(const QString& serviceName, QString& installedName) const
+{
+    installedName.clear();
+    const QString wanted = serviceName.toUpper();
+    const Status walked = walkInstances({}, [&](const InstanceVisit& instance) {
+        QString name = instance.name.toUpper();
+        if (!openParameters(instance.key, EmulationTypeBytes) || name != wanted)
+            return Walk::Continue;
+        installedName = std::move(name);
+        return Walk::Stop;
+    });
+    return walked ? 0 : -1;
+}
+
+QString ServiceApp::ErrorText(quint32 number)
+{
+    const QString code = u"0x"_s + QString::number(number, 16).toUpper();
+    QString told = machine().systemInfo().errorText(number);
+    if (told.isEmpty())
+        return code;
+    told.chop(LineEndUnits);
+    return told % u" (" % code % u')';
+}
+
+int RunProcess(const QString& commandLine, UserPrompts& prompts)
+{
+    const auto process = machine().processes().create({}, commandLine);
+    if (!process) {
+        prompts.message(LoadText(text::CreateProcessFailed).replace(u"%s"_s, commandLine));
+        return ProcessNotCreated;
+    }
+    // A program that takes longer is left running.
+    (void)(*process)->wait(ProcessWait);
+    const auto code = (*process)->exitCode();
+    return code ? int(*code) : 0;
+}
+
+} // namespace quoril

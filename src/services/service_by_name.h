@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace quoril {
+
+class UserPrompts;
+
+/// A dependency list under construction: a multi-string of at most 512 bytes, its closing zero included.
+class DependencyBuffer
+{
+public:
+    static constexpr qsizetype SizeBytes = 512;
+
+    void clear() { m_names.clear(); }
+    /// Adds a name at the end. False, and nothing is added, if the list would outgrow the buffer.
+    bool append(const QString& name);
+    const QStringList& names() const { return m_names; }
+
+private:
+    qsizetype bytesUsed() const;
+    QStringList m_names;
+};
+
+/// The operations on a service by name. It has no data: an operation tells the person what it has to tell,
+/// and its result is 0, or -1 if it failed and was told.
+class ServiceApp
+{
+public:
+    /// The list that the next SetDependencies() writes.
+    static DependencyBuffer& dependencies();
+
+    /// Replaces the dependencies of the service by dependencies(). Nothing is shown: 0, -1 no service
+    /// manager, -2 the database can't be locked, -3 no memory to ask who holds the lock, -4 somebody else
+    /// holds it, -5 the service can't be opened, -6 the change was refused.
+    int SetDependencies(const QString& serviceName) const;
+
+    /// Deletes a stopped service through the service manager.
+    int RemoveRegistration(const QString& serviceName, UserPrompts& prompts) const;
+
+    /// Removes an installed emulator service, after two questions if it is to ask: 0, -1, or 1 if the person
+    /// declined. The name goes to the service manager as it is given.
+    int RemoveService(const QString& serviceName, bool ask, UserPrompts& prompts) const;
+
+    /// Looks for the service among the emulator services, without regard to case. The installed name comes
+    /// out in upper case, empty if there is none. -1 if the services can't be walked. Nothing is shown.
+    int FindInstalledService(const QString& serviceName, QString& installedName) const;
+
+    /// The system's text of an error number and the number, "Access is denied. (0x5)", or the number alone.
+    static QString ErrorText(quint32 number);
+};
+
+/// Runs a program and waits for its end, at most 30 seconds: its exit code, 259 if it runs on, 2 (told) if it
+/// could not be created.
+int RunProcess(const QString& commandLine, UserPrompts& prompts);
+
+} // namespace quoril

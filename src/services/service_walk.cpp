@@ -1,0 +1,59 @@
+#include "services/service_walk.h"
+
+#include "platform/machine.h"
+
+#include <QList>
+
+namespace quoril {
+
+quint32 registryAccess()
+{
+    return key_access::AllAccess | (machine().registry().isWow64Process() ? key_access::Wow64_64Key : 0);
+}
+
+Result<RegistryKeyHandle> openKeyPath(const RegistryKey& key, QStringView path)
+{
+    RegistryKeyHandle current;
+    for (const QStringView name : path.split(u'\\')) {
+        auto next = (current ? *current : key).open(name, registryAccess());
+        if (!next)
+            return next.failure();
+        current = *std::move(next);
+    }
+    return current;
+}
+
+Status walkInstances(InstanceLimits limits, const std::function<Walk(const InstanceVisit&)>& visit)
+{
+    auto root = machine().registry().localMachine();
+    if (!root)
+        return root.failure();
+    const auto services = openKeyPath(**root, u"SYSTEM\\CurrentControlSet\\Services");
+    root->reset();
+    if (!services)
+        return services.failure();
+    for (quint32 index = 0;; ++index) {
+        const auto name = (*services)->subkeyName(index, limits.nameUnits);
+        if (!name)
+            return {};
+        const auto key = (*services)->open(*name, registryAccess());
+        if (!key)
+            continue;
+        const auto group = (*key)->text(u"Group", limits.groupBytes);
+        if (group && *group == EmulatorGroup && visit({*name, **key, **services}) == Walk::Stop)
+            return {};
+    }
+}
+
+std::optional<InstanceParameters> openParameters(const RegistryKey& instance, qsizetype limitBytes)
+{
+    auto key = instance.open(u"Parameters", registryAccess());
+    if (!key)
+        return std::nullopt;
+    auto type = (*key)->text(EmulatorGroup, limitBytes);
+    if (!type)
+        return std::nullopt;
+    return InstanceParameters{*std::move(key), *std::move(type)};
+}
+
+} // namespace quoril
