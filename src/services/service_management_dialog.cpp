@@ -1,0 +1,261 @@
+#include "services/service_management_dialog.h"
+
+#include "platform/clock.h"
+#include "platform/machine.h"
+#include "platform/services.h"
+#include "resources/text_ids.h"
+#include "services/prompt_dialogs.h"
+#include "shell/service_info.h"
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <algorithm>
+#include <array>
+
+namespace quoril {
+
+namespace ids = manage_dialog;
+
+namespace {
+
+constexpr quint32 RefreshPeriod = 4000;
+constexpr quint32 StartBox = 7000;
+constexpr quint32 StopBox = 3000;
+constexpr int NotStarted = 1;
+constexpr int GroupMargin = 8;
+
+struct StartTypeChoice
+{
+    quint32 textId;
+    qint32 startType;
+};
+
+constexpr std::array<StartTypeChoice, 3> StartTypes{{
+    {text::StartAutomatic, start_type::Automatic},
+    {text::StartManual, start_type::Manual},
+    {text::StartDisabled, start_type::Disabled},
+}};
+
+/// Texts by `Status`.
+constexpr std::array<quint32, 4> StatusTexts{
+    text::StatusUnknown, text::StatusPaused, text::StatusStarted, text::StatusStopped};
+
+QString statusText(qint32 status)
+{
+    const bool known = status > 0 && std::size_t(status) < StatusTexts.size();
+    return LoadText(StatusTexts[known ? std::size_t(status) : 0]);
+}
+
+} // namespace
+
+ServiceManagementDialog::ServiceManagementDialog(QWidget* frame)
+    : TemplateDialog(ids::Id, frame)
+    , m_frame(frame)
+    , m_name(readOnlyEdit(ids::Name))
+    , m_description(readOnlyEdit(ids::Description))
+    , m_path(readOnlyEdit(ids::Path))
+    , m_startType(new QComboBox(this))
+    , m_apply(button(ids::Apply))
+    , m_start(button(ids::Start))
+    , m_stop(button(ids::Stop))
+    , m_status(new QLabel(this))
+{
+    m_startType->setObjectName(QString::number(ids::StartupType));
+    m_startType->installEventFilter(this);
+    m_status->setObjectName(QString::number(ids::Status));
+    m_status->setTextFormat(Qt::PlainText);
+    buildLayout();
+    connectControls();
+}
+
+void ServiceManagementDialog::buildLayout()
+{
+    auto* layout = new QGridLayout(this);
+    layout->setColumnStretch(1, 1);
+    int row = 0;
+    const auto addField = [&](quint32 labelId, QWidget* field, int columns) {
+        layout->addWidget(label(labelId, field), row, 0);
+        layout->addWidget(field, row++, 1, 1, columns);
+    };
+    addField(ids::NameLabel, m_name, 2);
+    addField(ids::DescriptionLabel, m_description, 2);
+    addField(ids::PathLabel, m_path, 2);
+    addField(ids::StartupTypeLabel, m_startType, 1);
+    layout->addWidget(m_apply, row - 1, 2);
+
+    QGroupBox* startStop = groupBox(ids::StartStopGroup);
+    auto* buttons = new QHBoxLayout(startStop);
+    buttons->addWidget(m_start);
+    buttons->addWidget(m_stop);
+
+    QGroupBox* console = groupBox(ids::StatusGroup);
+    auto* status = new QHBoxLayout(console);
+    status->addWidget(label(ids::StatusLabel, m_status));
+    status->addWidget(m_status, 1);
+    // Room for the longest text, so that nothing moves when the status changes.
+    int widest = 0;
+    for (const quint32 id : StatusTexts)
+        widest = std::max(widest, m_status->fontMetrics().horizontalAdvance(LoadText(id)));
+    m_status->setMinimumWidth(widest);
+
+    auto* groups = new QHBoxLayout;
+    groups->setContentsMargins(0, GroupMargin, 0, GroupMargin);
+    groups->addWidget(startStop, 1);
+    groups->addWidget(console, 1);
+    layout->addLayout(groups, row++, 0, 1, 3);
+    layout->setRowStretch(row++, 1);
+    layout->addWidget(closingButtons(ids::Ok, ids::Cancel), row, 0, 1, 3);
+
+    QWidget* previous = m_name;
+    for (QWidget* next :
+        std::initializer_list<QWidget*>{m_description, m_path, m_startType, m_apply, m_start, m_stop}) {
+        setTabOrder(previous, next);
+        previous = next;
+    }
+}
+
+void ServiceManagementDialog::connectControls()
+{
+    connect(m_start, &QPushButton::clicked, this, &ServiceManagementDialog::OnStart);
+    connect(m_stop, &QPushButton::clicked, this, &ServiceManagementDialog::OnStop);
+    connect(m_apply, &QPushButton::clicked, this, &ServiceManagementDialog::OnApply);
+    // What the person picks counts, the entry that is shown already too: a start type outside the list is
+    // shown as the first entry.
+    connect(m_startType, &QComboBox::activated, this, &ServiceManagementDialog::OnTypeSelected);
+    connect(&m_timer, &QTimer::timeout, this, &ServiceManagementDialog::OnTimer);
+}
+
+void ServiceManagementDialog::SetService(ServiceInfo& service)
+{
+    m_service = &service;
+    ShowInEdit(*m_name, service.Name);
+    ShowInEdit(*m_description, service.EmulationType);
+    ShowInEdit(*m_path, service.ImagePath);
+}
+
+void ServiceManagementDialog::OnInitDialog()
+{
+    m_timer.start(machine().clock().timerInterval(RefreshPeriod));
+    if (m_service->QueryState() != 0)
+        ShowFailure();
+    ShowStatus();
+    m_startType->clear();
+    for (const auto& [textId, startType] : StartTypes)
+        m_startType->addItem(LoadText(textId), startType);
+    m_startType->setCurrentIndex(std::max(0, m_startType->findData(m_service->StartType)));
+    m_apply->setEnabled(false);
+}
+
+void ServiceManagementDialog::accept()
+{
+    if (TypeChanged)
+        OnApply();
+    TemplateDialog::accept();
+}
+
+void ServiceManagementDialog::done(int result)
+{
+    m_timer.stop();
+    TemplateDialog::done(result);
+}
+
+bool ServiceManagementDialog::eventFilter(QObject* watched, QEvent* event)
+{
+    // A turn of the wheel on the way over the closed list must not change a service.
+    if (watched == m_startType && event->type() == QEvent::Wheel && !m_startType->hasFocus()) {
+        event->ignore();
+        return true;
+    }
+    return TemplateDialog::eventFilter(watched, event);
+}
+
+void ServiceManagementDialog::OnTimer()
+{
+    // Started anew, the timer goes on firing behind a box that this very tick shows.
+    m_timer.start();
+    const bool tell = m_errorBoxes == 0;
+    Refresh(tell);
+    if (tell && m_timer.isActive())
+        m_timer.start();
+}
+
+void ServiceManagementDialog::OnStart()
+{
+    DialogPrompts prompts(this);
+    if (m_service->StartPrerequisites(prompts) == NotStarted) {
+        ShowFailure();
+        return;
+    }
+    const int started = m_service->StartNow();
+    prompts.inform(LoadText(text::WaitStarted), StartBox);
+    if (started != 0)
+        ShowFailure();
+    else
+        Refresh(true);
+}
+
+void ServiceManagementDialog::OnStop()
+{
+    const int stopped = m_service->StopNow();
+    DialogPrompts(this).inform(LoadText(text::WaitStopped), StopBox);
+    if (stopped != 0)
+        ShowFailure();
+    else
+        Refresh(true);
+}
+
+void ServiceManagementDialog::OnTypeSelected(int index)
+{
+    TypeChanged = true;
+    NewStartType = m_startType->itemData(index).toInt();
+    m_apply->setEnabled(true);
+}
+
+void ServiceManagementDialog::OnApply()
+{
+    m_apply->setEnabled(false);
+    DialogPrompts prompts(this);
+    const int changed = m_service->SetStartType(NewStartType, prompts);
+    TypeChanged = false;
+    if (changed != 0)
+        ShowFailure();
+}
+
+void ServiceManagementDialog::Refresh(bool tellFailure)
+{
+    if (m_service->QueryState() != 0 && tellFailure)
+        ShowFailure();
+    ShowStatus();
+    repaint();
+    if (m_frame)
+        m_frame->setUpdatesEnabled(true);
+}
+
+void ServiceManagementDialog::ShowStatus()
+{
+    const qint32 status = m_service->Status;
+    m_status->setText(statusText(status));
+    constexpr qint32 paused = 1;
+    constexpr qint32 started = 2;
+    constexpr qint32 stopped = 3;
+    if (status == paused)
+        return;
+    m_start->setEnabled(status != started);
+    m_stop->setEnabled(status != stopped);
+}
+
+void ServiceManagementDialog::ShowFailure()
+{
+    ++m_errorBoxes;
+    ShowErrorBox(isVisible() ? this : m_frame, m_service->Message);
+    --m_errorBoxes;
+}
+
+} // namespace quoril

@@ -1,0 +1,82 @@
+#include "services/template_dialog.h"
+
+#include <QDialogButtonBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace quoril {
+
+TemplateDialog::TemplateDialog(quint32 templateId, QWidget* parent)
+    : QDialog(parent)
+    , m_template(activeResources().dialog(templateId))
+{
+    setWindowTitle(m_template.title);
+    setModal(true);
+}
+
+int TemplateDialog::exec()
+{
+    OnInitDialog();
+    return QDialog::exec();
+}
+
+QLabel* TemplateDialog::label(quint32 id, QWidget* described)
+{
+    auto* made = new QLabel(caption(id), this);
+    made->setObjectName(QString::number(id));
+    made->setTextFormat(Qt::PlainText);
+    made->setBuddy(described);
+    return made;
+}
+
+QLineEdit* TemplateDialog::readOnlyEdit(quint32 id)
+{
+    // Long texts such as paths are scrolled in; this many characters are always seen.
+    constexpr int shownCharacters = 52;
+    auto* made = new QLineEdit(this);
+    made->setObjectName(QString::number(id));
+    made->setReadOnly(true);
+    // The ground of the dialog tells that there is nothing to type into.
+    QPalette palette = made->palette();
+    palette.setColor(QPalette::Base, palette.color(QPalette::Window));
+    made->setPalette(palette);
+    made->setMinimumWidth(made->fontMetrics().averageCharWidth() * shownCharacters);
+    return made;
+}
+
+QPushButton* TemplateDialog::button(quint32 id)
+{
+    auto* made = new QPushButton(caption(id), this);
+    made->setObjectName(QString::number(id));
+    return made;
+}
+
+QGroupBox* TemplateDialog::groupBox(quint32 id)
+{
+    auto* made = new QGroupBox(caption(id), this);
+    made->setObjectName(QString::number(id));
+    return made;
+}
+
+QDialogButtonBox* TemplateDialog::closingButtons(quint32 accepting, quint32 rejecting)
+{
+    auto* box = new QDialogButtonBox(this);
+    QPushButton* accept = button(accepting);
+    box->addButton(accept, QDialogButtonBox::AcceptRole);
+    box->addButton(button(rejecting), QDialogButtonBox::RejectRole);
+    accept->setDefault(true);
+    connect(box, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    return box;
+}
+
+void ShowInEdit(QLineEdit& edit, const QString& text)
+{
+    edit.setText(text);
+    edit.setCursorPosition(0);
+    edit.setToolTip(text.toHtmlEscaped());
+}
+
+} // namespace quoril

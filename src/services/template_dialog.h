@@ -1,0 +1,49 @@
+#pragma once
+
+#include "resources/resource_module.h"
+
+#include <QDialog>
+
+class QDialogButtonBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+namespace quoril {
+
+/// A modal dialog with the texts of a dialog template: its title, and controls that are named by their
+/// numbers
+/// ("1021") and captioned by the template. The controls are children of the dialog.
+class TemplateDialog : public QDialog
+{
+public:
+    /// Sets the dialog up as it is to be seen first, then shows it until it ends.
+    int exec() override;
+
+protected:
+    TemplateDialog(quint32 templateId, QWidget* parent);
+
+    /// Runs before the dialog is seen.
+    virtual void OnInitDialog() { }
+
+    QString caption(quint32 id) const { return m_template.caption(id); }
+
+    /// A caption beside the control that it describes, for assistive tools too.
+    QLabel* label(quint32 id, QWidget* described);
+    /// One line of text that can be selected and copied but not changed.
+    QLineEdit* readOnlyEdit(quint32 id);
+    QPushButton* button(quint32 id);
+    QGroupBox* groupBox(quint32 id);
+    /// The closing buttons in the platform's order: the first, which is the default, accepts the dialog, the
+    /// other rejects it.
+    QDialogButtonBox* closingButtons(quint32 accepting, quint32 rejecting);
+
+private:
+    DialogTemplate m_template;
+};
+
+/// Puts a text into an edit so that its beginning is seen and the whole of it is in the tooltip.
+void ShowInEdit(QLineEdit& edit, const QString& text);
+
+} // namespace quoril
