@@ -1,0 +1,167 @@
+#include "config/device_scan.h"
+
+#include "platform/registry.h"
+#include "services/service_walk.h"
+#include "shell/service_info.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype NameRoomUnits = 1023;
+constexpr qsizetype TextLimitBytes = 511;
+constexpr int IndexCount = 128;
+
+/// The components that the fixed tables hold.
+constexpr QStringView known_id[]
+    = {u"pua", u"pub", u"dua", u"dub", u"pka_0", u"pka_1", u"pka_2", u"pka_3", u"pka_4", u"pka_5", u"pka_6",
+        u"pka_7", u"pkb_0", u"pkb_1", u"pkb_2", u"pkb_3", u"pkb_4", u"pkb_5", u"pkb_6", u"pkb_7"};
+
+struct DeviceClass
+{
+    QStringView name;
+    QStringView text;
+};
+
+constexpr DeviceClass DeviceClasses[] = {
+    {u"virtual_scsi_disk", u"SCSI device (virtual SCSI disk)"},
+    {u"physical_scsi_device", u"SCSI device (physical SCSI disk)"},
+    {u"floppy_scsi_device", u"SCSI device (SCSI floppy)"},
+    {u"hsd50", u"SCSI"},
+    {u"hsj50", u"SCSI"},
+    {u"kdb50", u"SCSI"},
+    {u"kdm70", u"SCSI"},
+};
+
+bool isKnown(const QString& name)
+{
+    return std::any_of(std::begin(known_id), std::end(known_id),
+        [&name](QStringView known) { return name.compare(known, Qt::CaseInsensitive) == 0; });
+}
+
+/// What the panel shows in brackets for a class of SCSI devices.
+QString scsiClassText(const QString& name)
+{
+    const auto found = std::find_if(std::begin(DeviceClasses), std::end(DeviceClasses),
+        [&name](const DeviceClass& known) { return known.name == name; });
+    if (found == std::end(DeviceClasses))
+        return name;
+    const qsizetype open = found->text.indexOf(u'(');
+    const qsizetype close = found->text.lastIndexOf(u')');
+    return open < 0 || close < open ? name : found->text.sliced(open + 1, close - open - 1).toString();
+}
+
+/// A component with a readable class: the class, and its units if it has any.
+struct Component
+{
+    QString deviceClass;
+    RegistryKeyHandle container;
+};
+
+std::optional<Component> openComponent(const RegistryKey& parameters, QStringView name)
+{
+    const auto key = parameters.open(name, registryAccess());
+    if (!key)
+        return std::nullopt;
+    auto deviceClass = (*key)->text(u"Class", TextLimitBytes);
+    if (!deviceClass)
+        return std::nullopt;
+    Component component{*std::move(deviceClass), nullptr};
+    if (auto container = (*key)->open(u"container", registryAccess()))
+        component.container = *std::move(container);
+    return component;
+}
+
+/// The unit at an index of a container. Without a `Value` it is not present, but keeps its class; without a
+/// `Class` it is a new unit.
+DeviceUnit readUnit(const RegistryKey& container, int index)
+{
+    DeviceUnit unit;
+    const auto key = container.open(QString::number(index), registryAccess());
+    if (!key)
+        return unit;
+    auto unitClass = (*key)->text(u"Class", TextLimitBytes);
+    if (!unitClass)
+        return unit;
+    unit.Class = *std::move(unitClass);
+    if (auto value = (*key)->text(u"Value", TextLimitBytes)) {
+        unit.Present = true;
+        unit.LineNo = index;
+        unit.Value = *std::move(value);
+    }
+    return unit;
+}
+
+void fillScsiDevice(const RegistryKey& parameters, QStringView name, DeviceList& device)
+{
+    const auto component = openComponent(parameters, name);
+    if (!component)
+        return;
+    device.Present = true;
+    device.Class = scsiClassText(component->deviceClass);
+    int slot = 0;
+    for (int index = 0; component->container && index < IndexCount && slot < device.Units.size(); ++index) {
+        if (DeviceUnit unit = readUnit(*component->container, index); unit.Present)
+            device.Units[slot++] = std::move(unit);
+    }
+}
+
+void fillDevice(const RegistryKey& parameters, QStringView name, DeviceList& device)
+{
+    auto component = openComponent(parameters, name);
+    if (!component)
+        return;
+    device.Present = true;
+    device.Class = std::move(component->deviceClass);
+    for (int slot = 0; component->container && slot < device.Units.size(); ++slot) {
+        if (DeviceUnit unit = readUnit(*component->container, slot); unit.Present)
+            device.Units[slot] = std::move(unit);
+    }
+}
+
+} // namespace
+
+void ScanDevices(const RegistryKey& parameters, ServiceInfo& service)
+{
+    for (quint32 index = 0;; ++index) {
+        const auto name = parameters.subkeyName(index, NameRoomUnits);
+        if (!name)
+            return;
+        if (isKnown(*name))
+            continue;
+        auto component = openComponent(parameters, *name);
+        if (!component || !component->container)
+            continue;
+        QRAPI_Device device;
+        device.Present = true;
+        device.Class = std::move(component->deviceClass);
+        bool anyUnit = false;
+        for (int slot = 0; slot < device.Units.size(); ++slot) {
+            DeviceUnit unit = readUnit(*component->container, slot);
+            anyUnit = anyUnit || unit.Present;
+            if (!unit.Class.isEmpty() || unit.Present)
+                device.Units[slot] = std::move(unit);
+        }
+        if (anyUnit)
+            service.m_devices->push_back(std::move(device));
+    }
+}
+
+void FillFixedDevices(const RegistryKey& parameters, ServiceInfo& service)
+{
+    for (int number = 0; number < ServiceInfo::FixedTableSize; ++number) {
+        fillScsiDevice(parameters, u"pka_"_s + QString::number(number), service.pka[std::size_t(number)]);
+        fillScsiDevice(parameters, u"pkb_"_s + QString::number(number), service.pkb[std::size_t(number)]);
+    }
+    fillDevice(parameters, u"dua", service.dua);
+    fillDevice(parameters, u"dub", service.dub);
+    fillDevice(parameters, u"pua", service.pua);
+    fillDevice(parameters, u"pub", service.pub);
+}
+
+} // namespace quoril

@@ -1,0 +1,98 @@
+#include "config/device_scan.h"
+
+#include "config/configuration_table.h"
+#include "shell/service_info.h"
+#include "support/fake_machine.h"
+
+#include <gmock/gmock.h>
+
+namespace quoril {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+class DeviceScan : public testing::Test
+{
+protected:
+    ServiceInfo scan(const QString& lines)
+    {
+        fake.fakeRegistry.load(u"[P]\n"_s + lines);
+        ServiceInfo service;
+        const RegistryKeyHandle parameters = fake.fakeRegistry.key(u"P");
+        ScanDevices(*parameters, service);
+        FillFixedDevices(*parameters, service);
+        return service;
+    }
+
+    test::FakeMachine fake;
+    ScopedMachine inForce{fake};
+};
+
+QString unit(const QString& component, int index, const QString& value)
+{
+    return u"[P\\%1\\container\\%2]\nClass=c%2\nValue=%3\n"_s.arg(component, QString::number(index), value);
+}
+
+QStringList rowsOf(const ServiceInfo& service)
+{
+    const PanelTable table = BuildConfigurationTable(service);
+    QStringList rows;
+    for (qsizetype row = 0; row < table.rowCount(); ++row) {
+        EXPECT_EQ(table.colour(row), 0xE6FFFFu);
+        rows.append(table.text(row, 0) + u'|' + table.text(row, 1) + table.text(row, 2));
+    }
+    return rows;
+}
+
+TEST_F(DeviceScan, FindsTheDevicesThatHaveUnits)
+{
+    const ServiceInfo service = scan(u"[P\\noClass]\n"_s + unit(u"noClass"_s, 0, u"v"_s)
+        + u"[P\\noUnit]\nClass=c\n[P\\noUnit\\container\\0]\nClass=only\n"_s + u"[P\\longClass]\nClass="_s
+        + QString(255, u'x') + u'\n' + unit(u"longClass"_s, 0, u"v"_s) + u"[P\\PKA_0]\nClass=known\n"_s
+        + unit(u"PKA_0"_s, 0, u"v"_s) + u"[P\\pka_8]\nClass=net\n"_s + unit(u"pka_8"_s, 2, u"two"_s)
+        + unit(u"pka_8"_s, 0, u"zero"_s) + u"[P\\pka_8\\container\\1]\nClass=only\n"_s
+        + unit(u"pka_8"_s, 128, u"unseen"_s));
+    ASSERT_EQ(service.m_devices->size(), 1u);
+    const QRAPI_Device& device = service.m_devices->front();
+    EXPECT_TRUE(device.Present);
+    EXPECT_EQ(device.Class, u"net"_s);
+    EXPECT_EQ(device.Units[0].Value, u"zero"_s);
+    EXPECT_FALSE(device.Units[1].Present);
+    EXPECT_EQ(device.Units[1].LineNo, -1);
+    EXPECT_EQ(device.Units[1].Class, u"only"_s);
+    EXPECT_TRUE(device.Units[2].Present);
+    EXPECT_EQ(device.Units[2].LineNo, 2);
+    EXPECT_FALSE(device.Units[3].Present);
+    EXPECT_EQ(fake.calls.open(), 0);
+}
+
+TEST_F(DeviceScan, FillsTheFixedTablesAndTheirRows)
+{
+    QString lines = u"[P\\pka_0]\nClass=virtual_scsi_disk\n"_s + unit(u"pka_0"_s, 0, u"a"_s)
+        + unit(u"pka_0"_s, 5, u"b"_s)
+        + u"[P\\pka_1]\nClass=hsd50\n[P\\PKB_0]\nClass=own\n[P\\pkb_2]\nClass=floppy_scsi_device\n"_s;
+    for (int index = 0; index < 20; index += 2)
+        lines += unit(u"pkb_2"_s, 100 + index, QString::number(index));
+    lines += u"[P\\dua]\nClass=c\n"_s + unit(u"dua"_s, 7, u"d"_s) + unit(u"dua"_s, 8, u"unseen"_s)
+        + u"[P\\dub]\nClass=c\n[P\\pua\\container]\n[P\\pub]\nClass=c\n"_s + unit(u"pub"_s, 1, u"e"_s);
+    QStringList expected{u"Emulation type|"_s, u"Home directory|"_s,
+        u"SCSI device (virtual SCSI disk):  DKA0|a"_s, u"SCSI device (virtual SCSI disk):  DKA005|b"_s,
+        u"SCSI device (hsd50):  DKA100|"_s, u"SCSI device (own):  DKB0|"_s};
+    for (int index = 0; index < 16; index += 2)
+        expected.append(u"SCSI device (SCSI floppy):  DKB2%1|%2"_s.arg(100 + index).arg(index));
+    expected += {u"MSCP device DUA7|d"_s, u"Device PUB1|e"_s};
+    EXPECT_EQ(rowsOf(scan(lines)), expected);
+}
+
+TEST_F(DeviceScan, ShowsTheFixedSettingsThatAreSet)
+{
+    ServiceInfo service;
+    service.EmulationType = u"T"_s;
+    service.RamSize = u"64"_s;
+    service.ToyContainer = u"toy.bin"_s;
+    EXPECT_EQ(rowsOf(service),
+        QStringList({u"Emulation type|T"_s, u"Home directory|"_s, u"RAM size|64"_s, u"TOY|toy.bin"_s}));
+}
+
+} // namespace
+} // namespace quoril
