@@ -1,0 +1,14 @@
+#include "logs/coded_message_dialog.h"
+
+#include "logs/log_table.h"
+#include "services/prompt_dialogs.h"
+
+namespace quoril {
+
+void ShowCodedMessage(const QString& codeText, const QString& text, int severity, QWidget* parent)
+{
+    if (!text.isEmpty())
+        DialogPrompts(parent).message(CodedMessageText(codeText, text, severity));
+}
+
+} // namespace quoril

@@ -1,0 +1,218 @@
+#include "logs/quoril_manager_view.h"
+
+#include "config/configuration_table.h"
+#include "logs/log_table.h"
+#include "logs/panel_row_painter.h"
+#include "logs/panel_table_model.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTextDocument>
+#include <QToolTip>
+
+#include <algorithm>
+
+namespace quoril {
+
+namespace {
+
+constexpr int LeastColumnWidth = 4;
+constexpr int ConfigurationColumns = 2;
+
+} // namespace
+
+CQuorilManagerView::WidthTable CQuorilManagerView::g_configuration_widths;
+CQuorilManagerView::WidthTable CQuorilManagerView::g_log_widths;
+
+CQuorilManagerView::CQuorilManagerView(QWidget* parent)
+    : QTableView(parent)
+    , m_model(new PanelTableModel(this))
+{
+    g_configuration_widths.fill(Unknown);
+    g_log_widths.fill(Unknown);
+
+    setModel(m_model);
+    setItemDelegate(new PanelRowPainter(this));
+    setShowGrid(false);
+    setWordWrap(false);
+    setCornerButtonEnabled(false);
+    setTabKeyNavigation(false);
+    setEditTriggers(NoEditTriggers);
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(ExtendedSelection);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setVerticalScrollMode(ScrollPerItem);
+
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setMinimumSectionSize(1);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
+
+    horizontalHeader()->setSectionsMovable(true);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setMinimumSectionSize(LeastColumnWidth);
+}
+
+void CQuorilManagerView::ShowLogTable(ServiceInfo& service)
+{
+    showTable(BuildLogTable(service), g_log_widths);
+    scrollToBottom();
+}
+
+void CQuorilManagerView::ShowEmptyLogTable()
+{
+    showTable(BuildEmptyLogTable(), g_log_widths);
+}
+
+void CQuorilManagerView::ShowConfigurationTable(const ServiceInfo& service)
+{
+    showTable(BuildConfigurationTable(service), g_configuration_widths);
+}
+
+void CQuorilManagerView::ClearList()
+{
+    m_model->setTable({});
+}
+
+void CQuorilManagerView::SaveColumnWidths()
+{
+    const int columns = horizontalHeader()->count();
+    WidthTable& widths = columns == ConfigurationColumns ? g_configuration_widths : g_log_widths;
+    for (int column = 0; column < std::min(columns, int(RememberedColumns)); ++column)
+        widths[std::size_t(column)] = columnWidth(column);
+}
+
+void CQuorilManagerView::showTable(PanelTable table, WidthTable& widths)
+{
+    SaveColumnWidths();
+    // Without columns for a moment, the header forgets in which order they had been dragged.
+    ClearList();
+    m_model->setTable(std::move(table));
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        int& width = widths[std::size_t(column)];
+        if (width == Unknown)
+            width = this->table().column(column).firstWidth(viewport()->width());
+        setColumnWidth(column, width);
+    }
+}
+
+const PanelTable& CQuorilManagerView::table() const
+{
+    return m_model->table();
+}
+
+std::vector<RowRange> CQuorilManagerView::selectedRanges() const
+{
+    std::vector<RowRange> ranges;
+    for (const QItemSelectionRange& range : selectionModel()->selection())
+        ranges.push_back({range.top(), range.bottom()});
+    std::sort(ranges.begin(), ranges.end(),
+        [](const RowRange& left, const RowRange& right) { return left.first < right.first; });
+    // The same row can lie in several ranges, one for each of its cells.
+    std::vector<RowRange> merged;
+    for (const RowRange& range : ranges) {
+        if (!merged.empty() && range.first <= merged.back().last + 1)
+            merged.back().last = std::max(merged.back().last, range.last);
+        else
+            merged.push_back(range);
+    }
+    return merged;
+}
+
+void CQuorilManagerView::Copy()
+{
+    if (table().rowCount() == 0 || table().columnCount() == 0)
+        return;
+    QGuiApplication::clipboard()->setText(ClipboardText(table(), selectedRanges()));
+}
+
+void CQuorilManagerView::contextMenuEvent(QContextMenuEvent* event)
+{
+    const std::vector<MenuEntry> popups = activeResources().menu(menu::List);
+    if (table().rowCount() == 0 || popups.empty())
+        return;
+    auto* const popup = new QMenu(this);
+    popup->setAttribute(Qt::WA_DeleteOnClose);
+    for (const MenuEntry& entry : popups.front().entries) {
+        QAction* const action = popup->addAction(entry.caption);
+        if (entry.command == command::CopySelection)
+            connect(action, &QAction::triggered, this, &CQuorilManagerView::Copy);
+    }
+    popup->popup(event->globalPos());
+}
+
+void CQuorilManagerView::keyPressEvent(QKeyEvent* event)
+{
+    if (event->matches(QKeySequence::Copy)) {
+        Copy();
+        event->accept();
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
+QModelIndex CQuorilManagerView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers)
+{
+    // The rows are the items: keys that go from cell to cell elsewhere move in the rows or scroll.
+    const int column = std::max(0, currentIndex().column());
+    QScrollBar* const sideways = horizontalScrollBar();
+    switch (action) {
+    case MoveHome:
+        return m_model->index(0, column);
+    case MoveEnd:
+        return m_model->index(m_model->rowCount() - 1, column);
+    case MoveLeft:
+        sideways->triggerAction(QAbstractSlider::SliderSingleStepSub);
+        return currentIndex();
+    case MoveRight:
+        sideways->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+        return currentIndex();
+    default:
+        return QTableView::moveCursor(action, modifiers);
+    }
+}
+
+void CQuorilManagerView::scrollTo(const QModelIndex& index, ScrollHint hint)
+{
+    // The last column is wider than the window; a click into it leaves the view where it is sideways.
+    const int sideways = horizontalScrollBar()->value();
+    QTableView::scrollTo(index, hint);
+    horizontalScrollBar()->setValue(sideways);
+}
+
+bool CQuorilManagerView::viewportEvent(QEvent* event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        auto* const help = static_cast<QHelpEvent*>(event);
+        if (!showCutText(help->pos(), help->globalPos()))
+            QToolTip::hideText();
+        return true;
+    }
+    return QTableView::viewportEvent(event);
+}
+
+bool CQuorilManagerView::showCutText(const QPoint& position, const QPoint& screenPosition)
+{
+    const QModelIndex index = indexAt(position);
+    if (!index.isValid())
+        return false;
+    const QString text = index.data().toString();
+    const QRect cell = visualRect(index);
+    const int gap = PanelRowPainter::margin(this);
+    const QRect seen = cell.intersected(viewport()->rect());
+    const int needed = fontMetrics().horizontalAdvance(text) + 2 * gap;
+    if (seen.left() == cell.left() && needed <= seen.width())
+        return false;
+    QToolTip::showText(screenPosition, Qt::convertFromPlainText(text), viewport(), cell);
+    return true;
+}
+
+} // namespace quoril

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "logs/panel_table.h"
+
+#include <QTableView>
+
+#include <array>
+
+namespace quoril {
+
+class PanelTableModel;
+class ServiceInfo;
+
+/// The right-hand pane: one list that shows the logs or the configuration of the selected instance. What it
+/// shows is a snapshot of the time of the call.
+class CQuorilManagerView : public QTableView
+{
+    Q_OBJECT
+
+public:
+    /// Forgets the column widths of both tables, which all views of the process share.
+    explicit CQuorilManagerView(QWidget* parent = nullptr);
+
+    /// Rebuilds the list with the instance's logs, the last row in sight. Settles the log period of the
+    /// record.
+    void ShowLogTable(ServiceInfo& service);
+    /// Rebuilds the list with the columns of the log table and no row.
+    void ShowEmptyLogTable();
+    /// Rebuilds the list with the instance's configuration.
+    void ShowConfigurationTable(const ServiceInfo& service);
+    /// Removes all columns and rows without storing widths.
+    void ClearList();
+    /// Keeps the present column widths for the next table of the same kind.
+    void SaveColumnWidths();
+
+    /// Copies the selected rows to the clipboard as text, in list order. With no row in the list nothing
+    /// happens, with none selected the clipboard gets an empty text.
+    void Copy();
+
+    /// What the list shows. The reference is valid until the list is rebuilt.
+    const PanelTable& table() const;
+    /// The selected rows in list order.
+    std::vector<RowRange> selectedRanges() const;
+
+protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    bool viewportEvent(QEvent* event) override;
+    void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+
+private:
+    static constexpr std::size_t RememberedColumns = 32;
+    using WidthTable = std::array<int, RememberedColumns>;
+    static constexpr int Unknown = -1;
+
+    void showTable(PanelTable table, WidthTable& widths);
+    bool showCutText(const QPoint& position, const QPoint& screenPosition);
+
+    static WidthTable g_configuration_widths;
+    static WidthTable g_log_widths;
+
+    PanelTableModel* m_model;
+};
+
+} // namespace quoril
