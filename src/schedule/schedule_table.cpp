@@ -1,0 +1,151 @@
+#include "schedule/schedule_table.h"
+
+#include "platform/clock.h"
+#include "platform/machine.h"
+
+#include <algorithm>
+#include <chrono>
+#include <system_error>
+
+namespace quoril {
+
+namespace {
+
+constexpr quint32 PauseMilliseconds = 1000;
+
+void carryOut(SchedStruct& order)
+{
+    if (order.Action == schedule_action::Start)
+        order.StartNow();
+    else if (order.Action == schedule_action::Stop)
+        order.StopNow();
+}
+
+} // namespace
+
+ScheduleTable::~ScheduleTable()
+{
+    EndWorker();
+    if (m_worker.joinable())
+        m_worker.join();
+}
+
+OrderId ScheduleTable::add(SchedStruct order)
+{
+    const std::lock_guard lock(m_guard);
+    m_entries.push_back({++m_lastId, State::Waiting, std::move(order)});
+    return m_lastId;
+}
+
+std::size_t ScheduleTable::remove(std::span<const OrderId> ids)
+{
+    std::vector<OrderId> sorted(ids.begin(), ids.end());
+    std::sort(sorted.begin(), sorted.end());
+    const std::lock_guard lock(m_guard);
+    return std::erase_if(m_entries, [&](const Entry& entry) {
+        return entry.state == State::Waiting && std::binary_search(sorted.begin(), sorted.end(), entry.id);
+    });
+}
+
+std::vector<ScheduledOrder> ScheduleTable::orders() const
+{
+    std::vector<ScheduledOrder> shown;
+    const std::lock_guard lock(m_guard);
+    shown.reserve(m_entries.size());
+    for (const Entry& entry : m_entries) {
+        if (entry.state != State::Spent)
+            shown.push_back({entry.id, entry.order.Name, entry.order.SchedTime, entry.order.Action});
+    }
+    return shown;
+}
+
+void ScheduleTable::StartScheduleWorker()
+{
+    if (m_workerStarted)
+        return;
+    m_workerStarted = true;
+    try {
+        m_worker = std::thread(&ScheduleTable::ScheduleWorker, this);
+    } catch (const std::system_error&) {
+        // The system has no thread left. There is no further attempt and nobody to tell.
+    }
+}
+
+void ScheduleTable::EndWorker()
+{
+    {
+        const std::lock_guard lock(m_guard);
+        WorkerRun = false;
+    }
+    m_wake.notify_all();
+}
+
+void ScheduleTable::ScheduleWorker()
+{
+    std::unique_lock lock(m_guard);
+    while (WorkerRun) {
+        lock.unlock();
+        RunPass();
+        const std::chrono::milliseconds pause(machine().clock().timerInterval(PauseMilliseconds));
+        lock.lock();
+        m_wake.wait_for(lock, pause, [this] { return !WorkerRun; });
+    }
+}
+
+void ScheduleTable::RunPass()
+{
+    for (const OrderId id : dueAt(machine().clock().now())) {
+        std::optional<SchedStruct> order = take(id);
+        if (!order)
+            continue; // removed since the pass began
+        carryOut(*order);
+        markSpent(id);
+    }
+    purge();
+}
+
+std::vector<OrderId> ScheduleTable::dueAt(qint64 now) const
+{
+    std::vector<OrderId> due;
+    const std::lock_guard lock(m_guard);
+    for (const Entry& entry : m_entries) {
+        if (entry.order.SchedTime <= now)
+            due.push_back(entry.id);
+    }
+    return due;
+}
+
+std::optional<SchedStruct> ScheduleTable::take(OrderId id)
+{
+    const std::lock_guard lock(m_guard);
+    Entry* const entry = find(id);
+    if (!entry)
+        return std::nullopt;
+    entry->state = State::CarriedOut;
+    return entry->order;
+}
+
+void ScheduleTable::markSpent(OrderId id)
+{
+    const std::lock_guard lock(m_guard);
+    if (Entry* const entry = find(id)) {
+        entry->state = State::Spent;
+        entry->order.SchedTime = 0;
+    }
+}
+
+void ScheduleTable::purge()
+{
+    // Not by the time of 0, which an order for the first second of 1970 has from the start.
+    const std::lock_guard lock(m_guard);
+    std::erase_if(m_entries, [](const Entry& entry) { return entry.state == State::Spent; });
+}
+
+ScheduleTable::Entry* ScheduleTable::find(OrderId id)
+{
+    const auto found = std::lower_bound(m_entries.begin(), m_entries.end(), id,
+        [](const Entry& entry, OrderId wanted) { return entry.id < wanted; });
+    return found != m_entries.end() && found->id == id ? &*found : nullptr;
+}
+
+} // namespace quoril

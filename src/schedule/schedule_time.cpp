@@ -1,0 +1,94 @@
+#include "schedule/schedule_time.h"
+
+#include <ctime>
+
+namespace quoril {
+
+namespace {
+
+static_assert(sizeof(std::time_t) == sizeof(qint64), "moments beyond 2038 need a time of 64 bits");
+
+/// The last second that the platform's conversion knows: 3000-12-31 23:59:59 UTC.
+constexpr qint64 LastMoment = 32'535'215'999;
+
+std::optional<std::tm> localParts(qint64 moment)
+{
+    const std::time_t time = moment;
+    const std::tm* const parts = std::localtime(&time);
+    return parts ? std::optional(*parts) : std::nullopt;
+}
+
+void setTimeOfDay(std::tm& parts, QTime timeOfDay)
+{
+    parts.tm_hour = timeOfDay.hour();
+    parts.tm_min = timeOfDay.minute();
+    parts.tm_sec = timeOfDay.second();
+}
+
+} // namespace
+
+void ReadTimeZone()
+{
+#ifdef Q_OS_WIN
+    _tzset();
+#else
+    tzset();
+#endif
+}
+
+QDate LocalDate(qint64 moment)
+{
+    const auto parts = localParts(moment);
+    return parts ? QDate(parts->tm_year + 1900, parts->tm_mon + 1, parts->tm_mday) : QDate();
+}
+
+QTime LocalTimeOfDay(qint64 moment)
+{
+    const auto parts = localParts(moment);
+    return parts ? QTime(parts->tm_hour, parts->tm_min, parts->tm_sec) : QTime();
+}
+
+qint64 AtTimeOfDay(qint64 moment, QTime timeOfDay)
+{
+    auto parts = localParts(moment);
+    // Made anew, a moment of the hour that comes twice in autumn could become the other of the two.
+    if (!parts || LocalTimeOfDay(moment) == timeOfDay)
+        return moment;
+    setTimeOfDay(*parts, timeOfDay);
+    parts->tm_isdst = -1;
+    return std::mktime(&*parts);
+}
+
+std::optional<qint64> ScheduleMoment(qint64 time, QDate date)
+{
+    auto parts = localParts(time);
+    if (!parts)
+        return std::nullopt;
+    parts->tm_mday = date.day();
+    parts->tm_wday = date.dayOfWeek() % 7;
+    parts->tm_mon = date.month() - 1;
+    parts->tm_year = date.year() - 1900;
+    const qint64 moment = std::mktime(&*parts);
+    if (moment < 0 || moment > LastMoment)
+        return std::nullopt;
+    return moment;
+}
+
+QString ScheduleTimeText(qint64 moment)
+{
+    static constexpr const char16_t* Days[] = {u"Sun", u"Mon", u"Tue", u"Wed", u"Thu", u"Fri", u"Sat"};
+    static constexpr const char16_t* Months[]
+        = {u"Jan", u"Feb", u"Mar", u"Apr", u"May", u"Jun", u"Jul", u"Aug", u"Sep", u"Oct", u"Nov", u"Dec"};
+    const auto parts = localParts(moment);
+    if (!parts)
+        return {};
+    return QStringLiteral("%1 %2 %3 %4:%5:%6 %7")
+        .arg(QStringView(Days[parts->tm_wday]), QStringView(Months[parts->tm_mon]))
+        .arg(parts->tm_mday, 2, 10, QLatin1Char('0'))
+        .arg(parts->tm_hour, 2, 10, QLatin1Char('0'))
+        .arg(parts->tm_min, 2, 10, QLatin1Char('0'))
+        .arg(parts->tm_sec, 2, 10, QLatin1Char('0'))
+        .arg(parts->tm_year + 1900, 4, 10, QLatin1Char('0'));
+}
+
+} // namespace quoril
