@@ -1,0 +1,43 @@
+#pragma once
+
+#include "access/idle_lock.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <array>
+
+class QKeyEvent;
+class QWidget;
+
+namespace quoril {
+
+/// The frame's side of the idle lock: its two window timers, and the filter that sees the input of every
+/// window of the program, modal dialogs included, before it is dispatched.
+class IdleLockFrame : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The frame outlives this. The functions give the chosen idle time in milliseconds and lock.
+    IdleLockFrame(QWidget& frame, std::function<quint32()> lockTimeout, std::function<void()> lockNow);
+
+    void ArmIdleTimer() { m_lock.ArmIdleTimer(); }
+    void KillIdleTimers() { m_lock.KillIdleTimers(); }
+
+protected:
+    /// Activity is a key down, a key up or a mouse move that came from the window system; not the buttons,
+    /// not the wheel, no key that is held with Alt.
+    bool eventFilter(QObject* receiver, QEvent* event) override;
+
+private:
+    quint32 SetTimer(quint32 id, quint32 milliseconds);
+    QTimer& timer(quint32 id) { return m_timers[id - 1]; }
+    void dispatchEscape(QObject* receiver, const QKeyEvent& event);
+
+    QWidget& m_frame;
+    IdleLock m_lock;
+    std::array<QTimer, 2> m_timers; ///< by id, from 1 on
+};
+
+} // namespace quoril

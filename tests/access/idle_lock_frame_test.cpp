@@ -1,0 +1,183 @@
+#include "access/idle_lock_frame.h"
+
+#include "resources/text_ids.h"
+#include "shell/left_view.h"
+#include "shell/main_frame.h"
+#include "shell/quoril_manager_app.h"
+#include "shell/quoril_manager_doc.h"
+#include "support/fake_machine.h"
+#include "support/person.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QEventLoop>
+#include <QKeyEvent>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+// The ways in of the window system that the toolkit keeps for its own tests: the events come as real input.
+Q_GUI_EXPORT void qt_handleKeyEvent(QWindow* window, QEvent::Type type, int key, Qt::KeyboardModifiers held,
+    const QString& text, bool repeated, ushort count);
+Q_GUI_EXPORT void qt_handleMouseEvent(QWindow* window, const QPointF& local, const QPointF& global,
+    Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type, Qt::KeyboardModifiers held,
+    int timestamp);
+
+namespace quoril::test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void key(QWidget& window, int code, Qt::KeyboardModifiers held = Qt::NoModifier)
+{
+    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease})
+        qt_handleKeyEvent(window.windowHandle(), type, code, held, {}, false, 1);
+}
+
+void mouseMove(QWidget& window)
+{
+    static int moved = 0;
+    const QPointF place(3 + ++moved % 5, 3);
+    qt_handleMouseEvent(window.windowHandle(), place, window.mapToGlobal(place), Qt::NoButton, Qt::NoButton,
+        QEvent::MouseMove, Qt::NoModifier, 0);
+}
+
+class IdleLockFrameTest : public testing::Test
+{
+protected:
+    FakeMachine m_machine;
+    ScopedMachine m_inForce{m_machine};
+    CQuorilManagerApp m_console{*qApp};
+
+    void SetUp() override
+    {
+        m_machine.addInstance(u"Alpha"_s);
+        m_machine.addInstance(u"Beta"_s);
+        m_machine.fakeClock.timerScale = 1e3; // nothing fires by itself
+        ASSERT_TRUE(m_console.InitInstance({u"console"_s}));
+        QApplication::setActiveWindow(&frame());
+        settle();
+    }
+    CMainFrame& frame() { return *m_console.mainFrame(); }
+    CLeftView& tree() { return *frame().GetLeftView(); }
+    QTreeWidgetItem* service(int index) { return tree().topLevelItem(0)->child(index); }
+    static void settle()
+    {
+        // A loop of its own: only one that may wait has an idle moment.
+        QEventLoop loop;
+        QTimer::singleShot(10, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    /// Whether the input ended the measuring, so that the next idle moment began it anew.
+    bool isActivity(const std::function<void()>& input)
+    {
+        settle();
+        m_machine.fakeClock.timers.clear();
+        input();
+        settle();
+        return !m_machine.fakeClock.timers.empty();
+    }
+    void checkInput(QWidget& window)
+    {
+        EXPECT_TRUE(isActivity([&] { key(window, Qt::Key_Shift); }));
+        EXPECT_TRUE(isActivity([&] { mouseMove(window); }));
+        EXPECT_FALSE(isActivity([&] { key(window, Qt::Key_Z, Qt::AltModifier); }));
+        EXPECT_FALSE(isActivity([&] {
+            QKeyEvent made(QEvent::KeyPress, Qt::Key_Shift, Qt::NoModifier);
+            QApplication::sendEvent(&window, &made);
+        }));
+    }
+    /// Chooses an idle time by its place in the list and presses OK or Cancel.
+    void choose(int shown, int choice, int button)
+    {
+        Person person;
+        person.on(u"Security dialog"_s, [=, this](QWidget& window) {
+            checkInput(window);
+            auto* list = window.findChild<QComboBox*>(u"1034"_s);
+            EXPECT_EQ(list->currentIndex(), shown);
+            EXPECT_EQ(list->itemText(8), u"2  hours");
+            list->setCurrentIndex(choice);
+            Person::press(window, button);
+        });
+        frame().commands().action(command::Security)->trigger();
+    }
+};
+
+} // namespace
+
+TEST_F(IdleLockFrameTest, CountsKeysAndMovesInEveryWindow)
+{
+    checkInput(frame());
+    choose(0, 3, 1);
+    EXPECT_EQ(frame().document().m_lock_timeout, 60'000U);
+    choose(3, 12, 2);
+    choose(3, 12, 1);
+    EXPECT_EQ(frame().document().m_lock_timeout, 86'400'000U);
+    choose(12, 0, 1);
+    EXPECT_EQ(frame().document().m_lock_timeout, 0U);
+
+    struct Watch : QObject
+    {
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            presses += event->type() == QEvent::KeyPress;
+            return false;
+        }
+        int presses = 0;
+    } watch;
+    tree().setFocus();
+    tree().installEventFilter(&watch);
+    key(frame(), Qt::Key_Escape); // at once, and on its way
+    EXPECT_EQ(watch.presses, 2);
+    key(frame(), Qt::Key_Shift);
+    EXPECT_EQ(watch.presses, 3);
+}
+
+TEST_F(IdleLockFrameTest, LocksBehindADialogAndOrdersFireInReadOnlyMode)
+{
+    tree().setCurrentItem(service(0));
+    const QString caption = frame().windowTitle();
+    m_machine.fakeClock.timerScale = 0.002; // ten seconds are twenty milliseconds
+    frame().document().m_lock_timeout = 10'000;
+    frame().KillIdleTimers();
+    m_machine.calls.takeLog();
+    Person person;
+    person.on(u"Schedule dialog"_s, [&](QWidget& window) {
+        EXPECT_EQ(window.focusWidget()->objectName(), u"1040");
+        const auto locks = [&, log = QStringList()]() mutable {
+            return (log += m_machine.calls.takeLog()).count(u"lock workstation"_s) == 2;
+        };
+        EXPECT_TRUE(Person::waitFor(locks));
+        Person::press(window, 2);
+    });
+    frame().commands().action(command::Schedule)->trigger();
+    EXPECT_TRUE(frame().m_read_only);
+    frame().document().m_lock_timeout = 0;
+
+    tree().setCurrentItem(service(1));
+    EXPECT_EQ(frame().windowTitle(), caption);
+    EXPECT_EQ(tree().GetSelectedService().Name, u"Beta");
+
+    // Without a worker nothing fires; the first dialog that ends with OK starts it.
+    for (const int button : {2, 1}) {
+        person.on(u"Schedule dialog"_s, [button](QWidget& window) {
+            EXPECT_EQ(window.focusWidget()->objectName(), u"1022");
+            Person::press(window, 1022);
+            Person::press(window, button);
+        });
+        m_machine.fakeClock.advance(120'000);
+        frame().OnScheduleStop();
+        EXPECT_EQ(person.left(), 0U);
+        settle();
+        if (button == 2) {
+            EXPECT_EQ(frame().SchedTable.orders().size(), 1U);
+        }
+    }
+    m_machine.fakeClock.advance(120'000);
+    EXPECT_TRUE(Person::waitFor([&] { return frame().SchedTable.orders().empty(); }));
+    EXPECT_TRUE(frame().close());
+    EXPECT_EQ(m_machine.calls.takeLog().count(u"control Beta 1"_s), 2);
+}
+
+} // namespace quoril::test

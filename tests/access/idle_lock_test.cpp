@@ -1,0 +1,79 @@
+#include "access/idle_lock.h"
+
+#include "support/fake_machine.h"
+
+#include <gtest/gtest.h>
+
+namespace quoril::test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A window with timers of the manual clock.
+struct Window : FakeMachine
+{
+    ScopedMachine inForce{*this};
+    quint32 timeout = 10'000;
+    bool refuses = false;
+    std::map<quint32, std::pair<quint32, quint64>> timers; ///< period and next firing, by id
+    IdleLock lock{{[this](quint32 id, quint32 period) {
+                       timers[id] = {period, fakeClock.tickCount() + period};
+                       return refuses ? (timers.erase(id), 0U) : id;
+                   },
+        [this](quint32 id) { timers.erase(id); }, [this] { return timeout; }, LockWorkstationIfSupported}};
+
+    /// Lets the time pass in half seconds; gives the timers that run, how often the workstation was locked.
+    std::string pass(quint32 milliseconds)
+    {
+        for (const quint64 end = fakeClock.tickCount() + milliseconds; fakeClock.tickCount() < end;) {
+            fakeClock.advance(500);
+            for (const quint32 id : {IdleLock::IdleTimerId, IdleLock::LockTimerId}) {
+                const auto timer = timers.find(id);
+                if (timer == timers.end() || timer->second.second > fakeClock.tickCount())
+                    continue;
+                timer->second.second += timer->second.first;
+                lock.OnTimer(id);
+            }
+        }
+        std::string state = timers.contains(1) ? timers.contains(2) ? "counting" : "idle" : "active";
+        return state + std::string(std::size_t(calls.takeLog().count(u"lock workstation"_s)), '!');
+    }
+};
+
+} // namespace
+
+TEST(IdleLock, LocksASecondAfterTheChosenTimeAndAgainUntilThereIsActivity)
+{
+    Window window;
+    EXPECT_EQ(window.pass(5'000), "active");
+    window.lock.ArmIdleTimer();
+    EXPECT_EQ(window.pass(500), "idle");
+    window.lock.ArmIdleTimer();
+    EXPECT_EQ(window.pass(500), "counting");
+    EXPECT_EQ(window.pass(9'500), "counting");
+    EXPECT_EQ(window.pass(500), "idle!");
+    EXPECT_EQ(window.pass(22'000), "idle!!");
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(window.pass(10'500), "counting");
+        window.lock.OnActivity();
+        window.lock.OnTimer(IdleLock::LockTimerId); // a tick that was on its way
+        window.lock.OnTimer(IdleLock::IdleTimerId);
+        EXPECT_EQ(window.pass(0), "active");
+        window.lock.ArmIdleTimer();
+    }
+    // A new choice, disabled, and a timer that is refused.
+    window.timeout = 30'000;
+    EXPECT_EQ(window.pass(30'500), "counting");
+    window.timeout = 0;
+    EXPECT_EQ(window.pass(500), "idle!");
+    EXPECT_EQ(window.pass(100'000), "idle");
+    window.timeout = 10'000;
+    window.refuses = true;
+    EXPECT_EQ(window.pass(20'000), "idle");
+    window.lock.KillIdleTimers();
+    window.lock.ArmIdleTimer();
+    EXPECT_EQ(window.pass(20'000), "active");
+}
+
+} // namespace quoril::test
