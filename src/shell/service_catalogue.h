@@ -1,0 +1,19 @@
+#pragma once
+
+#include "shell/service_info.h"
+
+namespace quoril {
+
+class CQuorilManagerDoc;
+class RegistryKey;
+
+/// Walks the services of the registry and adds a record for each emulator instance to the document, in the
+/// registry's order. Nothing is reported: what can't be read stays empty, and a service that can't be read is
+/// skipped. 0, or -1 when the services key can't be opened.
+int ScanServices(CQuorilManagerDoc& document);
+
+/// Makes a relative LogFile absolute with HomeDir. One leading ".\" or "..\" (or with slashes) is taken off;
+/// a second one stays.
+void MakeLogPathAbsolute(ServiceInfo& service);
+
+} // namespace quoril

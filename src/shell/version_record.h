@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+namespace quoril {
+
+/// One file's version, all zero and empty until it is read.
+struct VersionRecord
+{
+    /// The longest text that is kept, in UTF-16 units.
+    static constexpr qsizetype TextLimit = 255;
+
+    QString version_text;
+    qint32 major = 0;
+    qint32 minor = 0;
+    qint32 sub_minor = 0;
+    qint32 build = 0;
+
+    /// Takes a file version such as "V 1.14.2.3 beta": up to four numbers separated by dots, from the first
+    /// digit on. A number that is missing is 0.
+    static VersionRecord parse(QStringView fileVersion);
+};
+
+} // namespace quoril

@@ -1,0 +1,126 @@
+// The catalogue of a real machine's hive, with instances that a registry text brought in.
+
+#include "platform/tree/registry_text.h"
+#include "platform/tree/sample_machine.h"
+#include "platform/tree/tree_machine.h"
+#include "shell/quoril_manager_doc.h"
+#include "shell/service_catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+namespace quoril {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr QStringView Instances = uR"(Windows Registry Editor Version 5.00
+
+[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\AAA Emulator]
+"Group"="TargetPlatformEmulator"
+"DisplayName"="First"
+[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\AAA Emulator\Parameters]
+"TargetPlatformEmulator"="quoril_32"
+"Home"="D:\\first"
+[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\zzz_Überwachung]
+"Group"="TargetPlatformEmulator"
+[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\zzz_Überwachung\Parameters]
+"TargetPlatformEmulator"="quoril_64"
+)";
+
+QByteArray outputOf(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    return process.waitForFinished(60000) && process.exitCode() == 0 ? process.readAllStandardOutput()
+                                                                     : QByteArray();
+}
+
+/// What another reader sees in the hive: every key and value, without places in the file and times of
+/// writing.
+QStringList seenByOracle(const QString& hive)
+{
+    static const QRegularExpression unstable(
+        u"<mtime>[^<]*</mtime>|<byte_run[^>]*/>|<byte_runs>\\s*</byte_runs>"_s);
+    QString xml = QString::fromUtf8(outputOf(u"hivexml"_s, {hive}));
+    xml.remove(unstable);
+    xml.replace(u"><"_s, u">\n<"_s);
+    return xml.split(u'\n', Qt::SkipEmptyParts);
+}
+
+TEST(RealMachine, KeepsEverythingButWhatAnImportAsksFor)
+{
+    const QString data = qEnvironmentVariable("QUORIL_REAL_DATA");
+    if (data.isEmpty())
+        GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
+    if (QStandardPaths::findExecutable(u"hivexml"_s).isEmpty())
+        GTEST_SKIP() << "hivexml is not installed";
+    const QTemporaryDir folder;
+    const QString config = folder.filePath(u"Windows/System32/config"_s);
+    ASSERT_TRUE(QDir().mkpath(config));
+    const QString hive = config + u"/SYSTEM"_s;
+    QFile file(hive);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(outputOf(u"xz"_s, {u"-dc"_s, data + u"/SYSTEM-clean.xz"_s}));
+    file.close();
+    const QStringList before = seenByOracle(hive);
+    ASSERT_GT(before.size(), 10000);
+
+    TreeMachine machine(folder.path());
+    const ScopedMachine inForce(machine);
+    CQuorilManagerDoc document;
+    EXPECT_EQ(ScanServices(document), 0);
+    EXPECT_TRUE(document.m_services.empty());
+    ASSERT_TRUE(importRegistryText(machine.registry(), Instances.toUtf8()));
+    EXPECT_EQ(ScanServices(document), 0);
+    ASSERT_EQ(document.m_services.size(), 2U);
+    EXPECT_EQ(document.m_services[0].Name + document.m_services[0].HomeDir, u"AAA EmulatorD:\\first\\"_s);
+    EXPECT_EQ(document.m_services[1].Name, u"zzz_Überwachung"_s);
+
+    // Taken away again, the hive holds for another reader what it held before, key by key and value by value.
+    ASSERT_NE(seenByOracle(hive).size(), before.size());
+    ASSERT_TRUE(importRegistryText(machine.registry(),
+        "Windows Registry Editor Version 5.00\n\n"
+        "[-HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\AAA Emulator]\n"
+        "[-HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\zzz_\xC3\x9C"
+        "berwachung]\n"));
+    EXPECT_TRUE(seenByOracle(hive) == before);
+}
+
+TEST(RealMachine, ADamagedHiveIsToldAndLeftAlone)
+{
+    const QTemporaryDir folder;
+    const QString root = folder.filePath(u"machine"_s);
+    ASSERT_TRUE(createSampleMachine(root));
+    QFile file(root + u"/Windows/System32/config/SYSTEM"_s);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const qint64 cut = file.size() / 4;
+    file.seek(cut);
+    file.write(QByteArray(file.size() - cut, '\0'));
+    file.seek(0);
+    const QByteArray damaged = file.readAll();
+    file.close();
+
+    TreeMachine machine(root);
+    const ScopedMachine inForce(machine);
+    CQuorilManagerDoc document;
+    testing::internal::CaptureStderr();
+    ScanServices(document);
+    EXPECT_LT(document.m_services.size(), 7U);
+    const bool changed = importRegistryText(
+        machine.registry(), "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SYSTEM\\x]\n")
+                             .ok();
+    EXPECT_FALSE(changed);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("the hive is damaged"), std::string::npos);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll() == damaged);
+}
+
+} // namespace
+} // namespace quoril
