@@ -1,0 +1,366 @@
+#include "shell/main_frame.h"
+
+#include "access/idle_lock_frame.h"
+#include "access/security_dialog.h"
+#include "logs/quoril_manager_view.h"
+#include "platform/clock.h"
+#include "platform/machine.h"
+#include "platform/session.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "schedule/schedule_dialog.h"
+#include "schedule/schedule_time.h"
+#include "services/prompt_dialogs.h"
+#include "services/service_by_name.h"
+#include "services/service_management_dialog.h"
+#include "shell/about_dialog.h"
+#include "shell/help_view.h"
+#include "shell/left_view.h"
+#include "shell/quoril_manager_doc.h"
+#include "shell/service_catalogue.h"
+#include "shell/system_monitor.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScreen>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QWhatsThis>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int LeftPaneWidth = 200;
+constexpr int ToolbarIconSize = 24;
+constexpr QSize FirstSize(1024, 680);
+
+} // namespace
+
+CMainFrame::CMainFrame(CQuorilManagerDoc& document, const VersionRecord& version, QString helpFile)
+    : m_document(document)
+    , m_version(version)
+    , m_help_file(std::move(helpFile))
+{
+    setObjectName(u"CMainFrame");
+    setContextMenuPolicy(Qt::NoContextMenu);
+    connect(&m_document, &CQuorilManagerDoc::titleChanged, this, &CMainFrame::updateCaption);
+    m_idle_lock = std::make_unique<IdleLockFrame>(
+        *this, [this] { return m_document.m_lock_timeout; }, [this] { LockNow(); });
+    ReadTimeZone();
+}
+
+CMainFrame::~CMainFrame() = default;
+
+bool CMainFrame::OnCreate()
+{
+    if (!OnCreateClient())
+        return false;
+    m_commands = std::make_unique<CommandActions>(*this);
+    m_commands->buildMenuBar(*menuBar());
+    createToolBar();
+    createStatusBar();
+    // F1 is the one key that the status bar's idle text promises; other accelerators are not applied.
+    connect(new QShortcut(QKeySequence(Qt::Key_F1), this), &QShortcut::activated, this, &CMainFrame::OnHelp);
+    m_commands->action(command::Toolbar)->setChecked(true);
+    m_commands->action(command::StatusBar)->setChecked(true);
+    m_new_service_subscription
+        = machine().session().subscribe(u"WM_NEW_SERVICE_INSTALLED_MSG", [this] { OnNewServiceInstalled(); });
+    RefreshServiceList();
+    checkPanelCommands(true);
+    m_commands->update(m_flags);
+    resize(FirstSize.boundedTo(screen()->availableSize()));
+    return true;
+}
+
+bool CMainFrame::OnCreateClient()
+{
+    m_splitter = new QSplitter(Qt::Horizontal, this);
+    m_splitter->setChildrenCollapsible(false);
+    m_left_view = new CLeftView(m_document, m_splitter);
+    m_left_view->setAccessibleName(LoadText(text::TreeName));
+    m_right_view = new CQuorilManagerView(m_splitter);
+    m_right_view->setAccessibleName(LoadText(text::PanelName));
+    m_splitter->setStretchFactor(0, 0);
+    m_splitter->setStretchFactor(1, 1);
+    m_splitter->setSizes({LeftPaneWidth, FirstSize.width() - LeftPaneWidth});
+    setCentralWidget(m_splitter);
+    return true;
+}
+
+void CMainFrame::createToolBar()
+{
+    m_tool_bar = addToolBar(LoadText(text::ToolbarName));
+    m_tool_bar->setObjectName(QString::number(command::Toolbar));
+    m_tool_bar->setIconSize(QSize(ToolbarIconSize, ToolbarIconSize));
+    m_tool_bar->setContextMenuPolicy(Qt::PreventContextMenu);
+    m_commands->buildToolBar(*m_tool_bar);
+    connect(m_tool_bar, &QToolBar::visibilityChanged, this,
+        [this] { m_commands->action(command::Toolbar)->setChecked(!m_tool_bar->isHidden()); });
+}
+
+void CMainFrame::createStatusBar()
+{
+    auto* message = new QLabel(LoadText(text::IdleMessage), this);
+    message->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    statusBar()->addWidget(message, 1);
+    for (const quint32 id : {text::IndicatorCaps, text::IndicatorNum, text::IndicatorScroll}) {
+        auto* pane = new QLabel(LoadText(id), this);
+        pane->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+        pane->setMargin(2);
+        statusBar()->addPermanentWidget(pane);
+        m_lock_key_panes.append(pane);
+    }
+    showLockKeys();
+}
+
+void CMainFrame::BecomeMainWindow()
+{
+    m_left_view->setMainWindow(this);
+}
+
+void CMainFrame::SetServiceCommands(bool enabled)
+{
+    m_flags.setServiceCommands(enabled);
+    m_commands->update(m_flags);
+}
+
+void CMainFrame::checkPanelCommands(bool eventLog)
+{
+    m_commands->action(command::EventLog)->setChecked(eventLog);
+    m_commands->action(command::Configuration)->setChecked(!eventLog);
+}
+
+void CMainFrame::OnViewEventLog()
+{
+    m_show_event_log = true;
+    m_show_configuration = false;
+    ShowEventLog();
+}
+
+void CMainFrame::OnViewConfiguration()
+{
+    m_show_configuration = true;
+    m_show_event_log = false;
+    ShowConfiguration();
+}
+
+void CMainFrame::ShowEventLog()
+{
+    checkPanelCommands(true);
+    ClearPanel();
+    m_right_view->ShowLogTable(m_left_view->GetSelectedService());
+}
+
+void CMainFrame::ShowConfiguration()
+{
+    checkPanelCommands(false);
+    m_right_view->ShowConfigurationTable(m_left_view->GetSelectedService());
+}
+
+void CMainFrame::ClearPanel()
+{
+    m_right_view->ClearList();
+}
+
+void CMainFrame::RefreshPanel()
+{
+    ClearPanel();
+    if (m_show_event_log)
+        ShowEventLog();
+    else if (m_show_configuration)
+        ShowConfiguration();
+}
+
+void CMainFrame::ShowFrameMessage(const QString& text)
+{
+    DialogPrompts(this).message(text);
+}
+
+void CMainFrame::RefreshServiceList()
+{
+    m_document.ClearServices();
+    m_left_view->ClearTree();
+    ScanServices();
+    m_left_view->FillTree();
+}
+
+int CMainFrame::ScanServices()
+{
+    return quoril::ScanServices(m_document);
+}
+
+void CMainFrame::OnManageService()
+{
+    ServiceManagementDialog dialog(this);
+    dialog.SetService(m_left_view->GetSelectedService());
+    if (dialog.exec() == QDialog::Accepted)
+        ShowEventLog();
+}
+
+void CMainFrame::OnRemoveService()
+{
+    constexpr quint32 RemovalPauseMilliseconds = 2000;
+    DialogPrompts prompts(this);
+    const QString name = m_left_view->GetSelectedService().Name;
+    if (ServiceApp().RemoveService(name, true, prompts) != 0)
+        return;
+    prompts.inform(LoadText(text::WaitRemoved), RemovalPauseMilliseconds);
+    SetServiceCommands(false);
+    RefreshServiceList();
+}
+
+void CMainFrame::OnSchedule()
+{
+    runScheduleDialog(false);
+}
+
+void CMainFrame::OnScheduleStop()
+{
+    runScheduleDialog(true);
+}
+
+void CMainFrame::runScheduleDialog(bool proposeStop)
+{
+    using Focus = ScheduleDialog::FirstFocus;
+    ScheduleDialog dialog(
+        SchedTable, [this] { return m_left_view ? &m_left_view->GetSelectedService() : nullptr; },
+        machine().clock().now(), proposeStop ? Focus::SetStop : Focus::Date, this);
+    if (dialog.exec() == QDialog::Accepted)
+        StartScheduleWorker();
+}
+
+void CMainFrame::StartScheduleWorker()
+{
+    SchedTable.StartScheduleWorker();
+}
+
+void CMainFrame::OnSecurity()
+{
+    SecurityDialog dialog(this);
+    dialog.m_lock_time = m_document.m_lock_timeout;
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    m_document.m_lock_timeout = dialog.m_lock_time;
+    KillIdleTimers();
+}
+
+void CMainFrame::ArmIdleTimer()
+{
+    m_idle_lock->ArmIdleTimer();
+}
+
+void CMainFrame::KillIdleTimers()
+{
+    m_idle_lock->KillIdleTimers();
+}
+
+void CMainFrame::LockNow()
+{
+    m_read_only = true;
+    LockWorkstationIfSupported();
+}
+
+void CMainFrame::OnSystemMonitor()
+{
+    const QString failure = ShowSystemMonitor();
+    if (!failure.isEmpty())
+        ShowFrameMessage(failure);
+}
+
+void CMainFrame::OnViewToolBar()
+{
+    m_tool_bar->setVisible(m_tool_bar->isHidden());
+}
+
+void CMainFrame::OnViewStatusBar()
+{
+    statusBar()->setVisible(statusBar()->isHidden());
+    m_commands->action(command::StatusBar)->setChecked(!statusBar()->isHidden());
+}
+
+void CMainFrame::OnHelp()
+{
+    OnHelpFinder();
+}
+
+void CMainFrame::OnHelpFinder()
+{
+    if (!m_help_view)
+        m_help_view = new CHelpView(m_help_file, this);
+    m_help_view->open();
+}
+
+void CMainFrame::OnContextHelp()
+{
+    QWhatsThis::enterWhatsThisMode();
+}
+
+void CMainFrame::OnAbout()
+{
+    CAboutDlg(m_version, this).exec();
+}
+
+void CMainFrame::OnExit()
+{
+    close();
+}
+
+void CMainFrame::OnNewServiceInstalled()
+{
+    ShowFrameMessage(LoadText(text::NewServiceInstalled));
+}
+
+void CMainFrame::updateCaption(const QString& title)
+{
+    const QString program = LoadText(text::DocumentTemplate).section(u'\n', 0, 0);
+    // The toolkit has a use of its own for this mark.
+    QString shown = title;
+    shown.replace(u"[*]"_s, u"[*][*]"_s);
+    setWindowTitle(shown.isEmpty() ? program : shown + u" - "_s + program);
+}
+
+void CMainFrame::showLockKeys()
+{
+    const LockKeys keys = machine().session().lockKeys();
+    const bool states[] = {keys.caps, keys.num, keys.scroll};
+    for (qsizetype i = 0; i < m_lock_key_panes.size(); ++i)
+        m_lock_key_panes[i]->setEnabled(states[i]);
+}
+
+bool CMainFrame::event(QEvent* event)
+{
+    if (event->type() == QEvent::WhatsThisClicked) {
+        OnHelpFinder();
+        m_help_view->goTo(static_cast<QWhatsThisClickedEvent*>(event)->href());
+        return true;
+    }
+    const bool handled = QMainWindow::event(event);
+    if (m_commands && (event->type() == QEvent::KeyRelease || event->type() == QEvent::WindowActivate))
+        showLockKeys();
+    return handled;
+}
+
+void CMainFrame::closeEvent(QCloseEvent* event)
+{
+    DestroyWindow();
+    event->accept();
+}
+
+void CMainFrame::DestroyWindow()
+{
+    // The worker may be in a pass: the table waits for it when the frame is destroyed.
+    SchedTable.EndWorker();
+    m_new_service_subscription.reset();
+    if (m_help_view)
+        m_help_view->close();
+}
+
+} // namespace quoril

@@ -1,0 +1,115 @@
+#include "shell/quoril_manager_app.h"
+
+#include "platform/machine.h"
+#include "platform/system_info.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "services/prompt_dialogs.h"
+#include "shell/language_module.h"
+#include "shell/main_frame.h"
+#include "shell/quoril_manager_doc.h"
+#include "shell/system_monitor.h"
+
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
+#include <QIcon>
+#include <QPalette>
+#include <QStyleFactory>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QPalette lightPalette()
+{
+    QPalette palette(QColor(0xF0, 0xF0, 0xF0));
+    palette.setColor(QPalette::Base, Qt::white);
+    palette.setColor(QPalette::AlternateBase, QColor(0xF7, 0xF7, 0xF7));
+    palette.setColor(QPalette::Highlight, QColor(0x1F, 0x5F, 0xA8));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(0x1F, 0x5F, 0xA8));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, QColor(0x8A, 0x8A, 0x8A));
+    return palette;
+}
+
+} // namespace
+
+CQuorilManagerApp::CQuorilManagerApp(QApplication& application)
+    : m_program_folder(QApplication::applicationDirPath() + u'/')
+{
+    application.setStyle(QStyleFactory::create(u"Fusion"_s));
+    QApplication::setPalette(lightPalette());
+    QIcon icon;
+    for (const int size : {16, 32, 48, 64, 128, 256})
+        icon.addFile(u":/quoril/icons/application-%1.png"_s.arg(size));
+    QApplication::setWindowIcon(icon);
+}
+
+CQuorilManagerApp::~CQuorilManagerApp() = default;
+
+bool CQuorilManagerApp::InitInstance(const QStringList& arguments)
+{
+    m_help_file = LoadLanguageModule(m_program_folder).helpFile;
+    if (m_help_file.isEmpty())
+        m_help_file = defaultHelpFile();
+    QApplication::setApplicationDisplayName({});
+    if (!InitCompoundDocuments()) {
+        DialogPrompts(nullptr).message(LoadText(text::OleInitFailed));
+        return false;
+    }
+    ReadProgramVersion(arguments.value(0));
+    if (!ProcessShellCommand(arguments))
+        return false;
+    m_frame->show();
+    m_frame->repaint();
+    qAddPostRoutine(StopMonitorAtExit);
+    return true;
+}
+
+bool CQuorilManagerApp::InitCompoundDocuments()
+{
+    return QGuiApplication::clipboard() != nullptr;
+}
+
+void CQuorilManagerApp::ReadProgramVersion(const QString& path)
+{
+    const auto fileVersion = machine().systemInfo().fileVersion(path);
+    m_version = fileVersion ? VersionRecord::parse(*fileVersion) : VersionRecord();
+}
+
+bool CQuorilManagerApp::ProcessShellCommand(const QStringList& arguments)
+{
+    m_document = std::make_unique<CQuorilManagerDoc>();
+    m_frame = std::make_unique<CMainFrame>(*m_document, m_version, m_help_file);
+    if (!m_frame->OnCreate())
+        return false;
+    const auto file = std::find_if(arguments.begin() + qMin<qsizetype>(1, arguments.size()), arguments.end(),
+        [](const QString& argument) { return !argument.startsWith(u'-'); });
+    if (file == arguments.end()) {
+        m_document->OnNewDocument();
+    } else if (!m_document->OnOpenDocument(*file)) {
+        DialogPrompts(nullptr).message(LoadText(text::DocumentNotFound).replace(u"%s"_s, *file));
+        return false;
+    }
+    m_frame->BecomeMainWindow();
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
+        m_frame.get(), [this] { OnIdle(); });
+    return true;
+}
+
+void CQuorilManagerApp::OnIdle()
+{
+    m_frame->ArmIdleTimer();
+}
+
+QString CQuorilManagerApp::defaultHelpFile() const
+{
+    return m_program_folder + u"QuorilManager.hlp"_s;
+}
+
+} // namespace quoril

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "shell/version_record.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class QApplication;
+
+namespace quoril {
+
+class CMainFrame;
+class CQuorilManagerDoc;
+
+/// The application object: brings the process up in its fixed order and owns document and frame.
+class CQuorilManagerApp
+{
+public:
+    /// Gives the application its style: Fusion with a light palette, since the rows of the panel have fixed
+    /// light colours.
+    explicit CQuorilManagerApp(QApplication& application);
+    virtual ~CQuorilManagerApp();
+
+    /// Brings up the main window; arguments as the process got them, the program first. False ends the
+    /// process.
+    bool InitInstance(const QStringList& arguments);
+
+    /// Fills m_version from the version block of the file at the host path; all zero if it has none.
+    void ReadProgramVersion(const QString& path);
+
+    CMainFrame* mainFrame() const { return m_frame.get(); }
+    CQuorilManagerDoc* document() const { return m_document.get(); }
+    const VersionRecord& version() const { return m_version; }
+
+protected:
+    /// Support for clipboard and drag and drop. Without it the program does not come up.
+    virtual bool InitCompoundDocuments();
+
+private:
+    /// The event loop, that of a modal dialog too, has nothing left to do.
+    void OnIdle();
+    bool ProcessShellCommand(const QStringList& arguments);
+    QString defaultHelpFile() const;
+
+    QString m_program_folder;
+    QString m_help_file;
+    VersionRecord m_version;
+    std::unique_ptr<CQuorilManagerDoc> m_document;
+    std::unique_ptr<CMainFrame> m_frame;
+};
+
+} // namespace quoril

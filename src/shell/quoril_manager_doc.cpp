@@ -1,0 +1,48 @@
+#include "shell/quoril_manager_doc.h"
+
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace quoril {
+
+ServiceInfo g_no_service;
+
+void CQuorilManagerDoc::OnNewDocument()
+{
+    m_lock_timeout = 0;
+    m_title_text = LoadText(text::SelectService);
+    SetTitle(m_title_text);
+}
+
+bool CQuorilManagerDoc::OnOpenDocument(const QString& hostPath)
+{
+    if (!QFile(hostPath).open(QIODevice::ReadOnly))
+        return false;
+    SetTitle(QFileInfo(hostPath).fileName());
+    return true;
+}
+
+void CQuorilManagerDoc::ClearServices()
+{
+    std::vector<ServiceInfo>().swap(m_services);
+}
+
+ServiceInfo* CQuorilManagerDoc::findService(QStringView name)
+{
+    for (ServiceInfo& service : m_services) {
+        if (service.Name == name)
+            return &service;
+    }
+    return nullptr;
+}
+
+void CQuorilManagerDoc::SetTitle(const QString& title)
+{
+    m_title = title;
+    Q_EMIT titleChanged(m_title);
+}
+
+} // namespace quoril

@@ -1,0 +1,55 @@
+#include "shell/system_monitor.h"
+
+#include "platform/machine.h"
+#include "platform/processes.h"
+#include "platform/session.h"
+#include "platform/system_info.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::unique_ptr<Process> g_monitor_process;
+
+} // namespace
+
+QString ShowSystemMonitor()
+{
+    if (const auto window = machine().session().findWindow(LoadText(text::PerformanceMonitor))) {
+        if (window->isIconic())
+            window->restore();
+        window->bringForward();
+        return {};
+    }
+    auto process = machine().processes().create(u"perfmon.exe", u"perfmon.exe");
+    // A failed start drops an earlier monitor too: it is no longer ours to end.
+    g_monitor_process = process ? *std::move(process) : nullptr;
+    if (process)
+        return {};
+    const QString statement = LoadText(text::MonitorNotStarted);
+    if (statement.isEmpty())
+        return {};
+    return statement + u" : "_s + FormatSystemError(process.failure().number);
+}
+
+void StopMonitorAtExit()
+{
+    if (!g_monitor_process)
+        return;
+    // The monitor may have ended by itself; there is nobody left to tell.
+    static_cast<void>(g_monitor_process->terminate(0));
+    g_monitor_process.reset();
+}
+
+QString FormatSystemError(quint32 code)
+{
+    const QString number = u"0x"_s + QString::number(code, 16).toUpper();
+    const QString systemText = machine().systemInfo().errorText(code);
+    return systemText.isEmpty() ? number : systemText + u" ("_s + number + u')';
+}
+
+} // namespace quoril

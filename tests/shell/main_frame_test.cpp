@@ -1,0 +1,285 @@
+#include "shell/main_frame.h"
+
+#include "platform/session.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "shell/help_view.h"
+#include "shell/left_view.h"
+#include "shell/quoril_manager_app.h"
+#include "shell/quoril_manager_doc.h"
+#include "support/fake_machine.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTextBrowser>
+#include <QTimer>
+#include <QToolBar>
+
+namespace quoril {
+namespace {
+
+using test::FakeMachine;
+using namespace Qt::StringLiterals;
+
+/// Closes the next modal box with OK and keeps what it said.
+class NextBox
+{
+public:
+    NextBox()
+    {
+        m_timer.callOnTimeout([this] {
+            if (QWidget* const box = QApplication::activeModalWidget()) {
+                if (const auto* message = qobject_cast<QMessageBox*>(box))
+                    text = message->text();
+                for (const QLabel* label : box->findChildren<QLabel*>())
+                    labels.append(label->text());
+                box->close();
+            }
+        });
+        m_timer.start(5);
+    }
+    QString text;
+    QStringList labels;
+
+private:
+    QTimer m_timer;
+};
+
+class MainFrameTest : public testing::Test
+{
+protected:
+    FakeMachine m_machine;
+    ScopedMachine m_inForce{m_machine};
+    CQuorilManagerApp m_console{*qApp};
+
+    void SetUp() override
+    {
+        m_machine.fakeSystemInfo.name = u"PLANT7"_s;
+        m_machine.fakeSystemInfo.fileVersions.insert(u"console"_s, u"Version 3.4.5.6"_s);
+        m_machine.addInstance(u"Alpha"_s);
+        m_machine.addInstance(u"Beta"_s);
+        ASSERT_TRUE(m_console.InitInstance({u"console"_s}));
+    }
+
+    CMainFrame& frame() { return *m_console.mainFrame(); }
+    CLeftView& tree() { return *frame().GetLeftView(); }
+    QTreeWidgetItem* service(int index) { return tree().topLevelItem(0)->child(index); }
+    QAction& action(quint32 id) { return *frame().commands().action(id); }
+
+    QList<quint32> enabledOf(std::initializer_list<quint32> ids)
+    {
+        QList<quint32> enabled;
+        for (const quint32 id : ids) {
+            if (action(id).isEnabled())
+                enabled.append(id);
+        }
+        return enabled;
+    }
+    QList<quint32> enabledServiceCommands()
+    {
+        return enabledOf({command::Manage, command::Remove, command::EventLog, command::Configuration});
+    }
+    int columns()
+    {
+        const auto* panel = frame().findChild<QHeaderView*>();
+        for (const QHeaderView* header : frame().findChildren<QHeaderView*>()) {
+            if (!tree().isAncestorOf(header) && header->orientation() == Qt::Horizontal)
+                panel = header;
+        }
+        return panel->count();
+    }
+};
+
+const QString StartCaption = u"Select QUORIL Service from the list... - QUORIL Service Manager"_s;
+
+TEST_F(MainFrameTest, StartsWithTheTreeFilledAndNothingSelected)
+{
+    EXPECT_EQ(frame().windowTitle(), StartCaption);
+    EXPECT_EQ(tree().topLevelItem(0)->text(0), u"PLANT7"_s);
+    EXPECT_TRUE(tree().topLevelItem(0)->isExpanded());
+    ASSERT_EQ(tree().topLevelItem(0)->childCount(), 2);
+    EXPECT_EQ(service(1)->text(0), u"Beta"_s);
+    EXPECT_EQ(columns(), 0);
+    EXPECT_TRUE(enabledServiceCommands().isEmpty());
+    EXPECT_TRUE(action(command::EventLog).isChecked());
+    EXPECT_EQ(
+        enabledOf({command::UpdateList, command::Exit, command::About, command::SystemMonitor}).size(), 4);
+
+    tree().setFocus(Qt::TabFocusReason);
+    EXPECT_TRUE(tree().selectedItems().isEmpty());
+    EXPECT_EQ(&tree().GetSelectedService(), &g_no_service);
+    QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
+    QApplication::sendEvent(&tree(), &down);
+    EXPECT_EQ(tree().selectedItems(), QList<QTreeWidgetItem*>{tree().topLevelItem(0)});
+}
+
+TEST_F(MainFrameTest, TheSelectionDrivesCommandsPanelAndCaption)
+{
+    tree().setCurrentItem(service(1));
+    EXPECT_EQ(frame().windowTitle(), u"Beta - QUORIL Service Manager"_s);
+    EXPECT_EQ(enabledServiceCommands().size(), 4);
+    EXPECT_EQ(tree().GetSelectedService().Name, u"Beta"_s);
+    EXPECT_EQ(columns(), 3);
+
+    action(command::Configuration).trigger();
+    EXPECT_EQ(columns(), 2);
+    EXPECT_TRUE(action(command::Configuration).isChecked() && !action(command::EventLog).isChecked());
+    tree().setCurrentItem(service(0));
+    EXPECT_EQ(columns(), 2);
+
+    tree().setCurrentItem(tree().topLevelItem(0));
+    EXPECT_EQ(frame().windowTitle(), StartCaption);
+    EXPECT_TRUE(enabledServiceCommands().isEmpty());
+    EXPECT_EQ(columns(), 3);
+}
+
+TEST_F(MainFrameTest, ARefreshKeepsTheCommandsAndDropsTheSelection)
+{
+    tree().setCurrentItem(service(0));
+    m_machine.addInstance(u"Gamma"_s);
+    action(command::UpdateList).trigger();
+    EXPECT_EQ(tree().topLevelItem(0)->childCount(), 3);
+    EXPECT_TRUE(tree().selectedItems().isEmpty());
+    EXPECT_EQ(&tree().GetSelectedService(), &g_no_service);
+    EXPECT_EQ(enabledServiceCommands().size(), 4);
+    EXPECT_EQ(columns(), 3);
+    m_machine.fakeRegistry.refuse(u"SYSTEM", key_access::QueryValue);
+    action(command::UpdateList).trigger();
+    EXPECT_EQ(tree().topLevelItem(0)->childCount(), 0);
+}
+
+TEST_F(MainFrameTest, InReadOnlyModeTheTreeNoLongerDrivesTheFrame)
+{
+    tree().setCurrentItem(service(0));
+    frame().m_read_only = true;
+    tree().setCurrentItem(service(1));
+    EXPECT_EQ(frame().windowTitle(), u"Alpha - QUORIL Service Manager"_s);
+    EXPECT_EQ(tree().GetSelectedService().Name, u"Beta"_s);
+}
+
+TEST_F(MainFrameTest, EveryCommandHasCaptionPromptAndHelp)
+{
+    for (const FrameCommand& command : frameCommands()) {
+        EXPECT_FALSE(action(command.id).statusTip().isEmpty()) << command.id;
+        EXPECT_FALSE(action(command.id).statusTip().contains(u'\n')) << command.id;
+        EXPECT_FALSE(action(command.id).toolTip().isEmpty()) << command.id;
+    }
+    QStringList popups;
+    for (const QAction* popup : frame().menuBar()->actions())
+        popups.append(popup->text());
+    EXPECT_EQ(popups, QStringList({u"&Service Management"_s, u"&View"_s, u"&Help"_s}));
+    for (const quint32 id : toolbarCommands()) {
+        if (id != 0) {
+            EXPECT_FALSE(action(id).icon().isNull()) << id;
+        }
+    }
+}
+
+TEST_F(MainFrameTest, TheSystemMonitorIsBroughtForwardOrStarted)
+{
+    m_machine.fakeSession.windows.insert(u"Performance Monitor"_s, true);
+    m_machine.calls.takeLog();
+    action(command::SystemMonitor).trigger();
+    EXPECT_EQ(m_machine.calls.takeLog(),
+        QStringList({u"restore Performance Monitor"_s, u"bring forward Performance Monitor"_s}));
+    m_machine.fakeSession.windows.clear();
+    action(command::SystemMonitor).trigger();
+    EXPECT_EQ(m_machine.calls.takeLog(), QStringList(u"create perfmon.exe|perfmon.exe"_s));
+    m_machine.fakeProcesses.createError = error::FileNotFound;
+    NextBox box;
+    action(command::SystemMonitor).trigger();
+    EXPECT_EQ(box.text,
+        u"SERVICE-MANAGER: Can't execute system monitor : "_s + m_machine.systemInfo().errorText(2)
+            + u" (0x2)"_s);
+}
+
+TEST_F(MainFrameTest, AnAnnouncedServiceIsToldAndChangesNothing)
+{
+    m_machine.addInstance(u"Gamma"_s);
+    NextBox box;
+    m_machine.session().broadcast(u"WM_NEW_SERVICE_INSTALLED_MSG");
+    EXPECT_EQ(box.text, u"SERVICE-MANAGER: New QUORIL service installed"_s);
+    EXPECT_EQ(tree().topLevelItem(0)->childCount(), 2);
+    frame().close();
+    EXPECT_EQ(m_machine.fakeSession.subscriptions(), 0);
+}
+
+TEST_F(MainFrameTest, BarsHideAndTheAboutBoxTellsTheVersion)
+{
+    action(command::StatusBar).trigger();
+    EXPECT_TRUE(frame().statusBar()->isHidden() && !action(command::StatusBar).isChecked());
+    action(command::Toolbar).trigger();
+    EXPECT_TRUE(frame().findChild<QToolBar*>()->isHidden() && !action(command::Toolbar).isChecked());
+    action(command::Toolbar).trigger();
+    EXPECT_TRUE(!frame().findChild<QToolBar*>()->isHidden() && action(command::Toolbar).isChecked());
+    NextBox box;
+    action(command::About).trigger();
+    EXPECT_TRUE(box.labels.contains(u"Quoril Service Management utility v. 3.4"_s));
+}
+
+TEST_F(MainFrameTest, TheHelpHasASectionForEveryCommand)
+{
+    action(command::HelpTopics).trigger();
+    auto* const help = frame().findChild<CHelpView*>();
+    ASSERT_TRUE(help && help->isVisible());
+    auto* const contents = help->findChild<QTreeWidget*>();
+    QSet<QString> sections;
+    for (QTreeWidgetItemIterator item(contents); *item; ++item)
+        sections.insert((*item)->data(0, Qt::UserRole).toString());
+    for (const FrameCommand& command : frameCommands())
+        EXPECT_TRUE(sections.contains(u"command-"_s + QString::number(command.id))) << command.id;
+}
+
+class NoCompoundDocuments : public CQuorilManagerApp
+{
+public:
+    using CQuorilManagerApp::CQuorilManagerApp;
+
+protected:
+    bool InitCompoundDocuments() override { return false; }
+};
+
+TEST(Start, EndsWithAMessageWhereItCanNotGoOn)
+{
+    FakeMachine machine;
+    const ScopedMachine inForce(machine);
+    {
+        NextBox box;
+        EXPECT_FALSE(NoCompoundDocuments(*qApp).InitInstance({u"console"_s}));
+        EXPECT_EQ(box.text, LoadText(text::OleInitFailed));
+    }
+    NextBox box;
+    EXPECT_FALSE(CQuorilManagerApp(*qApp).InitInstance({u"console"_s, u"/no/such/file"_s}));
+    EXPECT_EQ(box.text, u"/no/such/file was not found."_s);
+}
+
+TEST(Start, TakesTheLanguageOfTheUserElseOfTheSystem)
+{
+    for (const bool user : {true, false}) {
+        FakeMachine machine;
+        const ScopedMachine inForce(machine);
+        machine.fakeSession.userLanguage = user ? u"deu"_s : QString();
+        machine.fakeSession.systemLanguage = u"Deu"_s;
+        machine.fakeSystemInfo.texts.clear();
+        CQuorilManagerApp console(*qApp);
+        ASSERT_TRUE(console.InitInstance({u"console"_s}));
+        EXPECT_EQ(console.mainFrame()->menuBar()->actions().last()->text(),
+            activeResources().menu(128).back().caption);
+        EXPECT_NE(activeResources().menu(128).back().caption, u"&Help"_s);
+        EXPECT_EQ(console.version().major, 0);
+        ActivateResourceModule(ResourceModule());
+    }
+    EXPECT_EQ(activeResources().menu(128).back().caption, u"&Help"_s);
+}
+
+} // namespace
+} // namespace quoril
