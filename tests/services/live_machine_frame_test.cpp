@@ -1,0 +1,185 @@
+// The whole road on a real tree with real processes: the window, the operations, the service manager, the
+// emulator.
+
+#include "logs/quoril_manager_view.h"
+#include "platform/registry.h"
+#include "platform/services.h"
+#include "platform/system_clock.h"
+#include "platform/tree/sample_machine.h"
+#include "platform/tree/tree_machine.h"
+#include "resources/text_ids.h"
+#include "shell/left_view.h"
+#include "shell/main_frame.h"
+#include "shell/quoril_manager_app.h"
+#include "support/person.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QTemporaryDir>
+
+namespace quoril::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int Ok = 1, Yes = 6, StartTypeBox = 1020, StatusText = 1017, Start = 1021, Stop = 1022;
+
+/// The machine's time, but its waits pass ten times as fast.
+class FastClock : public SystemClock
+{
+public:
+    void sleep(quint32 milliseconds) override { SystemClock::sleep(milliseconds / 10); }
+    int timerInterval(quint32 milliseconds) const override { return int(milliseconds / 10); }
+};
+
+class FastTreeMachine : public TreeMachine
+{
+public:
+    using TreeMachine::TreeMachine;
+    Clock& clock() override { return m_fastClock; }
+
+    quint32 stateOf(QStringView name)
+    {
+        const auto manager = services().openManager(service_access::ManagerGenericAll);
+        const auto service = (*manager)->openService(name, service_access::QueryStatus);
+        return service ? (*service)->queryStatus()->currentState : 0;
+    }
+
+private:
+    FastClock m_fastClock;
+};
+
+class LiveMachineTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(createSampleMachine(m_folder.filePath(u"machine"_s)));
+        m_machine = std::make_unique<FastTreeMachine>(m_folder.filePath(u"machine"_s));
+        m_inForce.emplace(*m_machine);
+        openConsole();
+    }
+    void TearDown() override
+    {
+        // What a failed test left running ends with it.
+        for (const QStringView name : {u"IRIS", u"CERES", u"Vesta-Speicher"}) {
+            const auto manager = m_machine->services().openManager(service_access::ManagerGenericAll);
+            if (const auto service = (*manager)->openService(name, service_access::Stop))
+                static_cast<void>((*service)->control(ServiceControlStop));
+            EXPECT_TRUE(Person::waitFor([&] { return m_machine->stateOf(name) != service_state::Running; }));
+        }
+        m_console.reset();
+    }
+    void openConsole()
+    {
+        m_console = std::make_unique<CQuorilManagerApp>(*qApp);
+        ASSERT_TRUE(m_console->InitInstance({u"console"_s}));
+    }
+    QTreeWidgetItem* item(const QString& name)
+    {
+        return m_console->mainFrame()
+            ->GetLeftView()
+            ->findItems(name, Qt::MatchExactly | Qt::MatchRecursive)
+            .value(0);
+    }
+    void select(const QString& name) { m_console->mainFrame()->GetLeftView()->setCurrentItem(item(name)); }
+    void run(quint32 command) { m_console->mainFrame()->commands().action(command)->trigger(); }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<FastTreeMachine> m_machine;
+    std::optional<ScopedMachine> m_inForce;
+    std::unique_ptr<CQuorilManagerApp> m_console;
+    Person m_person;
+};
+
+TEST_F(LiveMachineTest, AServiceIsStartedStoppedChangedAndRemoved)
+{
+    QStringList& seen = m_person.seen;
+    const auto noteStatus = [&seen](QWidget& window) {
+        seen.append(window.findChild<QLabel*>(QString::number(StatusText))->text());
+    };
+    select(u"IRIS"_s);
+    m_person.on(u"Service management dialog"_s, [&](QWidget& window) {
+        noteStatus(window);
+        Person::press(window, Start);
+        noteStatus(window);
+        EXPECT_EQ(m_machine->stateOf(u"CERES"), service_state::Running);
+        Person::press(window, Stop);
+        noteStatus(window);
+        QKeyEvent next(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
+        QApplication::sendEvent(window.findChild<QComboBox*>(QString::number(StartTypeBox)), &next);
+        Person::press(window, Ok);
+    });
+    run(command::Manage);
+    const PanelTable& logs = m_console->mainFrame()->GetRightView()->table();
+    QStringList codes;
+    for (qsizetype row = 0; row < logs.rowCount(); ++row)
+        codes.append(logs.text(row, 1));
+    EXPECT_EQ(codes.value(0), u"02000039"_s); // the System log's entries of this start
+    EXPECT_TRUE(codes.contains(u"02000037"_s)); // the emulator's own events
+    EXPECT_TRUE(codes.contains(u"00000249"_s)); // the emulator's log from its start mark on
+
+    // Another console finds what this one changed.
+    openConsole();
+    select(u"IRIS"_s);
+    m_person.on(u"Service management dialog"_s, [&](QWidget& window) {
+        seen.append(window.findChild<QComboBox*>(QString::number(StartTypeBox))->currentText());
+        Person::press(window, Ok);
+    });
+    run(command::Manage);
+    m_person.on(u"Remove Service Dialog"_s, Person::presses(Ok));
+    m_person.on(u"Do you really want"_s, Person::presses(Yes));
+    run(command::Remove);
+    EXPECT_EQ(item(u"IRIS"_s), nullptr);
+    EXPECT_EQ(m_machine->stateOf(u"IRIS"), 0U);
+
+    select(u"CERES"_s);
+    m_person.on(u"Remove Service Dialog"_s, Person::presses(Ok));
+    m_person.on(u"Do you really want"_s, Person::presses(Yes));
+    m_person.on(u"still running"_s, Person::presses(Ok));
+    run(command::Remove);
+    EXPECT_NE(item(u"CERES"_s), nullptr);
+    EXPECT_EQ(m_person.left(), 0U);
+    EXPECT_EQ(seen.join(u'\n').toStdString(),
+        "Service management dialog: \n"
+        "Stopped\n"
+        "Information: SERVICE-MANAGER: Wait until pre-requisite service started\n"
+        "Information: SERVICE-MANAGER: Please wait while service started...\n"
+        "Started\n"
+        "Information: Please wait while service stopped...\n"
+        "Stopped\n"
+        "Information: SERVICE-MANAGER: Please wait for service reconfiguration...\n"
+        "Service management dialog: \n"
+        "DISABLED\n"
+        "Remove Service Dialog: \n"
+        "Quoril Services Manager: Do you really want to remove the selected service?\n"
+        "Information: Please wait while the selected service removed...\n"
+        "Remove Service Dialog: \n"
+        "Quoril Services Manager: Do you really want to remove the selected service?\n"
+        "Quoril Services Manager: Failed to remove a service. The service is still running.");
+}
+
+TEST_F(LiveMachineTest, AnOrderStartsAServiceWhileTheScheduleDialogStandsOpen)
+{
+    const QString name = u"Vesta-Speicher"_s;
+    select(name);
+    CMainFrame& frame = *m_console->mainFrame();
+    frame.StartScheduleWorker();
+    frame.SchedTable.add(SchedStruct(
+        frame.GetLeftView()->GetSelectedService(), m_machine->clock().now() + 2, schedule_action::Start));
+    m_person.on(u"Schedule dialog"_s, [&](QWidget& window) {
+        EXPECT_EQ(m_machine->stateOf(name), service_state::Stopped);
+        EXPECT_TRUE(Person::waitFor([&] { return m_machine->stateOf(name) == service_state::Running; }));
+        EXPECT_TRUE(window.isVisible());
+        Person::press(window, Ok);
+    });
+    run(command::Schedule);
+    EXPECT_EQ(m_person.left(), 0U);
+    EXPECT_TRUE(Person::waitFor([&] { return frame.SchedTable.orders().empty(); }));
+}
+
+} // namespace
+} // namespace quoril::test
