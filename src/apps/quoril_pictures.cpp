@@ -1,0 +1,102 @@
+// Takes pictures of the console's window off screen and prints the catalogue: what `run` does without a
+// display, and the way that the pictures in docs/ are made.
+
+#include "platform/clock.h"
+#include "platform/tree/machine_choice.h"
+#include "platform/tree/tree_machine.h"
+#include "resources/text_ids.h"
+#include "shell/left_view.h"
+#include "shell/main_frame.h"
+#include "shell/quoril_manager_app.h"
+#include "shell/quoril_manager_doc.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTextStream>
+#include <QTimer>
+
+namespace {
+
+using namespace quoril;
+using namespace Qt::StringLiterals;
+
+bool picture(QWidget& window, const QDir& folder, const QString& name)
+{
+    QApplication::processEvents();
+    const QString path = folder.filePath(name);
+    const bool saved = window.grab().save(path);
+    QTextStream(saved ? stdout : stderr) << (saved ? "picture: " : "can't write: ") << path << '\n';
+    return saved;
+}
+
+/// Runs the command and takes a picture of the dialog that it opens.
+bool dialogPicture(CMainFrame& frame, quint32 command, const QDir& folder, const QString& name)
+{
+    constexpr int SettlingMilliseconds = 100;
+    bool saved = false;
+    QTimer::singleShot(SettlingMilliseconds, &frame, [&] {
+        if (QWidget* const dialog = QApplication::activeModalWidget()) {
+            saved = picture(*dialog, folder, name);
+            dialog->close();
+        }
+    });
+    frame.commands().action(command)->trigger();
+    return saved;
+}
+
+/// An order of the kind that a person makes, for the picture of the list.
+void addOrder(CMainFrame& frame, qint64 secondsAhead, qint32 action)
+{
+    frame.SchedTable.add(SchedStruct(
+        frame.GetLeftView()->GetSelectedService(), machine().clock().now() + secondsAhead, action));
+}
+
+void printCatalogue(const CQuorilManagerDoc& document)
+{
+    QTextStream out(stdout);
+    for (const ServiceInfo& service : document.m_services)
+        out << service.Name << '\t' << service.EmulationType << '\t' << service.HomeDir << '\t'
+            << service.LogFile << '\n';
+    out << document.m_services.size() << " instances\n";
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("QuorilManager"));
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() != 2) {
+        QTextStream(stderr) << "usage: quoril-pictures FOLDER\n";
+        return 2;
+    }
+    const QDir folder(arguments[1]);
+    const auto machine = openMachine(chooseMachine({}));
+    const ScopedMachine inForce(*machine);
+
+    CQuorilManagerApp console(application);
+    if (!folder.mkpath(QStringLiteral(".")) || !console.InitInstance({arguments[0]}))
+        return 1;
+    printCatalogue(*console.document());
+    CMainFrame& frame = *console.mainFrame();
+    bool saved = picture(frame, folder, u"start.png"_s);
+    if (QTreeWidgetItem* const first = frame.GetLeftView()->topLevelItem(0)->child(0)) {
+        constexpr qint64 HourSeconds = 3600;
+        frame.GetLeftView()->setCurrentItem(first);
+        saved = picture(frame, folder, u"logs.png"_s) && saved;
+        frame.OnViewConfiguration();
+        saved = picture(frame, folder, u"configuration.png"_s) && saved;
+        addOrder(frame, HourSeconds, schedule_action::Start);
+        addOrder(frame, 9 * HourSeconds, schedule_action::Stop);
+        saved = dialogPicture(frame, command::Manage, folder, u"manage.png"_s) && saved;
+        saved = dialogPicture(frame, command::Schedule, folder, u"schedule.png"_s) && saved;
+        saved = dialogPicture(frame, command::Security, folder, u"security.png"_s) && saved;
+        saved = dialogPicture(frame, command::About, folder, u"about.png"_s) && saved;
+        frame.resize(800, 600);
+        frame.OnViewEventLog();
+        saved = picture(frame, folder, u"small.png"_s) && saved;
+    }
+    frame.close();
+    return saved ? 0 : 1;
+}
