@@ -48,7 +48,7 @@ Status deleteStopped(Service& service, RemovalFailure& failure)
     }
     const Status deleted = service.markForDelete();
     if (!deleted)
-        failure = {text::RemovalFailed, deleted.errorNumber()};
+        failure = {text::RemovalFailed, error::Success};
     return deleted;
 }
 
