@@ -26,6 +26,8 @@ qsizetype byteSize(const ServiceConfig& config)
 
 Result<std::unique_ptr<FileLock>> managerLock(const QString& parent)
 {
+    if (parent.isEmpty())
+        return Error{error::PathNotFound, {}};
     return FileLock::acquire(parent + u"/.lock"_s);
 }
 

@@ -150,7 +150,14 @@ Status Host::spawn(const ServiceFolder& folder)
     m_record.status.currentState = service_state::StartPending;
     m_record.service = ProcessIdentity::of(m_process->pid());
     m_record.host = ProcessIdentity::of(::getpid());
-    return m_folder->record(m_record);
+    Status kept = m_folder->record(m_record);
+    if (!kept) {
+        // A process that nobody knows of would run beside the next start's.
+        constexpr quint32 EndMilliseconds = 5000;
+        static_cast<void>(m_process->terminate(1));
+        m_process->wait(EndMilliseconds);
+    }
+    return kept;
 }
 
 void Host::follow()
@@ -224,7 +231,10 @@ void Host::finish(quint32 exitCode)
 {
     logState(u"stopped");
     // Starts and removals by others wait for the lock, so none of them sees half of what follows.
-    const auto lock = FileLock::acquire(ServiceFolder::parent(m_machine.paths()) + u"/.lock"_s);
+    // A tree that was taken away meanwhile has no place for the lock, and nothing more to keep.
+    const QString parent = ServiceFolder::parent(m_machine.paths());
+    const auto lock = parent.isEmpty() ? Result<std::unique_ptr<FileLock>>(Error{error::PathNotFound, {}})
+                                       : FileLock::acquire(parent + u"/.lock"_s);
     m_folder->clearRun();
     m_record = {{service_state::Stopped, exitCode, 0, 0}, {}, {}};
     publish();

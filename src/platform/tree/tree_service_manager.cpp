@@ -62,12 +62,19 @@ void removeIfForgotten(TreeMachine& machine, QStringView name)
     TreeServiceDatabase database(machine);
     if (!database.isMarkedForDelete(name))
         return;
-    const auto lock = FileLock::acquire(ServiceFolder::parent(machine.paths()) + u"/.lock"_s);
+    const Result<QString> parent = ServiceFolder::makeParent(machine.paths());
+    if (!parent)
+        return;
+    const auto lock = FileLock::acquire(*parent + u"/.lock"_s);
     const ServiceFolder folder(machine.paths(), name);
-    if (!lock || folder.path().isEmpty() || folder.current().status.currentState != service_state::Stopped)
+    if (!lock)
         return;
-    if (const TryLock deleting(folder.file(u"delete")); !deleting.isHeld() && QFile::exists(folder.path()))
-        return;
+    if (!folder.path().isEmpty()) {
+        const TryLock deleting(folder.file(u"delete"));
+        if (folder.current().status.currentState != service_state::Stopped
+            || (!deleting.isHeld() && QFile::exists(folder.path())))
+            return;
+    }
     database.removeIfMarked(name, folder);
 }
 

@@ -201,7 +201,8 @@ void ServiceFolder::remove() const
 {
     if (m_path.isEmpty())
         return;
-    for (const QStringView name : {u"state", u"report", u"stop", u"host", u"delete"})
+    for (const QStringView name :
+        {u"state", u".state.new", u"report", u".report.new", u"stop", u"host", u"delete"})
         QFile::remove(file(name));
     QDir().rmdir(m_path);
 }
