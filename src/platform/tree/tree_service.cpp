@@ -24,13 +24,6 @@ qsizetype byteSize(const ServiceConfig& config)
     return size;
 }
 
-Result<std::unique_ptr<FileLock>> managerLock(const QString& parent)
-{
-    if (parent.isEmpty())
-        return Error{error::PathNotFound, {}};
-    return FileLock::acquire(parent + u"/.lock"_s);
-}
-
 } // namespace
 
 TreeService::TreeService(TreeMachine& machine, QString name, quint32 rights)
@@ -45,7 +38,7 @@ TreeService::~TreeService()
 {
     if (!m_deleting)
         return;
-    const auto lock = managerLock(ServiceFolder::parent(m_machine.paths()));
+    const auto lock = ServiceFolder::lockServices(ServiceFolder::parent(m_machine.paths()));
     // A service that runs is removed by its host when it ends.
     if (lock && folder().current().status.currentState == service_state::Stopped)
         m_database.removeIfMarked(m_name, folder());
@@ -85,7 +78,7 @@ Status TreeService::start()
     const Result<QString> parent = ServiceFolder::makeParent(m_machine.paths());
     if (!parent)
         return parent.failure();
-    const auto lock = managerLock(*parent);
+    const auto lock = ServiceFolder::lockServices(*parent);
     return lock ? startLocked() : Status(lock.failure());
 }
 
@@ -115,7 +108,7 @@ Result<ServiceStatus> TreeService::control(quint32 code)
     const QString parent = ServiceFolder::parent(m_machine.paths());
     if (parent.isEmpty())
         return Error{error::ServiceNotActive, m_name};
-    const auto lock = managerLock(parent);
+    const auto lock = ServiceFolder::lockServices(parent);
     return lock ? stop() : Result<ServiceStatus>(lock.failure());
 }
 
@@ -153,7 +146,7 @@ Status TreeService::markForDelete()
     const Result<QString> parent = ServiceFolder::makeParent(m_machine.paths());
     if (!parent)
         return parent.failure();
-    const auto lock = managerLock(*parent);
+    const auto lock = ServiceFolder::lockServices(*parent);
     if (!lock)
         return lock.failure();
     if (Status marked = m_database.markForDelete(m_name); !marked)

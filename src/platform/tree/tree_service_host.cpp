@@ -232,9 +232,7 @@ void Host::finish(quint32 exitCode)
     logState(u"stopped");
     // Starts and removals by others wait for the lock, so none of them sees half of what follows.
     // A tree that was taken away meanwhile has no place for the lock, and nothing more to keep.
-    const QString parent = ServiceFolder::parent(m_machine.paths());
-    const auto lock = parent.isEmpty() ? Result<std::unique_ptr<FileLock>>(Error{error::PathNotFound, {}})
-                                       : FileLock::acquire(parent + u"/.lock"_s);
+    const auto lock = ServiceFolder::lockServices(ServiceFolder::parent(m_machine.paths()));
     m_folder->clearRun();
     m_record = {{service_state::Stopped, exitCode, 0, 0}, {}, {}};
     publish();

@@ -65,7 +65,7 @@ void removeIfForgotten(TreeMachine& machine, QStringView name)
     const Result<QString> parent = ServiceFolder::makeParent(machine.paths());
     if (!parent)
         return;
-    const auto lock = FileLock::acquire(*parent + u"/.lock"_s);
+    const auto lock = ServiceFolder::lockServices(*parent);
     const ServiceFolder folder(machine.paths(), name);
     if (!lock)
         return;

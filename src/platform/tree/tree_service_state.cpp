@@ -170,6 +170,13 @@ QString ServiceFolder::parent(const TreePaths& paths)
     return there ? *there : QString();
 }
 
+Result<std::unique_ptr<FileLock>> ServiceFolder::lockServices(const QString& parent)
+{
+    if (parent.isEmpty())
+        return Error{error::PathNotFound, {}};
+    return FileLock::acquire(parent + u"/.lock"_s);
+}
+
 Result<QString> ServiceFolder::makeParent(const TreePaths& paths)
 {
     for (const QString& above : {u"C:\\ProgramData"_s, u"C:\\ProgramData\\Quoril"_s})

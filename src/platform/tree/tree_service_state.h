@@ -2,12 +2,14 @@
 
 #include "formats/error.h"
 #include "platform/services.h"
+#include "platform/tree/file_lock.h"
 #include "platform/tree/process_identity.h"
 
 #include <QByteArray>
 #include <QString>
 #include <QStringView>
 
+#include <memory>
 #include <optional>
 
 namespace quoril {
@@ -56,6 +58,9 @@ public:
     static QString parent(const TreePaths& paths);
     /// The same, made where it is missing. 19 where the tree can't be written.
     static Result<QString> makeParent(const TreePaths& paths);
+    /// The lock that whoever starts, stops or removes a service of the folder above holds meanwhile. 3 for an
+    /// empty folder: there is then no place for it in the tree. Else errors as of FileLock.
+    static Result<std::unique_ptr<FileLock>> lockServices(const QString& parent);
     /// The folder of a service, made where it is missing. 19 as above.
     static Result<ServiceFolder> make(const TreePaths& paths, QStringView service);
 
