@@ -19,6 +19,7 @@ inline constexpr quint32 NotEnoughMemory = 8;
 inline constexpr quint32 WriteProtect = 19;
 inline constexpr quint32 WriteFault = 29;
 inline constexpr quint32 SharingViolation = 32;
+inline constexpr quint32 LockViolation = 33;
 inline constexpr quint32 HandleEof = 38;
 inline constexpr quint32 NotSupported = 50;
 inline constexpr quint32 FileExists = 80;

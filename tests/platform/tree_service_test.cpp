@@ -225,6 +225,10 @@ TEST_F(TreeServiceTest, locksTheDatabaseBetweenProcesses)
     EXPECT_FALSE(tree.manager()->queryLockStatus(1024)->isLocked);
     EXPECT_TRUE(tree.manager()->lockDatabase());
     EXPECT_TRUE(tree.manager()->lockDatabase()) << "the first lock ended with its object";
+    // A lock file that can't be opened is held by nobody.
+    const QString file = ServiceFolder::parent(tree.machine.paths()) + u"/.database"_s;
+    ASSERT_TRUE(QFile::remove(file) && QDir().mkdir(file));
+    EXPECT_EQ(tree.manager()->lockDatabase().errorNumber(), error::WriteProtect);
 }
 
 TEST_F(TreeServiceTest, leavesNothingBehindInManyRuns)

@@ -125,8 +125,10 @@ Result<std::unique_ptr<ServiceDatabaseLock>> TreeServiceManager::lockDatabase()
     if (!parent)
         return parent.failure();
     TryLock lock(lockFile(*parent));
-    if (!lock.isHeld())
+    if (lock.state().errorNumber() == error::LockViolation)
         return Error{error::ServiceDatabaseLocked, {}};
+    if (!lock.isHeld())
+        return lock.state().failure();
     const QByteArray holder
         = QByteArray::number(m_machine.clock().now()) + '\n' + ownerName().toUtf8() + '\n';
     if (::ftruncate(lock.descriptor(), 0) != 0

@@ -144,9 +144,16 @@ TryLock::TryLock(const QString& fileName)
     : m_descriptor(::open(QFile::encodeName(fileName).constData(),
         O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666))
 {
+    if (m_descriptor < 0) {
+        m_state = folderError(errno, fileName);
+        return;
+    }
     struct flock whole = wholeFile();
-    if (m_descriptor >= 0 && ::fcntl(m_descriptor, F_OFD_SETLK, &whole) != 0)
-        release();
+    if (::fcntl(m_descriptor, F_OFD_SETLK, &whole) == 0)
+        return;
+    const bool isTaken = errno == EAGAIN || errno == EACCES;
+    m_state = isTaken ? Error{error::LockViolation, fileName} : folderError(errno, fileName);
+    release();
 }
 
 bool TryLock::isTaken(const QString& fileName)
@@ -156,7 +163,11 @@ bool TryLock::isTaken(const QString& fileName)
     return file && ::fcntl((*file)->handle(), F_OFD_GETLK, &whole) == 0 && whole.l_type != F_UNLCK;
 }
 
-TryLock::TryLock(TryLock&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) { }
+TryLock::TryLock(TryLock&& other) noexcept
+    : m_descriptor(std::exchange(other.m_descriptor, -1))
+    , m_state(std::move(other.m_state))
+{
+}
 
 void TryLock::release()
 {
@@ -231,8 +242,8 @@ Status ServiceFolder::askStop() const
 
 void ServiceFolder::clearRun() const
 {
-    QFile::remove(file(u"report"));
-    QFile::remove(file(u"stop"));
+    for (const QStringView name : {u"report", u".report.new", u"stop"})
+        QFile::remove(file(name));
 }
 
 ServiceRecord ServiceFolder::current() const

@@ -42,12 +42,16 @@ public:
     static bool isTaken(const QString& fileName);
 
     bool isHeld() const { return m_descriptor >= 0; }
+    /// Why it is not held: 33 if somebody else holds it, else what kept the file from being opened, 19 where
+    /// it can't be written.
+    Status state() const { return m_state; }
     /// The descriptor of the open file.
     int descriptor() const { return m_descriptor; }
     void release();
 
 private:
     int m_descriptor = -1;
+    Status m_state;
 };
 
 /// The folder of the tree in which one service's state lives, ProgramData\Quoril\services\<name>.
