@@ -138,6 +138,9 @@ TEST_F(TreeServiceFaultsTest, knowsAServiceWhoseHostWasKilled)
     ASSERT_TRUE(QFile::remove(program) && QFile::copy(QStringLiteral(QUORIL_EMULATOR), program));
     EXPECT_EQ(service->queryStatus()->currentState, Running);
     EXPECT_EQ(service->start().errorNumber(), error::ServiceAlreadyRunning);
+    // A stop that the host took with it is still asked for.
+    ASSERT_TRUE(tree.folder(u"ORPHAN"_s).askStop());
+    EXPECT_EQ(service->queryStatus()->currentState, StopPending);
     ASSERT_TRUE(service->control(ServiceControlStop));
     EXPECT_TRUE(tree.comesTo(*service, Stopped));
     EXPECT_EQ(service->queryStatus()->win32ExitCode, 0u);

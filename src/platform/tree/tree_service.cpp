@@ -117,8 +117,11 @@ Result<ServiceStatus> TreeService::stop()
     ServiceRecord record = folder().current();
     if (record.status.currentState == service_state::Stopped)
         return Error{error::ServiceNotActive, m_name};
+    const bool hasHost = record.host && record.host->isAlive();
+    // A host that was killed before it passed a stop on leaves it pending: it is asked for once more.
+    const bool isForgotten = record.status.currentState == service_state::StopPending && !hasHost;
     if (record.status.currentState != service_state::Running
-        && record.status.currentState != service_state::Paused)
+        && record.status.currentState != service_state::Paused && !isForgotten)
         return Error{error::ServiceCannotAcceptControl, m_name};
     for (const QString& each : m_database.dependents(m_name))
         if (ServiceFolder(m_machine.paths(), each).current().status.currentState != service_state::Stopped)
@@ -126,7 +129,7 @@ Result<ServiceStatus> TreeService::stop()
     if (Status asked = folder().askStop(); !asked)
         return asked.failure();
     // The host passes it on. A service whose host was killed is asked here; its end shows by itself.
-    if (!record.host || !record.host->isAlive())
+    if (!hasHost && record.service)
         record.service->signal(SIGTERM);
     record.status.currentState = service_state::StopPending;
     return record.status;
