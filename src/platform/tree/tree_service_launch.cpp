@@ -5,6 +5,7 @@
 #include "platform/tree/process_identity.h"
 #include "platform/tree/tree_machine.h"
 
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcessEnvironment>
@@ -21,8 +22,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Longer than a host takes on a machine that is busy to the limit.
-constexpr int AnswerMilliseconds = 30000;
+// Longer than a host takes on a machine that is busy to the limit, and shorter than anybody waits for the
+// lock that is held meanwhile.
+constexpr int AnswerMilliseconds = 15000;
 
 class Pipe
 {
@@ -45,13 +47,16 @@ public:
     void closeWriting() { closeEnd(1); }
 
     /// All that is written until the other side closes its end or the time is up.
-    QByteArray readAll(int milliseconds)
+    QByteArray readAll(const QDeadlineTimer& until)
     {
         QByteArray all;
         pollfd end = {.fd = m_ends[0], .events = POLLIN, .revents = 0};
         std::array<char, 64> bytes;
-        while (::poll(&end, 1, milliseconds) > 0) {
-            const ssize_t count = ::read(m_ends[0], bytes.data(), bytes.size());
+        while (!until.hasExpired()) {
+            const int ready = ::poll(&end, 1, static_cast<int>(until.remainingTime()) + 1);
+            const ssize_t count = ready > 0 ? ::read(m_ends[0], bytes.data(), bytes.size()) : ready;
+            if (count < 0 && errno == EINTR)
+                continue;
             if (count <= 0)
                 break;
             all.append(bytes.data(), count);
@@ -106,9 +111,10 @@ Status launchServiceHost(TreeMachine& machine, QStringView service)
     if (!host)
         return host.failure();
     answer.closeWriting();
-    const QByteArray text = answer.readAll(AnswerMilliseconds).trimmed();
+    const QDeadlineTimer until(AnswerMilliseconds);
+    const QByteArray text = answer.readAll(until).trimmed();
     // The process that was started here has handed its work to one of its own and ends.
-    (*host)->wait(AnswerMilliseconds);
+    (*host)->wait(static_cast<quint32>(until.remainingTime()));
     bool isNumber = false;
     const quint32 number = text.toUInt(&isNumber);
     if (!isNumber)
