@@ -14,7 +14,7 @@ constexpr quint32 RecordTrailerSize = 4;
 constexpr int MaximumNesting = 8;
 /// Steps and bytes of values that a record may take, and more for each byte it has: far above any real
 /// record, and the bound for templates that name each other.
-constexpr qint64 RecordBudget = 16 * 1024;
+constexpr qint64 RecordBudget = 16'384;
 constexpr qint64 BudgetPerByte = 16;
 constexpr std::size_t MaximumPrograms = 1024;
 
@@ -125,7 +125,7 @@ void Chunk::checkSpan(const EventEntry& entry)
         m_pending.outside = !m_span.contains(entry.timeGenerated);
 }
 
-void Chunk::finish(EventEntry& entry)
+void Chunk::finish(EventEntry& entry) const
 {
     entry.insertStrings.beginString();
     if (!m_pending.hasSource)

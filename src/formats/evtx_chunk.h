@@ -60,7 +60,7 @@ private:
     void setBinary(const Value& value, EventEntry& entry);
     void endString(EventEntry& entry);
     void appendStrings(Value value, EventEntry& entry);
-    void finish(EventEntry& entry);
+    void finish(EventEntry& entry) const;
     void checkSpan(const EventEntry& entry);
     const Program& programOf(quint32 definition, Place place);
 

@@ -4,6 +4,7 @@
 #include "formats/regf_image.h"
 
 #include <algorithm>
+#include <compare>
 
 namespace quoril::regf {
 
@@ -122,7 +123,7 @@ Result<Key*> Key::addChild(QStringView name, quint64 filetime)
     header.flags = fitsLatin1(name) ? LatinNameFlag : quint16(0);
     header.security = m_header.security;
     const auto place = std::lower_bound(m_children.begin(), m_children.end(), name,
-        [](const auto& key, QStringView wanted) { return foldedCompare(key->name(), wanted) < 0; });
+        [](const auto& key, QStringView wanted) { return std::is_lt(foldedCompare(key->name(), wanted)); });
     Key* added
         = m_children.insert(place, std::make_unique<Key>(*m_image, std::move(header), m_depth + 1, NoCell))
               ->get();

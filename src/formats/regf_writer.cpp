@@ -72,9 +72,10 @@ private:
         closeBin();
         const std::size_t size = (content + BinHeader + BinUnit - 1) / BinUnit * BinUnit;
         const std::size_t start = m_binEnd;
-        if (std::size_t(m_bytes.capacity()) < start + size)
-            m_bytes.reserve(qsizetype(std::max((start + size) * 3 / 2, std::size_t(1) << 20)));
-        m_bytes.resize(qsizetype(start + size));
+        const auto end = qsizetype(start + size);
+        if (m_bytes.capacity() < end)
+            m_bytes.reserve(std::max(end + end / 2, qsizetype(1) << 20));
+        m_bytes.resize(end);
         std::memset(m_bytes.data() + qsizetype(start), 0, size);
         std::memcpy(m_bytes.data() + qsizetype(start), "hbin", 4);
         put(start + 4, quint32(start));
