@@ -5,9 +5,11 @@ set -euo pipefail
 packages=(
   g++ cmake ninja-build
   qt6-base-dev            # Core, Gui, Widgets, PrintSupport, moc and rcc
+  qt6-translations-l10n   # German texts of the dialogs for files and printers
   libgtest-dev libgmock-dev
   libbenchmark-dev
   libhivex-bin libregf-utils libevtx-utils libevt-utils   # oracles of the format tests
+  poppler-utils           # pdftotext reads the printed pages back
   xz-utils                # unpacks the real files that the tests read
   dbus                    # a private bus for the test of the workstation lock
   fonts-dejavu-core       # a font for windows without a desktop

@@ -32,7 +32,7 @@ bool picture(QWidget& window, const QDir& folder, const QString& name)
 /// Runs the command and takes a picture of the dialog that it opens.
 bool dialogPicture(CMainFrame& frame, quint32 command, const QDir& folder, const QString& name)
 {
-    constexpr int SettlingMilliseconds = 100;
+    constexpr int SettlingMilliseconds = 300;
     bool saved = false;
     QTimer::singleShot(SettlingMilliseconds, &frame, [&] {
         if (QWidget* const dialog = QApplication::activeModalWidget()) {
@@ -92,6 +92,8 @@ int main(int argc, char** argv)
         saved = dialogPicture(frame, command::Manage, folder, u"manage.png"_s) && saved;
         saved = dialogPicture(frame, command::Schedule, folder, u"schedule.png"_s) && saved;
         saved = dialogPicture(frame, command::Security, folder, u"security.png"_s) && saved;
+        saved = dialogPicture(frame, command::PrintSetup, folder, u"print-setup.png"_s) && saved;
+        saved = dialogPicture(frame, command::PrintPreview, folder, u"preview.png"_s) && saved;
         saved = dialogPicture(frame, command::About, folder, u"about.png"_s) && saved;
         frame.resize(800, 600);
         frame.OnViewEventLog();

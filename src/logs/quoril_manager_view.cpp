@@ -1,9 +1,11 @@
 #include "logs/quoril_manager_view.h"
 
 #include "config/configuration_table.h"
+#include "logs/coded_message_dialog.h"
 #include "logs/log_table.h"
 #include "logs/panel_row_painter.h"
 #include "logs/panel_table_model.h"
+#include "printing/page_painter.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 
@@ -14,6 +16,7 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QPrinter>
 #include <QScrollBar>
 #include <QTextDocument>
 #include <QToolTip>
@@ -21,6 +24,8 @@
 #include <algorithm>
 
 namespace quoril {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -132,6 +137,46 @@ void CQuorilManagerView::Copy()
     if (table().rowCount() == 0 || table().columnCount() == 0)
         return;
     QGuiApplication::clipboard()->setText(ClipboardText(table(), selectedRanges()));
+}
+
+void CQuorilManagerView::PrintPanel()
+{
+    constexpr int ErrorSeverity = 3;
+    m_page_count = PageCount(table().rowCount());
+    PrintRequest request;
+    request.selection = selectedRanges();
+    if (!m_printing.askHowToPrint(request, window()))
+        return;
+    if (!m_printing.printer().isValid()) {
+        ShowCodedMessage(u"0200003E"_s, LoadText(text::NoDefaultPrinter), ErrorSeverity, window());
+        return;
+    }
+    PagePainter painter(m_printing.printer());
+    switch (PrintRows(table(), request, LoadText(text::PrintDocumentName), painter)) {
+    case PrintOutcome::DocumentNotStarted:
+        ShowCodedMessage(u"0200003F"_s, LoadText(text::PrinterNotInitialized), ErrorSeverity, window());
+        break;
+    case PrintOutcome::PageNotStarted:
+        ShowCodedMessage(u"02000040"_s, LoadText(text::PageNotStarted), ErrorSeverity, window());
+        break;
+    case PrintOutcome::Printed:
+    case PrintOutcome::NothingToPrint:
+        break;
+    }
+}
+
+bool CQuorilManagerView::OnPreparePrinting(CPrintInfo& info)
+{
+    m_page_count = PageCount(table().rowCount());
+    if (table().rowCount() > 0)
+        info.maximumPage = m_page_count;
+    m_print_info = &info;
+    return m_printing.printer().isValid();
+}
+
+void CQuorilManagerView::OnDraw(PageCanvas& canvas)
+{
+    DrawPage(table(), m_print_info ? m_print_info->currentPage : 1, canvas);
 }
 
 void CQuorilManagerView::contextMenuEvent(QContextMenuEvent* event)

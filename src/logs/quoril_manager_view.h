@@ -1,6 +1,7 @@
 #pragma once
 
 #include "logs/panel_table.h"
+#include "printing/printer_dialogs.h"
 
 #include <QTableView>
 
@@ -37,6 +38,14 @@ public:
     /// happens, with none selected the clipboard gets an empty text.
     void Copy();
 
+    /// Asks how to print, then prints all rows or the selected ones. Failures are told.
+    void PrintPanel();
+    /// Prepares a preview of the rows that stand here now; the information stays in use until the next one.
+    bool OnPreparePrinting(CPrintInfo& info);
+    /// Draws the page of the preview that is due.
+    void OnDraw(PageCanvas& canvas);
+    PrinterDialogs& printing() { return m_printing; }
+
     /// What the list shows. The reference is valid until the list is rebuilt.
     const PanelTable& table() const;
     /// The selected rows in list order.
@@ -61,6 +70,9 @@ private:
     static WidthTable g_log_widths;
 
     PanelTableModel* m_model;
+    PrinterDialogs m_printing;
+    int m_page_count = 0; ///< of the printing or preview that set it
+    CPrintInfo* m_print_info = nullptr;
 };
 
 } // namespace quoril

@@ -183,18 +183,7 @@ inline constexpr quint32 OpenConfigurationTitle = 41012;
 
 // Printing and its preview.
 inline constexpr quint32 Print = 41020;
-inline constexpr quint32 PrintRange = 41021;
-inline constexpr quint32 PrintAll = 41022;
-inline constexpr quint32 PrintSelection = 41023;
-inline constexpr quint32 PrintCopies = 41024;
-inline constexpr quint32 Printer = 41025;
-inline constexpr quint32 PreviewTitle = 41026;
-inline constexpr quint32 PreviewPrint = 41027;
-inline constexpr quint32 PreviewNext = 41028;
-inline constexpr quint32 PreviewPrevious = 41029;
-inline constexpr quint32 PreviewZoomIn = 41030;
-inline constexpr quint32 PreviewZoomOut = 41031;
-inline constexpr quint32 PreviewPage = 41032;
+inline constexpr quint32 PreviewTitle = 41021;
 
 // Names of the panes for assistive tools.
 inline constexpr quint32 TreeName = 41040;
@@ -225,7 +214,6 @@ inline constexpr quint32 Schedule = 32778;
 inline constexpr quint32 Security = 32789;
 inline constexpr quint32 Mail = 57612;
 inline constexpr quint32 Print = 57607;
-inline constexpr quint32 PrintDirect = 57608;
 inline constexpr quint32 PrintPreview = 57609;
 inline constexpr quint32 PrintSetup = 57606;
 inline constexpr quint32 Exit = 57665;
@@ -290,6 +278,21 @@ inline constexpr quint32 LockTime = 1034;
 inline constexpr quint32 Ok = 1;
 inline constexpr quint32 Cancel = 2;
 } // namespace quoril::security_dialog
+
+namespace quoril::print_setup_dialog {
+inline constexpr quint32 Id = 139;
+inline constexpr quint32 PrinterLabel = 60000;
+inline constexpr quint32 PaperLabel = 60001;
+inline constexpr quint32 OrientationLabel = 60002;
+inline constexpr quint32 PdfFile = 60003;
+inline constexpr quint32 Portrait = 60004;
+inline constexpr quint32 Landscape = 60005;
+inline constexpr quint32 Printer = 1060;
+inline constexpr quint32 Paper = 1061;
+inline constexpr quint32 Orientation = 1062;
+inline constexpr quint32 Ok = 1;
+inline constexpr quint32 Cancel = 2;
+} // namespace quoril::print_setup_dialog
 
 namespace quoril::wake_up_dialog {
 inline constexpr quint32 Id = 135;

@@ -38,8 +38,8 @@ constexpr PopupCommand PopupCommands[] = {
     {command::TreeScheduleStart, &CMainFrame::OnSchedule},
     {command::TreeScheduleStop, &CMainFrame::OnScheduleStop},
     {command::TreeMail, nullptr},
-    {command::TreePrint, nullptr},
-    {command::TreePrintPreview, nullptr},
+    {command::TreePrint, &CMainFrame::OnPrint},
+    {command::TreePrintPreview, &CMainFrame::OnPrintPreview},
     {command::TreeConfiguration, &CMainFrame::OnViewConfiguration},
     {command::TreeEventLog, &CMainFrame::OnViewEventLog},
 };
@@ -121,6 +121,30 @@ void CLeftView::OnSelChanged()
     m_frame->SetServiceCommands(true);
     m_frame->RefreshPanel();
     m_document.SetTitle(service->Name);
+}
+
+CQuorilManagerView* CLeftView::panel() const
+{
+    return m_frame ? m_frame->GetRightView() : nullptr;
+}
+
+void CLeftView::OnFilePrintPreview()
+{
+    if (!panel())
+        return;
+    panel()->printing().preview([this](CPrintInfo& info) { return OnPreparePrinting(info); },
+        [this](PageCanvas& canvas) { OnDraw(canvas); }, window());
+}
+
+bool CLeftView::OnPreparePrinting(CPrintInfo& info)
+{
+    return panel() && panel()->OnPreparePrinting(info);
+}
+
+void CLeftView::OnDraw(PageCanvas& canvas)
+{
+    if (panel())
+        panel()->OnDraw(canvas);
 }
 
 bool CLeftView::isOnText(QTreeWidgetItem* item, const QPoint& position) const

@@ -8,6 +8,9 @@ namespace quoril {
 
 class CMainFrame;
 class CQuorilManagerDoc;
+class CQuorilManagerView;
+class PageCanvas;
+struct CPrintInfo;
 
 /// The left pane: one root for the machine and below it one item for each service of the catalogue. Its
 /// selection is the current service of every command.
@@ -31,6 +34,12 @@ public:
     /// Takes the new selection to flags, panel and caption.
     void OnSelChanged();
 
+    /// Shows the preview of the panel, for which this view stands in.
+    void OnFilePrintPreview();
+    /// Forwards to the panel; nothing happens without one.
+    bool OnPreparePrinting(CPrintInfo& info);
+    void OnDraw(PageCanvas& canvas);
+
     /// Opens the pop-up menu for the item at the position of the viewport, selecting it first. Only over the
     /// text of a service.
     void OnRightClick(const QPoint& position);
@@ -44,6 +53,7 @@ protected:
         const QModelIndex& index, const QEvent* event) const override;
 
 private:
+    CQuorilManagerView* panel() const;
     QTreeWidgetItem* selectedItem() const;
     bool isOnText(QTreeWidgetItem* item, const QPoint& position) const;
     void showPopup(const QPoint& screenPosition);

@@ -138,6 +138,24 @@ void CMainFrame::checkPanelCommands(bool eventLog)
     m_commands->action(command::Configuration)->setChecked(!eventLog);
 }
 
+void CMainFrame::OnPrint()
+{
+    if (m_right_view)
+        m_right_view->PrintPanel();
+}
+
+void CMainFrame::OnPrintPreview()
+{
+    if (m_left_view)
+        m_left_view->OnFilePrintPreview();
+}
+
+void CMainFrame::OnPrintSetup()
+{
+    if (m_right_view)
+        m_right_view->printing().setUp(this);
+}
+
 void CMainFrame::OnViewEventLog()
 {
     m_show_event_log = true;

@@ -71,6 +71,9 @@ public:
     /// The same dialog, with Set Stop proposed.
     void OnScheduleStop();
     void OnSecurity();
+    void OnPrint();
+    void OnPrintPreview();
+    void OnPrintSetup();
     void OnViewEventLog();
     void OnViewConfiguration();
     void OnViewToolBar();

@@ -15,6 +15,8 @@
 #include <QClipboard>
 #include <QDir>
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QPalette>
 #include <QStyleFactory>
 
@@ -54,7 +56,13 @@ CQuorilManagerApp::~CQuorilManagerApp() = default;
 
 bool CQuorilManagerApp::InitInstance(const QStringList& arguments)
 {
-    m_help_file = LoadLanguageModule(m_program_folder).helpFile;
+    const LanguageChoice language = LoadLanguageModule(m_program_folder);
+    // The dialogs for files and printers come with their own texts.
+    if (language.moduleActive
+        && m_dialog_texts.load(
+            QLocale(), u"qtbase"_s, u"_"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&m_dialog_texts);
+    m_help_file = language.helpFile;
     if (m_help_file.isEmpty())
         m_help_file = defaultHelpFile();
     QApplication::setApplicationDisplayName({});

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QTranslator>
 
 #include <memory>
 
@@ -46,6 +47,7 @@ private:
 
     QString m_program_folder;
     QString m_help_file;
+    QTranslator m_dialog_texts;
     VersionRecord m_version;
     std::unique_ptr<CQuorilManagerDoc> m_document;
     std::unique_ptr<CMainFrame> m_frame;

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "services/template_dialog.h"
+
+class QComboBox;
+class QPrinter;
+
+namespace quoril {
+
+/// Chooses printer, paper and orientation for later print-outs.
+class PrintSetupDialog : public TemplateDialog
+{
+public:
+    /// The printer takes the choice when the dialog ends with OK. Not owned.
+    explicit PrintSetupDialog(QPrinter& printer, QWidget* parent = nullptr);
+
+    void accept() override;
+
+protected:
+    void OnInitDialog() override;
+
+private:
+    QComboBox* comboBox(quint32 id);
+    void listPaper();
+
+    QPrinter& m_printer;
+    QComboBox* m_printers;
+    QComboBox* m_paper;
+    QComboBox* m_orientation;
+};
+
+} // namespace quoril
