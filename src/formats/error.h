@@ -49,7 +49,9 @@ inline constexpr quint32 ServiceDependencyFail = 1068;
 inline constexpr quint32 ServiceMarkedForDelete = 1072;
 inline constexpr quint32 ServiceExists = 1073;
 inline constexpr quint32 ServiceNeverStarted = 1077;
+inline constexpr quint32 ResourceDataNotFound = 1812;
 inline constexpr quint32 ResourceTypeNotFound = 1813;
+inline constexpr quint32 ResourceNameNotFound = 1814;
 inline constexpr quint32 EventLogFileCorrupt = 1500;
 } // namespace error
 
