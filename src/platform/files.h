@@ -4,6 +4,7 @@
 
 #include <QIODevice>
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 
 #include <memory>
@@ -25,6 +26,14 @@ public:
 
     /// Removes the file; 2 if there is none.
     virtual Status remove(QStringView path) = 0;
+
+    /// The names of the files that the path's last part matches, with * and ? in it, by name without regard
+    /// to case. 2 if there is none; errors of the folder as in openForReading().
+    virtual Result<QStringList> find(QStringView pattern) = 0;
+
+    /// The FileVersion string in the file's version block, by the block's first translation. 1812 to 1814 if
+    /// it has no such block or string, 193 if it is no executable; else errors as in openForReading().
+    virtual Result<QString> fileVersion(QStringView path) = 0;
 
     /// Makes the folder the current one of this process's machine paths and of the processes that it creates.
     virtual Status setCurrentDirectory(QStringView path) = 0;

@@ -27,14 +27,17 @@ constexpr QChar Zero(u'\0');
 
 } // namespace
 
+QString RegistryValue::text() const
+{
+    const QString units = unitsOf(data);
+    const qsizetype end = units.indexOf(Zero);
+    return end < 0 ? units : units.left(end);
+}
+
 Result<QString> RegistryKey::text(QStringView name, qsizetype limitBytes) const
 {
     const auto found = value(name, limitBytes);
-    if (!found)
-        return found.failure();
-    const QString units = unitsOf(found->data);
-    const qsizetype end = units.indexOf(Zero);
-    return end < 0 ? units : units.left(end);
+    return found ? found->text() : Result<QString>(found.failure());
 }
 
 Result<QStringList> RegistryKey::multiString(QStringView name, qsizetype limitBytes) const

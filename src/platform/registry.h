@@ -38,6 +38,9 @@ struct RegistryValue
 {
     quint32 type = value_type::None;
     QByteArray data;
+
+    /// The data as text, whatever the type: its units up to the first zero unit.
+    QString text() const;
 };
 
 class RegistryKey;

@@ -2,6 +2,7 @@
 
 #include "platform/tree/machine_choice.h"
 #include "platform/tree/sample_machine.h"
+#include "support/executable_sample.h"
 #include "support/temporary_tree.h"
 
 #include <QCoreApplication>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <sys/wait.h>
 #include <thread>
@@ -126,6 +128,88 @@ TEST(TreeMachineTest, tellsOfItsSystem)
     EXPECT_EQ(machine.systemInfo().errorText(0xFFFFFFFF), QString());
     EXPECT_EQ(machine.clock().timerInterval(1), 10);
     EXPECT_EQ(machine.clock().timerInterval(0xFFFFFFFF), 0x7FFFFFFF);
+}
+
+TEST(TreeMachineTest, tellsItsVersion)
+{
+    const TemporaryTree tree;
+    TreeMachine machine(tree.root());
+    const SystemInfo& system = machine.systemInfo();
+    EXPECT_FALSE(system.version());
+    EXPECT_GT(system.processors().count, 0u);
+    EXPECT_GT(*system.physicalMemory(), 1u << 20);
+    EXPECT_EQ(system.windowsDirectory(), u"C:\\Windows");
+    const QByteArray current
+        = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion]\n\"CurrentVersion\"=";
+    const QByteArray control = "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Control\\";
+    import(machine.registry(),
+        current
+            + "\"5.2\"\n\"CurrentBuild\"=\"1.511.1 ()\"\n\"CurrentBuildNumber\"=\"3790\"\n"
+              "\"CSDVersion\"=\"Service Pack 2\"\n\"EditionID\"=\"serverenterprise\"\n"
+              "\"ProductName\"=\"Microsoft Windows Server 2003 R2\"\n"
+              "[HKEY_LOCAL_MACHINE\\SYSTEM\\Select]\n\"Current\"=dword:1\n"
+            + control
+            + "ProductOptions]\n\"ProductType\"=\"LanmanNT\"\n\"ProductSuite\"=hex(7):42,00,6c,00,61,00,64,"
+              "00,65,00,"
+              "00,00,45,00,6e,00,74,00,65,00,72,00,70,00,72,00,69,00,73,00,65,00,00,00,00,00\n"
+            + control
+            + "Session Manager\\Environment]\n\"PROCESSOR_ARCHITECTURE\"=\"IA64\"\n"
+              "\"NUMBER_OF_PROCESSORS\"=\"7\"\n\"PROCESSOR_LEVEL\"=\"6\"\n\"PROCESSOR_REVISION\"=\"5507\"\n");
+    const auto version = system.version();
+    ASSERT_TRUE(version);
+    EXPECT_EQ((std::array{version->platformId, version->major, version->minor, version->build}),
+        (std::array{2u, 5u, 2u, 3790u}));
+    EXPECT_EQ(version->servicePack, u"Service Pack 2");
+    EXPECT_EQ(version->productType, SystemVersion::DomainController);
+    EXPECT_EQ(version->suiteMask, 0x402);
+    EXPECT_TRUE(version->isServerR2);
+    EXPECT_EQ(version->productInfo, 10u);
+    EXPECT_EQ(version->nativeArchitecture, processor_architecture::Itanium);
+    const ProcessorInfo processors = system.processors();
+    EXPECT_EQ(processors.count, 7u);
+    EXPECT_EQ(processors.level, 6);
+    EXPECT_EQ(processors.revision, 0x5507);
+
+    import(machine.registry(),
+        current + "\"6.3\"\n\"CurrentMajorVersionNumber\"=dword:a\n\"CurrentMinorVersionNumber\"=dword:0\n");
+    EXPECT_EQ(system.version()->major, 10u);
+    EXPECT_FALSE(system.version()->isServerR2);
+}
+
+TEST(TreeMachineTest, findsFilesAndTheirVersions)
+{
+    const TemporaryTree tree;
+    tree.makeFolder(u"Emu/folder.exe"_s);
+    for (const QString& name :
+        {u"b.exe"_s, u"A.EXE"_s, u"c.exe.txt"_s, u"Z.dll"_s, u"_.exe"_s, u"Ä.exe"_s, u"a:b.exe"_s})
+        tree.write(u"Emu/"_s + name, executableOf({{0x409, versionBlock(u"1.2 "_s + name)}}));
+    QFile::link(u"/etc/passwd"_s, tree.host(u"Emu/out.exe"_s));
+    TreeMachine machine(tree.root());
+    Files& files = machine.files();
+    const struct
+    {
+        QStringView pattern;
+        quint32 error;
+        QStringList names;
+    } cases[] = {
+        {u"c:\\emu\\*.exe", 0, {u"A.EXE"_s, u"b.exe"_s, u"_.exe"_s, u"Ä.exe"_s}},
+        {u"C:/Emu/?.DLL", 0, {u"Z.dll"_s}},
+        {u"C:\\Emu\\*.e*.t*", 0, {u"c.exe.txt"_s}},
+        {u"C:\\Emu\\*.sys", error::FileNotFound, {}},
+        {u"C:\\Missing\\*.exe", error::PathNotFound, {}},
+        {u"*.dll", error::FileNotFound, {}},
+    };
+    for (const auto& row : cases) {
+        const auto found = files.find(row.pattern);
+        EXPECT_EQ(found.errorNumber(), row.error) << qPrintable(row.pattern.toString());
+        EXPECT_EQ(found ? *found : QStringList(), row.names);
+    }
+    ASSERT_TRUE(files.setCurrentDirectory(u"C:\\Emu"));
+    EXPECT_EQ(*files.find(u"*.dll"), QStringList(u"Z.dll"_s));
+    EXPECT_EQ(*files.find(u"C:*.dll"), QStringList(u"Z.dll"_s));
+    EXPECT_EQ(*files.fileVersion(u"C:\\EMU\\B.EXE"), u"1.2 b.exe");
+    EXPECT_EQ(files.fileVersion(u"C:\\Emu\\folder.exe").errorNumber(), error::AccessDenied);
+    EXPECT_EQ(files.fileVersion(u"C:\\Windows\\System32\\config\\SYSTEM").errorNumber(), error::BadExeFormat);
 }
 
 /// The service keys that hold an emulator instance.

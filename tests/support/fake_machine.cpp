@@ -211,6 +211,29 @@ Status FakeFiles::remove(QStringView path)
     return m_files.erase(normal(path)) ? Status() : Status(Error{error::FileNotFound, {}});
 }
 
+Result<QStringList> FakeFiles::find(QStringView pattern)
+{
+    if (const auto failure = m_calls.note({}))
+        return *failure;
+    const QString wanted = normal(pattern);
+    const qsizetype star = wanted.indexOf(u'*');
+    QStringList names;
+    for (const auto& [path, content] : m_files) {
+        if (path.startsWith(wanted.left(star)) && path.endsWith(wanted.mid(star + 1))
+            && path.indexOf(u'\\', star) < 0)
+            names.append(path.mid(star));
+    }
+    return names.isEmpty() ? Result<QStringList>(Error{error::FileNotFound, {}}) : names;
+}
+
+Result<QString> FakeFiles::fileVersion(QStringView path)
+{
+    if (const auto failure = m_calls.note({}))
+        return *failure;
+    const auto found = fileVersions.constFind(normal(path));
+    return found == fileVersions.cend() ? Result<QString>(Error{error::ResourceDataNotFound, {}}) : *found;
+}
+
 Status FakeFiles::setCurrentDirectory(QStringView path)
 {
     if (const auto failure = m_calls.note(u"change directory "_s % path))
@@ -226,6 +249,20 @@ Result<QString> FakeSystemInfo::computerName() const
     if (const auto failure = m_calls.note({}))
         return *failure;
     return name;
+}
+
+Result<SystemVersion> FakeSystemInfo::version() const
+{
+    if (const auto failure = m_calls.note({}))
+        return *failure;
+    return systemVersion;
+}
+
+Result<quint64> FakeSystemInfo::physicalMemory() const
+{
+    if (const auto failure = m_calls.note({}))
+        return *failure;
+    return memory;
 }
 
 Result<QString> FakeSystemInfo::fileVersion(const QString& hostPath) const

@@ -81,10 +81,14 @@ public:
     void addMissingFolder(QStringView path) { m_missing.append(normal(path)); }
 
     QString currentDirectory;
+    QHash<QString, QString> fileVersions; ///< by machine path in lower case
 
     Result<std::unique_ptr<QIODevice>> openForReading(QStringView path) override;
     Result<std::unique_ptr<QIODevice>> openForWriting(QStringView path) override;
     Status remove(QStringView path) override;
+    /// Patterns like "*.exe" only; the names come in lower case.
+    Result<QStringList> find(QStringView pattern) override;
+    Result<QString> fileVersion(QStringView path) override;
     Status setCurrentDirectory(QStringView path) override;
 
 private:
@@ -106,7 +110,15 @@ public:
 
     QHash<QString, QString> fileVersions; ///< by host path
 
+    SystemVersion systemVersion;
+    ProcessorInfo processorInfo;
+    quint64 memory = 0;
+
     Result<QString> computerName() const override;
+    Result<SystemVersion> version() const override;
+    ProcessorInfo processors() const override { return processorInfo; }
+    Result<quint64> physicalMemory() const override;
+    QString windowsDirectory() const override { return QStringLiteral("C:\\Windows"); }
     Result<QString> fileVersion(const QString& hostPath) const override;
     QString errorText(quint32 number) const override;
 

@@ -16,6 +16,8 @@ public:
     Result<std::unique_ptr<QIODevice>> openForReading(QStringView path) override;
     Result<std::unique_ptr<QIODevice>> openForWriting(QStringView path) override;
     Status remove(QStringView path) override;
+    Result<QStringList> find(QStringView pattern) override;
+    Result<QString> fileVersion(QStringView path) override;
     Status setCurrentDirectory(QStringView path) override;
 
 private:

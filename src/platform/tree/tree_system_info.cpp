@@ -1,11 +1,16 @@
 #include "platform/tree/tree_system_info.h"
 
 #include "platform/registry.h"
+#include "platform/tree/host_error.h"
 #include "platform/tree/message_table.h"
+#include "platform/tree/tree_system_version.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QStandardPaths>
+
+#include <cerrno>
+#include <unistd.h>
 
 namespace quoril {
 
@@ -26,6 +31,32 @@ Result<QString> TreeSystemInfo::computerName() const
             break;
     }
     return name;
+}
+
+Result<SystemVersion> TreeSystemInfo::version() const
+{
+    const Result<RegistryKeyHandle> localMachine = m_registry.localMachine();
+    return localMachine ? readSystemVersion(**localMachine) : Result<SystemVersion>(localMachine.failure());
+}
+
+ProcessorInfo TreeSystemInfo::processors() const
+{
+    const Result<RegistryKeyHandle> localMachine = m_registry.localMachine();
+    return localMachine ? readProcessors(**localMachine) : ProcessorInfo();
+}
+
+Result<quint64> TreeSystemInfo::physicalMemory() const
+{
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGESIZE);
+    if (pages < 0 || pageSize < 0)
+        return hostError(errno);
+    return quint64(pages) * quint64(pageSize);
+}
+
+QString TreeSystemInfo::windowsDirectory() const
+{
+    return QStringLiteral("C:\\Windows");
 }
 
 Result<QString> TreeSystemInfo::fileVersion(const QString& hostPath) const

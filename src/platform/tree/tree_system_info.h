@@ -14,6 +14,13 @@ public:
     explicit TreeSystemInfo(Registry& registry) : m_registry(registry) { }
 
     Result<QString> computerName() const override;
+    /// As the registry's files tell it.
+    Result<SystemVersion> version() const override;
+    /// As the registry's files tell them, else those of the host.
+    ProcessorInfo processors() const override;
+    /// The host's.
+    Result<quint64> physicalMemory() const override;
+    QString windowsDirectory() const override;
     /// The program that runs has the version that its build gave it; an executable of the host has no version
     /// block.
     Result<QString> fileVersion(const QString& hostPath) const override;
