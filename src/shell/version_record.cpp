@@ -1,10 +1,10 @@
 #include "shell/version_record.h"
 
+#include <algorithm>
+
 namespace quoril {
 
 namespace {
-
-constexpr qint32 MaximumNumber = 0x7FFFFFFF;
 
 bool isDigit(QChar unit)
 {
@@ -14,30 +14,51 @@ bool isDigit(QChar unit)
 /// Reads the number at the position and moves the position behind it; false where there is none.
 bool takeNumber(QStringView text, qsizetype& position, qint32& number)
 {
-    const qsizetype start = position;
+    constexpr qint64 limit = 0x80000000;
+    qsizetype at = position;
+    while (at < text.size() && text[at].isSpace())
+        ++at;
+    const bool isNegative = at < text.size() && text[at] == u'-';
+    if (isNegative || (at < text.size() && text[at] == u'+'))
+        ++at;
+    const qsizetype start = at;
     qint64 value = 0;
-    for (; position < text.size() && isDigit(text[position]); ++position)
-        value = qMin<qint64>(value * 10 + (text[position].unicode() - u'0'), MaximumNumber);
-    if (position == start)
+    for (; at < text.size() && isDigit(text[at]); ++at)
+        value = qMin(value * 10 + (text[at].unicode() - u'0'), limit);
+    if (at == start)
         return false;
-    number = qint32(value);
+    position = at;
+    number = qint32(isNegative ? -value : qMin(value, limit - 1));
     return true;
 }
 
 } // namespace
 
-VersionRecord VersionRecord::parse(QStringView fileVersion)
+std::array<qint32, 4> VersionRecord::scanNumbers(QStringView text)
 {
-    VersionRecord version;
+    std::array<qint32, 4> numbers{};
     qsizetype position = 0;
-    while (position < fileVersion.size() && !isDigit(fileVersion[position]))
-        ++position;
-    for (qint32* number : {&version.major, &version.minor, &version.sub_minor, &version.build}) {
-        if (!takeNumber(fileVersion, position, *number) || position == fileVersion.size()
-            || fileVersion[position] != u'.')
+    for (qint32& number : numbers) {
+        if (!takeNumber(text, position, number) || position == text.size() || text[position] != u'.')
             break;
         ++position;
     }
+    return numbers;
+}
+
+void VersionRecord::setNumbers(const std::array<qint32, 4>& numbers)
+{
+    major = numbers[0];
+    minor = numbers[1];
+    sub_minor = numbers[2];
+    build = numbers[3];
+}
+
+VersionRecord VersionRecord::parse(QStringView fileVersion)
+{
+    VersionRecord version;
+    const auto* const digit = std::find_if(fileVersion.begin(), fileVersion.end(), isDigit);
+    version.setNumbers(scanNumbers(fileVersion.mid(digit - fileVersion.begin())));
     version.version_text = fileVersion.left(TextLimit).toString();
     return version;
 }
