@@ -56,6 +56,9 @@ private:
         if (--m_nodesLeft < 0 || depth > DeepestDirectory || !within(node, NodeSize))
             return false;
         const quint16 flags = *number<quint16>(node + 4);
+        // A look-up takes the root for a directory without asking.
+        if (index == 0 && !(flags & DirectoryFlag))
+            return false;
         const qint64 name = m_names + *number<quint32>(node);
         // The root has no name of its own.
         if (index != 0 && !within(name, 6 + 2 * qint64(number<quint16>(name).value_or(0))))

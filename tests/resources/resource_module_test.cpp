@@ -192,11 +192,14 @@ TEST(ResourceModule, BrokenFilesLoadNothingAndLeaveNoTrace)
     EXPECT_FALSE(QFile::exists(u":/module-1/resources.json"_s));
 }
 
-TEST(ResourceFile, ATreeThatLeadsIntoItselfIsAFault)
+TEST(ResourceFile, ATreeThatLeadsIntoItselfOrHasNoRootIsAFault)
 {
     QByteArray bytes = contentOf(GermanFile);
     const qsizetype tree = qFromBigEndian<quint32>(bytes.constData() + 8);
     qToBigEndian<quint32>(0, bytes.data() + tree + 10);
+    EXPECT_FALSE(isSoundResourceFile(bytes));
+    // A root that is a file.
+    qToBigEndian<quint16>(0, bytes.data() + tree + 4);
     EXPECT_FALSE(isSoundResourceFile(bytes));
 }
 
