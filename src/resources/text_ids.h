@@ -194,6 +194,13 @@ inline constexpr quint32 ToolbarName = 41042;
 inline constexpr quint32 MachineNotOpened = 41050;
 inline constexpr quint32 SetupArguments = 41051;
 inline constexpr quint32 DocumentNotFound = 41052;
+inline constexpr quint32 ServiceNameUnsafe = 41053;
+inline constexpr quint32 ConfigurationFileUnsafe = 41054;
+inline constexpr quint32 ExecutablePathUnsafe = 41055;
+inline constexpr quint32 ArgumentHasQuote = 41056;
+inline constexpr quint32 ArgumentEndsInBackslash = 41057;
+inline constexpr quint32 ArgumentHasControl = 41058;
+inline constexpr quint32 CommandLineTooLong = 41059;
 
 } // namespace quoril::text
 

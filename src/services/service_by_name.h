@@ -28,6 +28,26 @@ private:
 class ServiceApp
 {
 public:
+    ServiceApp() = default;
+    virtual ~ServiceApp() = default;
+    ServiceApp(const ServiceApp&) = default;
+    ServiceApp& operator=(const ServiceApp&) = default;
+
+    /// Has the product's executable register the service; in an update the old service of that name is
+    /// removed first. 0 if name or configuration file are empty, -1 after a success and where it stopped with
+    /// a message, else the executable's failing exit code, which was told; installService() tells them apart.
+    virtual int InstallService(const QString& serviceName, const QString& configurationFile, bool isUpdate,
+        const QString& imagePath, UserPrompts& prompts);
+
+    /// The services of a product, in stored order: those whose emulation type is the product's name with "_"
+    /// for its blanks, without regard to case. 0, or -1 if the services can't be walked. Nothing is shown.
+    int ListProductServices(const QString& productName, QStringList& serviceNames) const;
+
+    /// Makes dependencies() out of what the executable wrote for the service: in lower case, without
+    /// "workspace", "tcpip" last; empty if there is no such service or its list is empty. 0, or -1 if the
+    /// list can't be read or is too long for the buffer. Nothing is shown.
+    int BuildDependencyList(const QString& serviceName) const;
+
     /// The list that the next SetDependencies() writes.
     static DependencyBuffer& dependencies();
 

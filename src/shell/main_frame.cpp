@@ -12,6 +12,7 @@
 #include "schedule/schedule_time.h"
 #include "services/prompt_dialogs.h"
 #include "services/service_by_name.h"
+#include "services/service_installation.h"
 #include "services/service_management_dialog.h"
 #include "shell/about_dialog.h"
 #include "shell/help_view.h"
@@ -72,7 +73,7 @@ bool CMainFrame::OnCreate()
     m_commands->action(command::Toolbar)->setChecked(true);
     m_commands->action(command::StatusBar)->setChecked(true);
     m_new_service_subscription
-        = machine().session().subscribe(u"WM_NEW_SERVICE_INSTALLED_MSG", [this] { OnNewServiceInstalled(); });
+        = machine().session().subscribe(NewServiceInstalledMessage, [this] { OnNewServiceInstalled(); });
     RefreshServiceList();
     checkPanelCommands(true);
     m_commands->update(m_flags);

@@ -1,0 +1,72 @@
+#include "services/installer_command_line.h"
+
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "services/user_prompts.h"
+
+#include <algorithm>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype LongestCommandLine = 32766;
+
+/// The text's number of what is wrong with a name or path, 0 for nothing.
+quint32 faultOf(QStringView argument)
+{
+    if (argument.contains(u'"'))
+        return text::ArgumentHasQuote;
+    if (argument.endsWith(u'\\'))
+        return text::ArgumentEndsInBackslash;
+    if (std::any_of(argument.begin(), argument.end(), [](QChar unit) { return unit < u' '; }))
+        return text::ArgumentHasControl;
+    return 0;
+}
+
+QStringView withoutQuotes(QStringView path)
+{
+    const bool isQuoted = path.size() >= 2 && path.startsWith(u'"') && path.endsWith(u'"');
+    return isQuoted ? path.sliced(1, path.size() - 2) : path;
+}
+
+} // namespace
+
+QString unsafeArgument(const InstallRequest& request)
+{
+    const struct
+    {
+        quint32 statement;
+        QStringView argument;
+    } arguments[] = {
+        {text::ServiceNameUnsafe, request.serviceName},
+        {text::ConfigurationFileUnsafe, request.configurationFile},
+        {text::ExecutablePathUnsafe, withoutQuotes(request.imagePath)},
+    };
+    qsizetype length = QStringView(u"\"\" --install \"\" \"\"").size();
+    for (const auto& [statement, argument] : arguments) {
+        if (const quint32 fault = faultOf(argument))
+            return LoadText(statement).replace(u"%s"_s, LoadText(fault));
+        length += argument.size();
+    }
+    return length > LongestCommandLine ? LoadText(text::CommandLineTooLong) : QString();
+}
+
+int CheckedInstaller::InstallService(const QString& serviceName, const QString& configurationFile,
+    bool isUpdate, const QString& imagePath, UserPrompts& prompts)
+{
+    ++m_asked;
+    const InstallRequest request{serviceName, configurationFile, isUpdate, imagePath};
+    if (const QString refusal = unsafeArgument(request); !refusal.isEmpty()) {
+        prompts.message(refusal);
+        return -1;
+    }
+    const InstallOutcome outcome = installService(*this, request, prompts);
+    if (outcome.step == InstallStep::Done)
+        ++m_installed;
+    return outcome.result;
+}
+
+} // namespace quoril

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "services/service_by_name.h"
+#include "services/service_installation.h"
+
+#include <QString>
+
+namespace quoril {
+
+/// Why the command line of the product's executable can't carry the request as it is meant, in the words for
+/// the person; empty if it can. A double quote or a backslash at the end of a name or path would shift where
+/// its arguments end, a control character may end the line, and Windows takes 32,766 characters at most. The
+/// path of the executable may stand in double quotes as a whole.
+QString unsafeArgument(const InstallRequest& request);
+
+/// Installs what the command line can carry. Anything else is refused with a message before anything is
+/// changed. For callers whose names and paths nobody has looked at.
+class CheckedInstaller : public ServiceApp
+{
+public:
+    /// -1 if it is refused, too.
+    int InstallService(const QString& serviceName, const QString& configurationFile, bool isUpdate,
+        const QString& imagePath, UserPrompts& prompts) override;
+
+    /// How many installations were asked for and how many of them succeeded, which a result of -1 doesn't
+    /// tell.
+    int asked() const { return m_asked; }
+    int installed() const { return m_installed; }
+
+private:
+    int m_asked = 0;
+    int m_installed = 0;
+};
+
+} // namespace quoril

@@ -1,0 +1,134 @@
+#include "services/service_installation.h"
+
+#include "platform/files.h"
+#include "platform/machine.h"
+#include "platform/session.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "services/service_by_name.h"
+#include "services/service_walk.h"
+#include "services/user_prompts.h"
+
+#include <QStringBuilder>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr InstanceLimits WalkLimits = {.nameUnits = 255, .groupBytes = 2047};
+constexpr qsizetype ValueBytes = 2047;
+constexpr qsizetype ProductNameUnits = 255;
+constexpr qsizetype DirectoryUnits = 255;
+constexpr qsizetype DriveUnits = 2;
+constexpr int InstalledCode = -1;
+constexpr int StoppedWithMessage = -1;
+
+/// The folder of a program, with the backslashes behind the drive doubled.
+QString doubledDirectory(QStringView path)
+{
+    const bool hasDrive = path.size() >= DriveUnits && path[DriveUnits - 1] == u':';
+    const QStringView drive = path.first(hasDrive ? DriveUnits : 0);
+    const QStringView rest = path.mid(drive.size());
+    const qsizetype end = std::max(rest.lastIndexOf(u'\\'), rest.lastIndexOf(u'/')) + 1;
+    QString directory = rest.first(std::min(end, DirectoryUnits)).toString();
+    return drive % directory.replace(u"\\"_s, u"\\\\"_s);
+}
+
+InstallOutcome stop(InstallStep step, const QString& told, UserPrompts& prompts)
+{
+    prompts.message(told);
+    return {step, StoppedWithMessage};
+}
+
+/// What follows the executable's success. Only the success itself is told.
+void announce(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts)
+{
+    prompts.message(LoadText(request.isUpdate ? text::ServiceUpdated : text::ServiceInstalled));
+    machine().session().broadcast(NewServiceInstalledMessage);
+    if (app.BuildDependencyList(request.serviceName) == 0)
+        (void)app.SetDependencies(request.serviceName);
+}
+
+} // namespace
+
+InstallOutcome installService(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts)
+{
+    if (request.serviceName.isEmpty() || request.configurationFile.isEmpty())
+        return {InstallStep::Arguments, 0};
+    if (request.imagePath.isEmpty())
+        return stop(InstallStep::ImagePath, LoadText(text::ExecutablePathMissing), prompts);
+    const bool isQuoted = request.imagePath.startsWith(u'"');
+    const QString imagePath = isQuoted ? request.imagePath : u'"' % request.imagePath % u'"';
+    if (request.isUpdate && app.RemoveService(request.serviceName, false, prompts) != 0)
+        return stop(InstallStep::Removal, LoadText(text::InstallationFailed), prompts);
+
+    const QString directory = doubledDirectory(QStringView(imagePath).mid(1));
+    if (!machine().files().setCurrentDirectory(directory)) {
+        const QString told = LoadText(text::DirectoryNotChanged) % LoadText(text::DestinationDirectory) % u'"'
+            % directory % u'"';
+        return stop(InstallStep::Directory, told, prompts);
+    }
+    const QString commandLine
+        = imagePath % u" --install \"" % request.serviceName % u"\" \"" % request.configurationFile % u'"';
+    const int code = RunProcess(commandLine, prompts);
+    if (code == InstalledCode) {
+        announce(app, request, prompts);
+        return {InstallStep::Done, code};
+    }
+    const QString reason = ServiceApp::ErrorText(quint32(code));
+    prompts.message(LoadText(text::InstallationFailed) % LoadText(text::Reason) % reason);
+    return {InstallStep::Executable, code};
+}
+
+int ServiceApp::InstallService(const QString& serviceName, const QString& configurationFile, bool isUpdate,
+    const QString& imagePath, UserPrompts& prompts)
+{
+    return installService(*this, {serviceName, configurationFile, isUpdate, imagePath}, prompts).result;
+}
+
+int ServiceApp::BuildDependencyList(const QString& serviceName) const
+{
+    DependencyBuffer& list = dependencies();
+    list.clear();
+    Result<QStringList> written = QStringList();
+    const Status walked = walkInstances(WalkLimits, [&](const InstanceVisit& instance) {
+        if (instance.name != serviceName)
+            return Walk::Continue;
+        written = instance.key.multiString(u"DependOnService", ValueBytes);
+        return Walk::Stop;
+    });
+    if (!walked || !written)
+        return -1;
+    if (written->isEmpty())
+        return 0;
+    bool fits = true;
+    for (const QString& each : std::as_const(*written)) {
+        const QString name = each.toLower();
+        if (name != u"tcpip" && name != u"workspace")
+            fits = fits && list.append(name);
+    }
+    if (fits && list.append(u"tcpip"_s))
+        return 0;
+    list.clear();
+    return -1;
+}
+
+int ServiceApp::ListProductServices(const QString& productName, QStringList& serviceNames) const
+{
+    serviceNames.clear();
+    const QString product = productName.left(ProductNameUnits).toLower().replace(u' ', u'_');
+    const Status walked = walkInstances(WalkLimits, [&](const InstanceVisit& instance) {
+        const auto parameters = openParameters(instance.key, ValueBytes);
+        if (parameters && parameters->emulationType.toLower() == product)
+            serviceNames.append(instance.name);
+        return Walk::Continue;
+    });
+    return walked ? 0 : -1;
+}
+
+} // namespace quoril

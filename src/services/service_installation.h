@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+namespace quoril {
+
+class ServiceApp;
+class UserPrompts;
+
+/// The registered message that tells every program of a service that was installed.
+inline constexpr QStringView NewServiceInstalledMessage = u"WM_NEW_SERVICE_INSTALLED_MSG";
+
+/// What is to be installed.
+struct InstallRequest
+{
+    QString serviceName;
+    QString configurationFile; ///< a path of the machine
+    bool isUpdate = false; ///< the service of that name is removed first
+    QString imagePath; ///< of the product's executable on the machine, with or without double quotes
+};
+
+enum class InstallStep
+{
+    Arguments, ///< name or configuration file are empty
+    ImagePath, ///< the path of the executable is empty
+    Removal, ///< the old service is still there
+    Directory, ///< the executable's folder can't be entered; an old service is gone
+    Executable, ///< the executable failed; an old service is gone
+    Done
+};
+
+/// The step that an installation failed at, or Done. The result is 0 for missing arguments, the executable's
+/// exit code where it ran (-1 is its success, 2 if it could not be created), -1 otherwise.
+struct InstallOutcome
+{
+    InstallStep step = InstallStep::Done;
+    int result = 0;
+};
+
+/// Has the product's executable register a service, announces it to all programs and rewrites its dependency
+/// list. Tells the person of the success and of each failure but missing arguments. It blocks for up to 30
+/// seconds, and the current directory of machine paths stays the executable's folder.
+InstallOutcome installService(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts);
+
+} // namespace quoril
