@@ -3,6 +3,7 @@
 #include "emulator.h"
 #include "emulator_log.h"
 
+#include "platform/tree/exit_code.h"
 #include "platform/tree/machine_choice.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_state.h"
@@ -22,7 +23,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int InstalledStatus = -1;
+constexpr quint32 InstalledCode = 0xFFFFFFFF;
 constexpr int FailedStatus = 1;
 
 /// The signal that asks to stop is held back and waited for.
@@ -82,27 +83,28 @@ void say(std::FILE* stream, const QString& text)
     std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stream);
 }
 
-int installHere(const QStringList& arguments)
+/// Gives the exit code: InstalledCode or a Windows error number.
+quint32 installHere(const QStringList& arguments)
 {
     if (arguments.size() != 3) {
         say(stderr, u"usage: quoril-emulator --install NAME CONFIG"_s);
-        return FailedStatus;
+        return error::InvalidParameter;
     }
     const auto machine = openMachine(chooseMachine({}));
     const QString self = machine->paths().machinePath(QFile::symLinkTarget(u"/proc/self/exe"_s));
     if (self.isEmpty()) {
         say(stderr,
             u"The emulator is installed from where it lies on the machine, and this copy lies outside."_s);
-        return FailedStatus;
+        return error::PathNotFound;
     }
     const Status status = install(*machine, arguments[1], arguments[2], self);
     if (status)
-        return InstalledStatus;
+        return InstalledCode;
     say(stderr,
         u"%1 can't be installed: error %2 %3"_s.arg(arguments[1])
             .arg(status.errorNumber())
             .arg(status.failure().detail));
-    return FailedStatus;
+    return status.errorNumber();
 }
 
 } // namespace
@@ -125,8 +127,11 @@ bool appendToFile(Machine& machine, const QString& path, const QByteArray& bytes
 
 int runOnPlatform(const QStringList& arguments)
 {
-    if (!arguments.isEmpty() && arguments.first() == u"--install")
-        return installHere(arguments);
+    if (!arguments.isEmpty() && arguments.first() == u"--install") {
+        const quint32 code = installHere(arguments);
+        reportExitCode(code);
+        return static_cast<int>(code);
+    }
     const std::optional<Behaviour> behaviour = Behaviour::from(arguments);
     const QString service = qEnvironmentVariable("QUORIL_SERVICE");
     if (!behaviour || service.isEmpty()) {

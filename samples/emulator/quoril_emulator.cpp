@@ -13,7 +13,8 @@ namespace {
 constexpr const char* Help = R"(quoril-emulator: a stand-in for the Quoril emulator
 
   quoril-emulator --install NAME CONFIG   registers the service NAME with the settings of the file CONFIG
-                                          (a path of the machine) and ends with -1
+                                          (a path of the machine) and ends with -1,
+                                          or with a Windows error number
   quoril-emulator [options]               runs as the service that the service manager started
 
 CONFIG has lines "key = value": type, home, display-name, start (automatic, manual, disabled), depends (names

@@ -37,7 +37,7 @@ TEST_F(EmulatorTest, registersItselfWithAllValues)
               "session.log = juno.log\r\nram.size = 512\r\npka.class = virtual_scsi_disk\r\n"
               "pka.container = C:\\disks\\a=b.vdisk\r\n");
     EXPECT_EQ(run(u"--install JUNO juno.cfg"_s), 0xFFFFFFFFu);
-    EXPECT_EQ(run(u"--install juno \"C:\\Program Files\\Quoril\\juno.cfg\""_s), 1u) << "it is there";
+    EXPECT_EQ(run(u"--install juno \"C:\\Program Files\\Quoril\\juno.cfg\""_s), error::ServiceExists);
     const auto service = *tree.open(u"JUNO"_s);
     const auto config = service->queryConfig(8192);
     ASSERT_TRUE(config);
@@ -68,14 +68,14 @@ TEST_F(EmulatorTest, registersItselfWithAllValues)
 TEST_F(EmulatorTest, registersNothingWhenItFails)
 {
     configure("no setting at all\r\n");
-    EXPECT_EQ(run(u"--install JUNO juno.cfg"_s), 1u);
-    EXPECT_EQ(run(u"--install JUNO missing.cfg"_s), 1u);
-    EXPECT_EQ(run(u"--install JUNO"_s), 1u);
+    EXPECT_EQ(run(u"--install JUNO juno.cfg"_s), error::InvalidParameter);
+    EXPECT_EQ(run(u"--install JUNO missing.cfg"_s), error::FileNotFound);
+    EXPECT_EQ(run(u"--install JUNO"_s), error::InvalidParameter);
     configure("type = quoril_32\r\na\\b.c = 1\r\n");
-    EXPECT_EQ(run(u"--install JUNO juno.cfg"_s), 1u) << "a component with a separator";
+    EXPECT_EQ(run(u"--install JUNO juno.cfg"_s), error::InvalidParameter) << "a component with a separator";
     EXPECT_EQ(tree.open(u"JUNO"_s).errorNumber(), error::ServiceDoesNotExist);
     configure("type = quoril_32\r\n");
-    EXPECT_EQ(run(u"--install bad/name juno.cfg"_s), 1u);
+    EXPECT_EQ(run(u"--install bad/name juno.cfg"_s), error::InvalidName);
     EXPECT_EQ(tree.open(u"bad"_s).errorNumber(), error::ServiceDoesNotExist);
 }
 

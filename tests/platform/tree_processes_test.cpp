@@ -100,6 +100,26 @@ TEST_F(TreeProcessesTest, tellsWhyAProgramDoesNotRun)
     EXPECT_EQ(machine.processes().create(u"C:\\Windows", u"x").errorNumber(), error::AccessDenied);
 }
 
+TEST_F(TreeProcessesTest, takesTheWholeExitCodeFromAProgramThatTellsIt)
+{
+    const struct
+    {
+        QByteArray script;
+        quint32 code;
+    } cases[] = {
+        {"echo 1073 >&$QUORIL_EXIT_CODE_FD; exit 49\n", 1073},
+        {"echo 4294967295 >&3; exit 255\n", 0xFFFFFFFF},
+        {"echo 255 >&3; exit 255\n", 255},
+        {"echo 1073 >&3; exit 7\n", 7}, // not what it ended with
+        {"echo -1 >&3; exit 7\n", 7},
+        {"echo 99999999999999999999 >&3; exit 7\n", 7},
+    };
+    for (const auto& [script, code] : cases) {
+        tree.program(u"code.exe"_s, script);
+        EXPECT_EQ(run(u"C:\\code.exe"), code) << script.constData();
+    }
+}
+
 TEST_F(TreeProcessesTest, waitsAndTerminates)
 {
     const auto process = machine.processes().create({}, u"sleep");

@@ -1,5 +1,6 @@
 #include "platform/tree/host_process.h"
 
+#include "platform/tree/exit_code.h"
 #include "platform/tree/host_error.h"
 
 #include <QFile>
@@ -27,11 +28,11 @@ constexpr quint32 StatusDivideByZero = 0xC0000094;
 constexpr quint32 StatusControlCExit = 0xC000013A;
 constexpr quint32 AbortExitCode = 3;
 
-/// Nothing open, default signals: a child that inherits neither.
+/// Nothing open but what it is given, default signals: a child that inherits neither.
 class SpawnSetup
 {
 public:
-    SpawnSetup(const QByteArray& folder, int output)
+    SpawnSetup(const QByteArray& folder, int output, int exitCodeFile)
     {
         posix_spawn_file_actions_init(&actions);
         posix_spawnattr_init(&attributes);
@@ -41,7 +42,11 @@ public:
         else
             posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+        const bool hasFile = exitCodeFile >= 0;
+        if (hasFile)
+            posix_spawn_file_actions_adddup2(&actions, exitCodeFile, ExitCodeDescriptor);
+        posix_spawn_file_actions_addclosefrom_np(
+            &actions, (hasFile ? ExitCodeDescriptor : STDERR_FILENO) + 1);
         posix_spawn_file_actions_addchdir_np(&actions, folder.constData());
         sigset_t signalSet;
         sigemptyset(&signalSet);
@@ -114,12 +119,17 @@ Result<std::unique_ptr<HostProcess>> HostProcess::start(const HostCommand& comma
     const QByteArray program = QFile::encodeName(command.program);
     QList<QByteArray> arguments = command.arguments;
     QList<QByteArray> environment = command.environment;
-    const SpawnSetup setup(QFile::encodeName(command.folder), command.output);
+    const int exitCodeFile = command.asksForExitCode ? makeExitCodeFile() : -1;
+    if (exitCodeFile >= 0)
+        environment.append(ExitCodeVariable.toLatin1() + '=' + QByteArray::number(ExitCodeDescriptor));
+    const SpawnSetup setup(QFile::encodeName(command.folder), command.output, exitCodeFile);
     pid_t pid = 0;
     const int failure = ::posix_spawn(&pid, program.constData(), &setup.actions, &setup.attributes,
         pointersTo(arguments).data(), pointersTo(environment).data());
     if (failure == 0)
-        return std::make_unique<HostProcess>(pid);
+        return std::make_unique<HostProcess>(pid, exitCodeFile);
+    if (exitCodeFile >= 0)
+        ::close(exitCodeFile);
     // The file exists: "not found" speaks of the interpreter that a script or program asks for, and "denied"
     // for a file that can be read says that the host doesn't take it for a program.
     const bool notAProgram
@@ -127,10 +137,12 @@ Result<std::unique_ptr<HostProcess>> HostProcess::start(const HostCommand& comma
     return notAProgram ? Error{error::BadExeFormat, command.program} : hostError(failure, command.program);
 }
 
-HostProcess::HostProcess(pid_t pid) : m_pid(pid) { }
+HostProcess::HostProcess(pid_t pid, int exitCodeFile) : m_pid(pid), m_exitCodeFile(exitCodeFile) { }
 
 HostProcess::~HostProcess()
 {
+    if (m_exitCodeFile >= 0)
+        ::close(m_exitCodeFile);
     if (reap())
         return;
     std::thread([pid = m_pid] { ::waitpid(pid, nullptr, 0); }).detach();
@@ -164,10 +176,8 @@ Result<quint32> HostProcess::exitCode()
 {
     if (!reap())
         return StillActive;
-    if (WIFEXITED(*m_status)) {
-        const int status = WEXITSTATUS(*m_status);
-        return status == 255 ? 0xFFFFFFFFU : static_cast<quint32>(status);
-    }
+    if (WIFEXITED(*m_status))
+        return exitCodeOf(WEXITSTATUS(*m_status), m_exitCodeFile);
     if (m_terminationCode && WTERMSIG(*m_status) == SIGKILL)
         return *m_terminationCode;
     return codeOfSignal(WTERMSIG(*m_status));

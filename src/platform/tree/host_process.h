@@ -19,6 +19,7 @@ struct HostCommand
     QList<QByteArray> environment; // "NAME=value"
     QString folder;
     int output = -1; // a descriptor for its standard output, which else leads nowhere
+    bool asksForExitCode = false; // it gets the file of exit_code.h, and its environment the variable
 };
 
 /// A child process of the host. It is not left behind as a zombie, whoever drops the object when.
@@ -28,7 +29,8 @@ public:
     /// 193 for a file that the host can't run, else the host's reason.
     static Result<std::unique_ptr<HostProcess>> start(const HostCommand& command);
 
-    explicit HostProcess(pid_t pid);
+    /// Takes over the descriptor of the file for the exit code, if there is one.
+    explicit HostProcess(pid_t pid, int exitCodeFile = -1);
     ~HostProcess() override;
     HostProcess(const HostProcess&) = delete;
     HostProcess& operator=(const HostProcess&) = delete;
@@ -43,6 +45,7 @@ private:
     bool reap();
 
     pid_t m_pid;
+    int m_exitCodeFile;
     std::optional<int> m_status;
     std::optional<quint32> m_terminationCode;
 };

@@ -2,6 +2,7 @@
 
 #include "platform/command_line.h"
 #include "platform/tree/desktop_programs.h"
+#include "platform/tree/exit_code.h"
 #include "platform/tree/host_process.h"
 #include "platform/tree/tree_paths.h"
 
@@ -46,6 +47,7 @@ QList<QByteArray> environmentFor(const QString& root)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"QUORIL_MACHINE"_s, root);
+    environment.remove(ExitCodeVariable.toString()); // speaks of this program's own starter
     QList<QByteArray> texts;
     for (const QString& text : environment.toStringList())
         texts.append(QFile::encodeName(text));
@@ -105,6 +107,7 @@ Result<std::unique_ptr<Process>> TreeProcesses::create(QStringView applicationNa
     command.arguments.append(QFile::encodeName(program.hostPath));
     for (const QString& argument : std::as_const(program.arguments))
         command.arguments.append(QFile::encodeName(argument));
+    command.asksForExitCode = true;
     Result<std::unique_ptr<HostProcess>> process = HostProcess::start(command);
     if (!process)
         return process.failure();

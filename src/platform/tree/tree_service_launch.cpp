@@ -1,5 +1,6 @@
 #include "platform/tree/tree_service_host.h"
 
+#include "platform/tree/exit_code.h"
 #include "platform/tree/host_error.h"
 #include "platform/tree/host_process.h"
 #include "platform/tree/process_identity.h"
@@ -85,7 +86,9 @@ QString hostProgram()
 QList<QByteArray> ownEnvironment()
 {
     QList<QByteArray> texts;
-    for (const QString& text : QProcessEnvironment::systemEnvironment().toStringList())
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(ExitCodeVariable.toString());
+    for (const QString& text : environment.toStringList())
         texts.append(QFile::encodeName(text));
     return texts;
 }
