@@ -113,6 +113,27 @@ TEST_F(TreeServiceTest, tellsWhyAServiceDoesNotStart)
         EXPECT_EQ(tree.open(bad).errorNumber(), error::InvalidName);
 }
 
+TEST_F(TreeServiceTest, takesADriverOfTheSystemForRunning)
+{
+    const struct
+    {
+        const char* values;
+        quint32 state;
+    } cases[] = {
+        {"\"Type\"=dword:1\r\n\"Start\"=dword:0\r\n", Running},
+        {"\"Type\"=dword:2\r\n\"Start\"=dword:1\r\n", Running},
+        {"\"Type\"=dword:1\r\n\"Start\"=dword:3\r\n", Stopped},
+        {"\"Type\"=dword:10\r\n\"Start\"=dword:1\r\n", Stopped},
+    };
+    for (const auto& [values, state] : cases) {
+        import(tree.machine.registry(),
+            QByteArray("[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Services\\Tcpip]\r\n") + values);
+        const auto service = *tree.open(u"tcpip"_s);
+        EXPECT_EQ(service->queryStatus()->currentState, state) << values;
+        EXPECT_EQ(service->start().errorNumber() == error::ServiceAlreadyRunning, state == Running) << values;
+    }
+}
+
 TEST_F(TreeServiceTest, findsTheProgramAsWindowsDoes)
 {
     tree.makeFolder(u"Windows/System32/drivers"_s);

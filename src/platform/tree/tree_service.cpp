@@ -12,6 +12,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype ConfigFixedBytes = 72;
+constexpr quint32 DriverTypes = 0x3; // of the kernel and of file systems
 
 /// What the configuration takes in the block that the classic query fills.
 qsizetype byteSize(const ServiceConfig& config)
@@ -49,6 +50,13 @@ Status TreeService::need(quint32 right) const
     return m_rights & right ? Status() : Status(Error{error::AccessDenied, m_name});
 }
 
+bool TreeService::isSystemDriver() const
+{
+    const Result<ServiceConfig> config = m_database.config(m_name);
+    return config && config->serviceType & DriverTypes
+        && (config->startType == start_type::Boot || config->startType == start_type::System);
+}
+
 ServiceFolder TreeService::folder() const
 {
     return ServiceFolder(m_machine.paths(), m_name);
@@ -58,6 +66,8 @@ Result<ServiceStatus> TreeService::queryStatus()
 {
     if (Status allowed = need(service_access::QueryStatus); !allowed)
         return allowed.failure();
+    if (isSystemDriver())
+        return ServiceStatus{service_state::Running, error::Success, 0, 0};
     return folder().current().status;
 }
 
@@ -89,7 +99,7 @@ Status TreeService::startLocked()
         return config.failure();
     if (m_database.isMarkedForDelete(m_name))
         return Error{error::ServiceMarkedForDelete, m_name};
-    if (folder().current().status.currentState != service_state::Stopped)
+    if (isSystemDriver() || folder().current().status.currentState != service_state::Stopped)
         return Error{error::ServiceAlreadyRunning, m_name};
     if (config->startType == start_type::Disabled)
         return Error{error::ServiceDisabled, m_name};
