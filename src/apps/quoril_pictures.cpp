@@ -5,6 +5,10 @@
 #include "platform/tree/machine_choice.h"
 #include "platform/tree/tree_machine.h"
 #include "resources/text_ids.h"
+#include "services/service_by_name.h"
+#include "services/service_install_dialog.h"
+#include "services/service_update_dialog.h"
+#include "services/update_or_install_service_dialog.h"
 #include "shell/left_view.h"
 #include "shell/main_frame.h"
 #include "shell/quoril_manager_app.h"
@@ -42,6 +46,33 @@ bool dialogPicture(CMainFrame& frame, quint32 command, const QDir& folder, const
     });
     frame.commands().action(command)->trigger();
     return saved;
+}
+
+/// Runs the dialog and takes a picture of it.
+bool dialogPicture(QDialog& dialog, const QDir& folder, const QString& name)
+{
+    bool saved = false;
+    QTimer::singleShot(0, &dialog, [&] {
+        saved = picture(dialog, folder, name);
+        dialog.reject();
+    });
+    dialog.exec();
+    return saved;
+}
+
+/// The dialogs of QuorilSetup for a product that the sample machine has services of.
+bool setupPictures(const QDir& folder)
+{
+    const QString product = u"Quoril 32"_s;
+    const QString configuration = u"C:\\Program Files\\Quoril\\ceres.cfg"_s;
+    ServiceApp installer;
+    UpdateOrInstallServiceDlg choice(nullptr);
+    ServiceInstallDialog install(product, configuration, nullptr);
+    ServiceUpdateDialog update(product, configuration, nullptr);
+    update.Installer = &installer;
+    bool saved = dialogPicture(choice, folder, u"setup.png"_s);
+    saved = dialogPicture(install, folder, u"setup-install.png"_s) && saved;
+    return dialogPicture(update, folder, u"setup-update.png"_s) && saved;
 }
 
 /// An order of the kind that a person makes, for the picture of the list.
@@ -95,6 +126,7 @@ int main(int argc, char** argv)
         saved = dialogPicture(frame, command::PrintSetup, folder, u"print-setup.png"_s) && saved;
         saved = dialogPicture(frame, command::PrintPreview, folder, u"preview.png"_s) && saved;
         saved = dialogPicture(frame, command::About, folder, u"about.png"_s) && saved;
+        saved = setupPictures(folder) && saved;
         frame.resize(800, 600);
         frame.OnViewEventLog();
         saved = picture(frame, folder, u"small.png"_s) && saved;

@@ -37,6 +37,13 @@ public:
 
     /// Makes the folder the current one of this process's machine paths and of the processes that it creates.
     virtual Status setCurrentDirectory(QStringView path) = 0;
+
+    /// Where the file or folder of that machine path lies for the programs of the host, such as a file
+    /// dialog. 2, 3, 5 or 123 if there is none.
+    virtual Result<QString> hostPath(QStringView path) const = 0;
+
+    /// The machine's full path of a file of the host; 3 if it lies outside the machine.
+    virtual Result<QString> machinePath(const QString& hostPath) const = 0;
 };
 
 } // namespace quoril

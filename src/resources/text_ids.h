@@ -201,6 +201,7 @@ inline constexpr quint32 ArgumentHasQuote = 41056;
 inline constexpr quint32 ArgumentEndsInBackslash = 41057;
 inline constexpr quint32 ArgumentHasControl = 41058;
 inline constexpr quint32 CommandLineTooLong = 41059;
+inline constexpr quint32 FileOutsideMachine = 41060;
 
 } // namespace quoril::text
 

@@ -1,8 +1,12 @@
 #include "services/installer_command_line.h"
 
+#include "platform/files.h"
+#include "platform/machine.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "services/user_prompts.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -52,6 +56,20 @@ QString unsafeArgument(const InstallRequest& request)
         length += argument.size();
     }
     return length > LongestCommandLine ? LoadText(text::CommandLineTooLong) : QString();
+}
+
+InstallerFile findInstallerFile(const QString& named)
+{
+    const Files& files = machine().files();
+    const QString name = withoutQuotes(named).toString();
+    const auto known = files.hostPath(name);
+    const QString host = known ? *known : QFileInfo(name).absoluteFilePath();
+    if (!known && !QFileInfo(host).isFile())
+        return {{}, LoadText(text::DocumentNotFound).replace(u"%s"_s, name)};
+    const auto path = files.machinePath(host);
+    if (!path)
+        return {{}, LoadText(text::FileOutsideMachine).replace(u"%s"_s, name)};
+    return {*path, {}};
 }
 
 int CheckedInstaller::InstallService(const QString& serviceName, const QString& configurationFile,

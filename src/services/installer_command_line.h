@@ -13,6 +13,17 @@ namespace quoril {
 /// path of the executable may stand in double quotes as a whole.
 QString unsafeArgument(const InstallRequest& request);
 
+/// A file that a person named for an installation.
+struct InstallerFile
+{
+    QString path; ///< in full on the machine
+    QString failure; ///< why there is none, in the words for the person
+};
+
+/// The file that a command line names: a path of the machine, in double quotes as a whole or not, or else a
+/// path of the host that leads onto the machine.
+InstallerFile findInstallerFile(const QString& named);
+
 /// Installs what the command line can carry. Anything else is refused with a message before anything is
 /// changed. For callers whose names and paths nobody has looked at.
 class CheckedInstaller : public ServiceApp

@@ -9,7 +9,6 @@
 
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QEvent>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
@@ -61,14 +60,12 @@ ServiceManagementDialog::ServiceManagementDialog(QWidget* frame)
     , m_name(readOnlyEdit(ids::Name))
     , m_description(readOnlyEdit(ids::Description))
     , m_path(readOnlyEdit(ids::Path))
-    , m_startType(new QComboBox(this))
+    , m_startType(comboBox(ids::StartupType))
     , m_apply(button(ids::Apply))
     , m_start(button(ids::Start))
     , m_stop(button(ids::Stop))
     , m_status(new QLabel(this))
 {
-    m_startType->setObjectName(QString::number(ids::StartupType));
-    m_startType->installEventFilter(this);
     m_status->setObjectName(QString::number(ids::Status));
     m_status->setTextFormat(Qt::PlainText);
     buildLayout();
@@ -164,16 +161,6 @@ void ServiceManagementDialog::done(int result)
 {
     m_timer.stop();
     TemplateDialog::done(result);
-}
-
-bool ServiceManagementDialog::eventFilter(QObject* watched, QEvent* event)
-{
-    // A turn of the wheel on the way over the closed list must not change a service.
-    if (watched == m_startType && event->type() == QEvent::Wheel && !m_startType->hasFocus()) {
-        event->ignore();
-        return true;
-    }
-    return TemplateDialog::eventFilter(watched, event);
 }
 
 void ServiceManagementDialog::OnTimer()

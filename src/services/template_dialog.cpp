@@ -1,6 +1,8 @@
 #include "services/template_dialog.h"
 
+#include <QComboBox>
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -44,6 +46,34 @@ QLineEdit* TemplateDialog::readOnlyEdit(quint32 id)
     made->setPalette(palette);
     made->setMinimumWidth(made->fontMetrics().averageCharWidth() * shownCharacters);
     return made;
+}
+
+QLineEdit* TemplateDialog::disabledEdit(quint32 id)
+{
+    QLineEdit* made = readOnlyEdit(id);
+    QPalette palette = made->palette();
+    palette.setColor(QPalette::Disabled, QPalette::Text, palette.color(QPalette::Active, QPalette::Text));
+    made->setPalette(palette);
+    made->setEnabled(false);
+    return made;
+}
+
+QComboBox* TemplateDialog::comboBox(quint32 id)
+{
+    auto* made = new QComboBox(this);
+    made->setObjectName(QString::number(id));
+    made->installEventFilter(this);
+    return made;
+}
+
+bool TemplateDialog::eventFilter(QObject* watched, QEvent* event)
+{
+    const auto* list = event->type() == QEvent::Wheel ? qobject_cast<QComboBox*>(watched) : nullptr;
+    if (list && !list->hasFocus()) {
+        event->ignore();
+        return true;
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 QPushButton* TemplateDialog::button(quint32 id)

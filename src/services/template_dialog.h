@@ -4,6 +4,7 @@
 
 #include <QDialog>
 
+class QComboBox;
 class QDialogButtonBox;
 class QGroupBox;
 class QLabel;
@@ -27,12 +28,19 @@ protected:
     /// Runs before the dialog is seen.
     virtual void OnInitDialog() { }
 
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
     QString caption(quint32 id) const { return m_template.caption(id); }
 
     /// A caption beside the control that it describes, for assistive tools too.
     QLabel* label(quint32 id, QWidget* described);
     /// One line of text that can be selected and copied but not changed.
     QLineEdit* readOnlyEdit(quint32 id);
+    /// The same for what is only told: it can't be entered either, and stays as legible.
+    QLineEdit* disabledEdit(quint32 id);
+    /// A list to choose from, which nothing can be typed into. A turn of the wheel on the way over it changes
+    /// nothing.
+    QComboBox* comboBox(quint32 id);
     QPushButton* button(quint32 id);
     QGroupBox* groupBox(quint32 id);
     /// The closing buttons in the platform's order: the first, which is the default, accepts the dialog, the

@@ -44,6 +44,11 @@ QPalette lightPalette()
 CQuorilManagerApp::CQuorilManagerApp(QApplication& application)
     : m_program_folder(QApplication::applicationDirPath() + u'/')
 {
+    ApplyStyle(application);
+}
+
+void CQuorilManagerApp::ApplyStyle(QApplication& application)
+{
     application.setStyle(QStyleFactory::create(u"Fusion"_s));
     QApplication::setPalette(lightPalette());
     QIcon icon;

@@ -24,6 +24,9 @@ public:
     explicit CQuorilManagerApp(QApplication& application);
     virtual ~CQuorilManagerApp();
 
+    /// The style, the palette and the icon of all programs with windows.
+    static void ApplyStyle(QApplication& application);
+
     /// Brings up the main window; arguments as the process got them, the program first. False ends the
     /// process.
     bool InitInstance(const QStringList& arguments);

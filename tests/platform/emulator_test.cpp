@@ -76,6 +76,8 @@ TEST_F(EmulatorTest, registersNothingWhenItFails)
     EXPECT_EQ(tree.open(u"JUNO"_s).errorNumber(), error::ServiceDoesNotExist);
     configure("type = quoril_32\r\n");
     EXPECT_EQ(run(u"--install bad/name juno.cfg"_s), error::InvalidName);
+    EXPECT_EQ(run(u"--install \"\" juno.cfg"_s), error::InvalidName);
+    EXPECT_EQ(run(u"--install "_s + QString(32'000, u'n') + u" juno.cfg"_s), error::InvalidName);
     EXPECT_EQ(tree.open(u"bad"_s).errorNumber(), error::ServiceDoesNotExist);
 }
 

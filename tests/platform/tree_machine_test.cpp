@@ -55,6 +55,24 @@ TEST(TreeMachineTest, reportsToAndReadsItsEventLogs)
     EXPECT_EQ(logs.open(u"Application", {}).errorNumber(), error::EventLogFileCorrupt);
 }
 
+TEST(TreeMachineTest, takesFilesOfTheHostToItsOwnPathsAndBack)
+{
+    const TemporaryTree tree;
+    tree.makeFolder(u"a b"_s);
+    tree.write(u"a b/Juno.cfg"_s, "x");
+    ASSERT_TRUE(QFile::link(u"/etc"_s, tree.host(u"out"_s)));
+    ASSERT_TRUE(QFile::link(tree.root(), tree.root() + u".link"_s));
+    TreeMachine machine(tree.root());
+    const Files& files = machine.files();
+    EXPECT_EQ(*files.hostPath(u"c:/A B/juno.CFG"), tree.host(u"a b/Juno.cfg"_s));
+    EXPECT_EQ(files.hostPath(u"C:\\a b\\none").errorNumber(), error::FileNotFound);
+    EXPECT_EQ(*files.machinePath(tree.host(u"a b/../a b/Juno.cfg"_s)), u"C:\\a b\\Juno.cfg");
+    EXPECT_EQ(*files.machinePath(tree.root() + u".link/a b/Juno.cfg"_s), u"C:\\a b\\Juno.cfg");
+    EXPECT_EQ(files.machinePath(tree.host(u"out/passwd"_s)).errorNumber(), error::PathNotFound);
+    EXPECT_EQ(files.machinePath(u"/etc/passwd"_s).errorNumber(), error::PathNotFound);
+    QFile::remove(tree.root() + u".link"_s);
+}
+
 TEST(TreeMachineTest, unitesBothFilesOfALogInOrderOfTime)
 {
     const QString real = qEnvironmentVariable("QUORIL_REAL_DATA");

@@ -8,6 +8,8 @@
 #include "platform/tree/sample_machine.h"
 #include "platform/tree/tree_machine.h"
 #include "resources/text_ids.h"
+#include "services/installer_command_line.h"
+#include "services/update_or_install_service_dialog.h"
 #include "shell/left_view.h"
 #include "shell/main_frame.h"
 #include "shell/quoril_manager_app.h"
@@ -17,7 +19,9 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QFile>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QTemporaryDir>
 
 namespace quoril::test {
@@ -69,7 +73,7 @@ protected:
             const auto manager = m_machine->services().openManager(service_access::ManagerGenericAll);
             if (const auto service = (*manager)->openService(name, service_access::Stop))
                 static_cast<void>((*service)->control(ServiceControlStop));
-            EXPECT_TRUE(Person::waitFor([&] { return m_machine->stateOf(name) != service_state::Running; }));
+            EXPECT_TRUE(Person::waitFor([&] { return m_machine->stateOf(name) <= service_state::Stopped; }));
         }
         m_console.reset();
     }
@@ -160,6 +164,80 @@ TEST_F(LiveMachineTest, AServiceIsStartedStoppedChangedAndRemoved)
         "Remove Service Dialog: \n"
         "Quoril Services Manager: Do you really want to remove the selected service?\n"
         "Quoril Services Manager: Failed to remove a service. The service is still running.");
+}
+
+TEST_F(LiveMachineTest, AProductIsInstalledStartedUpdatedAndRemoved)
+{
+    const QString name = u"THALIA"_s;
+    const QString service = u"SYSTEM\\CurrentControlSet\\Services\\"_s + name;
+    const auto configure = [&](const QByteArray& text) {
+        QFile file(m_machine->paths().root() + u"/Program Files/Quoril/thalia.cfg"_s);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("type = quoril_8\nhome = C:\\Emulators\\Thalia\nsession.log = thalia.log\n" + text);
+    };
+    const auto setUp = [&](int road, const QString& told) {
+        CheckedInstaller installer;
+        UpdateOrInstallServiceDlg dialog(nullptr);
+        dialog.ProductName = u"Quoril 8"_s;
+        dialog.CfgFile = u"C:\\Program Files\\Quoril\\thalia.cfg"_s;
+        dialog.ImagePath = u"C:\\Program Files\\Quoril\\quoril-emulator.exe"_s;
+        dialog.Installer = &installer;
+        m_person.on(u"Update / Install"_s, Person::presses(road));
+        m_person.on(u"Dialog: "_s, [&](QWidget& window) {
+            if (auto* edit = window.findChild<QLineEdit*>(QString::number(install_dialog::Name)))
+                edit->setText(name);
+            Person::press(window, Ok);
+        });
+        m_person.on({}, [&](QWidget& window) {
+            EXPECT_TRUE(m_person.seen.last().contains(told)) << m_person.seen.last().toStdString();
+            Person::press(window, Ok);
+        });
+        if (told.contains(u"successfully"))
+            m_person.on(u"New QUORIL service installed"_s, Person::presses(Ok));
+        dialog.exec();
+        EXPECT_EQ(m_person.left(), 0U) << m_person.seen.join(u'\n').toStdString();
+        EXPECT_EQ(dialog.ResultName, name);
+    };
+    const auto read = [&](const QString& below, QStringView value) {
+        const auto key = openPath(**m_machine->registry().localMachine(), service + below, key_access::Read);
+        return key ? *(*key)->multiString(value, 512) : QStringList();
+    };
+    configure("depends = Workspace, CERES, Tcpip\nram.size = 64\n");
+    setUp(update_or_install_dialog::Install, u"QUORIL service installed successfully."_s);
+    EXPECT_EQ(read({}, u"DependOnService"), QStringList({u"ceres"_s, u"tcpip"_s}));
+    EXPECT_EQ(item(name), nullptr); // until the list is updated
+    run(command::UpdateList);
+    ASSERT_NE(item(name), nullptr);
+    setUp(update_or_install_dialog::Install,
+        u"QUORIL service installation failed. Reason: The specified service already exists. (0x431)"_s);
+
+    select(name);
+    m_person.on(u"Service management dialog"_s, [&](QWidget& window) {
+        Person::press(window, Start);
+        EXPECT_EQ(m_machine->stateOf(name), service_state::Running);
+        EXPECT_EQ(m_machine->stateOf(u"CERES"), service_state::Running);
+        Person::press(window, Stop);
+        Person::press(window, Ok);
+    });
+    run(command::Manage);
+    configure("ram.size = 128\n");
+    setUp(update_or_install_dialog::Update, u"QUORIL service updated successfully."_s);
+    EXPECT_EQ(read(u"\\Parameters\\ram\\size\\0"_s, u"Value"), QStringList(u"128"_s));
+    configure("no setting\n");
+    m_person.seen.clear();
+    setUp(update_or_install_dialog::Update, u"QUORIL service installation failed. Reason: "_s);
+    EXPECT_TRUE(m_person.seen.last().endsWith(u"(0x57)")) << m_person.seen.last().toStdString();
+    EXPECT_EQ(m_machine->stateOf(name), 0U); // gone, as it is told
+
+    configure({});
+    setUp(update_or_install_dialog::Install, u"installed successfully"_s);
+    run(command::UpdateList);
+    select(name);
+    m_person.on(u"Remove Service Dialog"_s, Person::presses(Ok));
+    m_person.on(u"Do you really want"_s, Person::presses(Yes));
+    run(command::Remove);
+    EXPECT_EQ(item(name), nullptr);
+    EXPECT_EQ(m_machine->stateOf(name), 0U);
 }
 
 TEST_F(LiveMachineTest, AnOrderStartsAServiceWhileTheScheduleDialogStandsOpen)

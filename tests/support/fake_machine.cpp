@@ -244,6 +244,20 @@ Status FakeFiles::setCurrentDirectory(QStringView path)
     return {};
 }
 
+Result<QString> FakeFiles::hostPath(QStringView path) const
+{
+    if (!m_files.contains(normal(path)))
+        return Error{error::FileNotFound, {}};
+    return u"/machine"_s + path.mid(2).toString().replace(u'\\', u'/');
+}
+
+Result<QString> FakeFiles::machinePath(const QString& hostPath) const
+{
+    if (!hostPath.startsWith(u"/machine/"))
+        return Error{error::PathNotFound, {}};
+    return u"C:"_s + hostPath.mid(8).replace(u'/', u'\\');
+}
+
 Result<QString> FakeSystemInfo::computerName() const
 {
     if (const auto failure = m_calls.note({}))

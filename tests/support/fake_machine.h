@@ -68,7 +68,7 @@ private:
 };
 
 /// Files by machine path, without regard to case and separator. Folders are not modelled but for the missing
-/// ones.
+/// ones. The drive lies in the host's folder "/machine".
 class FakeFiles : public Files
 {
 public:
@@ -90,6 +90,8 @@ public:
     Result<QStringList> find(QStringView pattern) override;
     Result<QString> fileVersion(QStringView path) override;
     Status setCurrentDirectory(QStringView path) override;
+    Result<QString> hostPath(QStringView path) const override;
+    Result<QString> machinePath(const QString& hostPath) const override;
 
 private:
     static QString normal(QStringView path);

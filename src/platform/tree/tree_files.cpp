@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -118,6 +119,20 @@ Result<QString> TreeFiles::fileVersion(QStringView path)
 Status TreeFiles::setCurrentDirectory(QStringView path)
 {
     return m_paths.setCurrentDirectory(path);
+}
+
+Result<QString> TreeFiles::hostPath(QStringView path) const
+{
+    return m_paths.existing(path);
+}
+
+Result<QString> TreeFiles::machinePath(const QString& hostPath) const
+{
+    // The tree may have been reached by way of links.
+    const QFileInfo file(hostPath);
+    const QString real = file.canonicalFilePath();
+    QString path = m_paths.machinePath(real.isEmpty() ? file.absoluteFilePath() : real);
+    return path.isEmpty() ? Result<QString>(Error{error::PathNotFound, hostPath}) : path;
 }
 
 } // namespace quoril

@@ -19,6 +19,8 @@ public:
     Result<QStringList> find(QStringView pattern) override;
     Result<QString> fileVersion(QStringView path) override;
     Status setCurrentDirectory(QStringView path) override;
+    Result<QString> hostPath(QStringView path) const override;
+    Result<QString> machinePath(const QString& hostPath) const override;
 
 private:
     TreePaths& m_paths;

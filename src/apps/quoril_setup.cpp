@@ -1,0 +1,70 @@
+// Installs a product as a new service, or updates one of its services, through the dialogs.
+
+#include "platform/machine.h"
+#include "platform/system_info.h"
+#include "platform/tree/machine_choice.h"
+#include "platform/tree/tree_machine.h"
+#include "services/installer_command_line.h"
+#include "services/setup_arguments.h"
+#include "services/update_or_install_service_dialog.h"
+#include "shell/language_module.h"
+#include "shell/quoril_manager_app.h"
+
+#include <QApplication>
+
+#include <cstdio>
+
+namespace {
+
+using namespace quoril;
+using namespace Qt::StringLiterals;
+
+constexpr int Failed = 1;
+constexpr int WrongUsage = 2;
+
+void say(std::FILE* stream, const QString& text)
+{
+    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stream);
+}
+
+int runDialogs(const SetupArguments& arguments)
+{
+    CheckedInstaller installer;
+    UpdateOrInstallServiceDlg dialog(nullptr);
+    dialog.ProductName = arguments.productName;
+    dialog.CfgFile = arguments.configurationFile;
+    dialog.ImagePath = arguments.imagePath;
+    dialog.Installer = &installer;
+    dialog.exec();
+    if (installer.installed() > 0)
+        say(stdout, dialog.ResultName);
+    return installer.installed() == installer.asked() ? 0 : Failed;
+}
+
+/// Reads the command line, which needs no display. The machine is in force meanwhile.
+SetupArguments readArguments(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    const auto machine = openMachine(chooseMachine({}));
+    const ScopedMachine inForce(*machine);
+    LoadLanguageModule(QCoreApplication::applicationDirPath() + u'/');
+    const auto version = machine->systemInfo().fileVersion(QCoreApplication::applicationFilePath());
+    return SetupArguments::read(QCoreApplication::arguments(), version ? *version : QString());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const SetupArguments arguments = readArguments(argc, argv);
+    if (arguments.kind != SetupArguments::Kind::Run) {
+        const bool isHelp = arguments.kind == SetupArguments::Kind::Help;
+        say(isHelp ? stdout : stderr, isHelp ? arguments.told : u"QuorilSetup: "_s + arguments.told);
+        return isHelp ? 0 : WrongUsage;
+    }
+    QApplication application(argc, argv);
+    CQuorilManagerApp::ApplyStyle(application);
+    const auto machine = openMachine(chooseMachine({}));
+    const ScopedMachine inForce(*machine);
+    return runDialogs(arguments);
+}

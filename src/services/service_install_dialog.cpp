@@ -1,0 +1,106 @@
+#include "services/service_install_dialog.h"
+
+#include "platform/files.h"
+#include "platform/machine.h"
+#include "resources/text_ids.h"
+#include "services/prompt_dialogs.h"
+#include "services/service_by_name.h"
+
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace ids = install_dialog;
+
+namespace {
+
+/// A filter of the form "Name|pattern|Name|pattern|" as file dialogs take it. "*.*" means every file.
+QStringList nameFilters(const QString& filter)
+{
+    const QStringList parts = filter.split(u'|', Qt::SkipEmptyParts);
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        const QString name = parts[i].section(u" ("_s, 0, 0);
+        const QString pattern = parts[i + 1] == u"*.*" ? u"*"_s : parts[i + 1];
+        filters.append(name + u" ("_s + pattern + u')');
+    }
+    return filters;
+}
+
+} // namespace
+
+ServiceInstallDialog::ServiceInstallDialog(
+    const QString& productName, const QString& configurationFile, QWidget* parent)
+    : TemplateDialog(ids::Id, parent)
+    , m_name(new QLineEdit(this))
+    , m_configuration(disabledEdit(ids::Configuration))
+{
+    m_name->setObjectName(QString::number(ids::Name));
+    QLineEdit* product = disabledEdit(ids::Product);
+    ShowInEdit(*product, productName);
+    ShowInEdit(*m_configuration, configurationFile);
+    QPushButton* browse = button(ids::Browse);
+
+    auto* layout = new QGridLayout(this);
+    layout->setColumnStretch(1, 1);
+    layout->addWidget(label(ids::NameLabel, m_name), 0, 0);
+    layout->addWidget(m_name, 0, 1, 1, 2);
+    layout->addWidget(label(ids::ProductLabel, product), 1, 0);
+    layout->addWidget(product, 1, 1, 1, 2);
+    layout->addWidget(label(ids::ConfigurationLabel, m_configuration), 2, 0);
+    layout->addWidget(m_configuration, 2, 1);
+    layout->addWidget(browse, 2, 2);
+    layout->setRowStretch(3, 1);
+    layout->addWidget(closingButtons(ids::Install, ids::Cancel), 4, 0, 1, 3);
+    m_install = findChild<QPushButton*>(QString::number(ids::Install));
+    browse->setAutoDefault(false);
+    connect(browse, &QPushButton::clicked, this, &ServiceInstallDialog::OnBrowse);
+    m_name->setFocus();
+}
+
+QString ServiceInstallDialog::serviceName() const
+{
+    return m_name->text();
+}
+
+void ServiceInstallDialog::accept()
+{
+    DialogPrompts prompts(this);
+    if (serviceName().isEmpty()) {
+        prompts.message(LoadText(text::EnterServiceName));
+        m_name->setFocus();
+        return;
+    }
+    (void)Installer->InstallService(serviceName(), m_configuration->text(), false, ImagePath, prompts);
+    TemplateDialog::accept();
+}
+
+void ServiceInstallDialog::OnBrowse()
+{
+    Files& files = machine().files();
+    auto folder = files.hostPath(m_configuration->text().section(u'\\', 0, -2) + u'\\');
+    if (!folder)
+        folder = files.hostPath(u"C:\\");
+    QFileDialog picker(this, LoadText(text::OpenConfigurationTitle), folder ? *folder : QString());
+    picker.setFileMode(QFileDialog::ExistingFile);
+    picker.setNameFilters(nameFilters(LoadText(text::ConfigurationFilter)));
+    if (picker.exec() != Accepted)
+        return;
+    const QString chosen = picker.selectedFiles().value(0);
+    const auto path = files.machinePath(chosen);
+    if (!path) {
+        DialogPrompts(this).message(LoadText(text::FileOutsideMachine).replace(u"%s"_s, chosen));
+        return;
+    }
+    ShowInEdit(*m_configuration, *path);
+    m_install->setEnabled(true);
+}
+
+} // namespace quoril

@@ -1,0 +1,76 @@
+#include "services/service_update_dialog.h"
+
+#include "resources/text_ids.h"
+#include "services/prompt_dialogs.h"
+#include "services/service_by_name.h"
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace quoril {
+
+namespace ids = update_dialog;
+
+ServiceUpdateDialog::ServiceUpdateDialog(
+    const QString& productName, const QString& configurationFile, QWidget* parent)
+    : TemplateDialog(ids::Id, parent)
+    , m_services(comboBox(ids::Services))
+    , m_product(disabledEdit(ids::Product))
+    , m_configuration(disabledEdit(ids::Configuration))
+{
+    ShowInEdit(*m_product, productName);
+    ShowInEdit(*m_configuration, configurationFile);
+
+    auto* layout = new QGridLayout(this);
+    layout->setColumnStretch(1, 1);
+    int row = 0;
+    for (const auto& [labelId, field] :
+        std::initializer_list<std::pair<quint32, QWidget*>>{{ids::ServicesLabel, m_services},
+            {ids::ProductLabel, m_product}, {ids::ConfigurationLabel, m_configuration}}) {
+        layout->addWidget(label(labelId, field), row, 0);
+        layout->addWidget(field, row++, 1);
+    }
+    layout->setRowStretch(row++, 1);
+    layout->addWidget(closingButtons(ids::Update, ids::Cancel), row, 0, 1, 2);
+    m_services->setFocus();
+}
+
+QString ServiceUpdateDialog::serviceName() const
+{
+    return m_services->currentText();
+}
+
+int ServiceUpdateDialog::ListProductServices(const QString& productName)
+{
+    QStringList names;
+    const int listed = Installer->ListProductServices(productName, names);
+    m_services->addItems(names);
+    return listed;
+}
+
+void ServiceUpdateDialog::OnInitDialog()
+{
+    m_services->clear();
+    (void)ListProductServices(m_product->text());
+    if (m_services->count() == 0)
+        findChild<QPushButton*>(QString::number(ids::Update))->setEnabled(false);
+    else
+        m_services->setCurrentIndex(0);
+}
+
+void ServiceUpdateDialog::accept()
+{
+    DialogPrompts prompts(this);
+    if (serviceName().isEmpty()) {
+        prompts.message(LoadText(text::EnterServiceName));
+        return;
+    }
+    (void)Installer->InstallService(serviceName(), m_configuration->text(), true, ImagePath, prompts);
+    TemplateDialog::accept();
+}
+
+} // namespace quoril

@@ -1,0 +1,74 @@
+#include "services/setup_arguments.h"
+
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "services/installer_command_line.h"
+
+#include <QCommandLineParser>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+SetupArguments telling(SetupArguments::Kind kind, const QString& told)
+{
+    SetupArguments arguments;
+    arguments.kind = kind;
+    arguments.told = told;
+    return arguments;
+}
+
+SetupArguments wrong(const QString& told)
+{
+    return telling(SetupArguments::Kind::Wrong, told);
+}
+
+} // namespace
+
+SetupArguments SetupArguments::read(const QStringList& arguments, const QString& programVersion)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"Installs a product of the Quoril emulator as a new service, or updates an installed one, after "
+        u"asking "
+        "which. The files are named by their path on the machine (C:\\dir\\file) or on this computer.\n\n"
+        "The name of the installed service is printed. Ends with 0, with 1 if an installation failed, or "
+        "with "
+        "2 if the arguments are wrong."_s);
+    const QCommandLineOption product(u"product"_s, u"Name of the product."_s, u"name"_s);
+    const QCommandLineOption configuration(u"config"_s, u"Its configuration file."_s, u"file"_s);
+    const QCommandLineOption executable(
+        u"executable"_s, u"Its executable, which registers the service."_s, u"path"_s);
+    const QCommandLineOption help({u"h"_s, u"help"_s}, u"Shows this help."_s);
+    const QCommandLineOption version({u"v"_s, u"version"_s}, u"Shows the version."_s);
+    parser.addOptions({product, configuration, executable, help, version});
+    if (!parser.parse(arguments))
+        return wrong(parser.errorText());
+    if (parser.isSet(help))
+        return telling(Kind::Help, parser.helpText().trimmed());
+    if (parser.isSet(version))
+        return telling(Kind::Help, u"QuorilSetup "_s + programVersion);
+
+    SetupArguments run;
+    run.productName = parser.value(product);
+    run.configurationFile = parser.value(configuration);
+    run.imagePath = parser.value(executable);
+    if (!parser.positionalArguments().isEmpty() || run.productName.isEmpty()
+        || run.configurationFile.isEmpty() || run.imagePath.isEmpty())
+        return wrong(LoadText(text::SetupArguments));
+    if (const QString refusal = unsafeArgument({{}, run.configurationFile, false, run.imagePath});
+        !refusal.isEmpty())
+        return wrong(refusal);
+    for (QString* file : {&run.configurationFile, &run.imagePath}) {
+        const InstallerFile found = findInstallerFile(*file);
+        if (!found.failure.isEmpty())
+            return wrong(found.failure);
+        *file = found.path;
+    }
+    run.kind = Kind::Run;
+    return run;
+}
+
+} // namespace quoril
