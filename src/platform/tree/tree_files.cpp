@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <compare>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -102,7 +103,7 @@ Result<QStringList> TreeFiles::find(QStringView pattern)
     }
     std::ranges::sort(names, [](const QString& left, const QString& right) {
         const auto order = foldedCompare(left, right);
-        return order == 0 ? left < right : order < 0;
+        return std::is_eq(order) ? left < right : std::is_lt(order);
     });
     return names.isEmpty() ? Result<QStringList>(Error{error::FileNotFound, {}}) : names;
 }
