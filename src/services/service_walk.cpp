@@ -23,26 +23,36 @@ Result<RegistryKeyHandle> openKeyPath(const RegistryKey& key, QStringView path)
     return current;
 }
 
-Status walkInstances(InstanceLimits limits, const std::function<Walk(const InstanceVisit&)>& visit)
+Result<RegistryKeyHandle> openServices()
 {
-    auto root = machine().registry().localMachine();
+    const auto root = machine().registry().localMachine();
     if (!root)
         return root.failure();
-    const auto services = openKeyPath(**root, u"SYSTEM\\CurrentControlSet\\Services");
-    root->reset();
-    if (!services)
-        return services.failure();
+    return openKeyPath(**root, u"SYSTEM\\CurrentControlSet\\Services");
+}
+
+void walkInstances(const RegistryKey& services, InstanceLimits limits, const InstanceVisitor& visit)
+{
     for (quint32 index = 0;; ++index) {
-        const auto name = (*services)->subkeyName(index, limits.nameUnits);
+        const auto name = services.subkeyName(index, limits.nameUnits);
         if (!name)
-            return {};
-        const auto key = (*services)->open(*name, registryAccess());
+            return;
+        const auto key = services.open(*name, registryAccess());
         if (!key)
             continue;
         const auto group = (*key)->text(u"Group", limits.groupBytes);
-        if (group && *group == EmulatorGroup && visit({*name, **key, **services}) == Walk::Stop)
-            return {};
+        if (group && *group == EmulatorGroup && visit({*name, **key, services}) == Walk::Stop)
+            return;
     }
+}
+
+Status walkInstances(InstanceLimits limits, const InstanceVisitor& visit)
+{
+    const auto services = openServices();
+    if (!services)
+        return services.failure();
+    walkInstances(**services, limits, visit);
+    return {};
 }
 
 std::optional<InstanceParameters> openParameters(const RegistryKey& instance, qsizetype limitBytes)

@@ -41,10 +41,18 @@ enum class Walk
     Stop
 };
 
+using InstanceVisitor = std::function<Walk(const InstanceVisit&)>;
+
+/// The key of all services. No other key stays open.
+Result<RegistryKeyHandle> openServices();
+
 /// Visits each service whose `Group` is exactly EmulatorGroup, in stored order, until the visitor stops or
-/// the enumeration fails, which counts as its end. Services that can't be opened are passed over. Fails only
-/// if SYSTEM, CurrentControlSet or Services can't be opened. No key stays open.
-Status walkInstances(InstanceLimits limits, const std::function<Walk(const InstanceVisit&)>& visit);
+/// the enumeration fails, which counts as its end. Services that can't be opened are passed over.
+void walkInstances(const RegistryKey& services, InstanceLimits limits, const InstanceVisitor& visit);
+
+/// The same below the services key of the machine. Fails only if SYSTEM, CurrentControlSet or Services can't
+/// be opened. No key stays open.
+Status walkInstances(InstanceLimits limits, const InstanceVisitor& visit);
 
 /// The key `Parameters` of an instance, with the emulation type that makes it complete.
 struct InstanceParameters

@@ -1,0 +1,52 @@
+#include "report/attachment_file.h"
+
+namespace quoril {
+
+namespace {
+
+constexpr std::size_t PendingUnits = 64 * 1024;
+// Units go out as the machine holds them.
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
+
+} // namespace
+
+bool writeUnits(QIODevice& out, QStringView text)
+{
+    const qint64 bytes = qint64(text.size()) * 2;
+    return out.write(reinterpret_cast<const char*>(text.utf16()), bytes) == bytes;
+}
+
+bool AttachmentFile::create(const QString& hostPath)
+{
+    m_file.setFileName(hostPath);
+    m_failed = !m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
+        QFile::ReadOwner | QFile::WriteOwner);
+    if (!m_failed)
+        m_pending.reserve(PendingUnits);
+    return !m_failed;
+}
+
+void AttachmentFile::write(QStringView text)
+{
+    if (m_pending.size() + std::size_t(text.size()) > PendingUnits)
+        flush();
+    if (std::size_t(text.size()) > PendingUnits)
+        m_failed = m_failed || !writeUnits(m_file, text);
+    else
+        m_pending.insert(m_pending.end(), text.utf16(), text.utf16() + text.size());
+}
+
+void AttachmentFile::flush()
+{
+    m_failed = m_failed || !writeUnits(m_file, QStringView(m_pending.data(), qsizetype(m_pending.size())));
+    m_pending.clear();
+}
+
+bool AttachmentFile::close()
+{
+    flush();
+    m_file.close();
+    return !m_failed && m_file.error() == QFileDevice::NoError;
+}
+
+} // namespace quoril

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "report/report_stream.h"
+
+#include <QFile>
+#include <QString>
+
+#include <vector>
+
+namespace quoril {
+
+/// What the lines of a report end in.
+inline constexpr QStringView LineEnd = u"\r\n";
+
+/// Writes units as they stand, 16 bits little-endian each. False unless all of them went out.
+bool writeUnits(QIODevice& out, QStringView text);
+
+/// A temporary file of the report: units of 16 bits, little-endian, without a byte-order mark.
+class AttachmentFile : public ReportStream
+{
+public:
+    /// Makes the file, readable by nobody but its owner. False if it can't be made, and also if anything is
+    /// there under that name, be it a link: nothing that somebody else put there is ever written to.
+    bool create(const QString& hostPath);
+
+    void write(QStringView text) override;
+
+    /// Writes what is left and closes. False if any part of the text could not be written.
+    bool close();
+
+private:
+    void flush();
+
+    QFile m_file;
+    std::vector<char16_t> m_pending;
+    bool m_failed = false;
+};
+
+} // namespace quoril

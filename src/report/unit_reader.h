@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QStringView>
+
+#include <vector>
+
+class QIODevice;
+
+namespace quoril {
+
+/// Reads a device of 16-bit little-endian units in large pieces. An odd byte at the end is dropped, and a
+/// failure counts as the end.
+class UnitReader
+{
+public:
+    /// The device outlives the reader.
+    explicit UnitReader(QIODevice& device);
+
+    /// The next piece, valid until the next call; empty at the end.
+    QStringView next();
+
+private:
+    QIODevice& m_device;
+    std::vector<char16_t> m_units;
+};
+
+} // namespace quoril
