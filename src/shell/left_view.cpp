@@ -37,7 +37,7 @@ constexpr PopupCommand PopupCommands[] = {
     {command::TreeRemove, &CMainFrame::OnRemoveService},
     {command::TreeScheduleStart, &CMainFrame::OnSchedule},
     {command::TreeScheduleStop, &CMainFrame::OnScheduleStop},
-    {command::TreeMail, nullptr},
+    {command::TreeMail, &CMainFrame::OnMail},
     {command::TreePrint, &CMainFrame::OnPrint},
     {command::TreePrintPreview, &CMainFrame::OnPrintPreview},
     {command::TreeConfiguration, &CMainFrame::OnViewConfiguration},

@@ -2,10 +2,13 @@
 
 #include "access/idle_lock_frame.h"
 #include "access/security_dialog.h"
+#include "logs/coded_message_dialog.h"
 #include "logs/quoril_manager_view.h"
 #include "platform/clock.h"
 #include "platform/machine.h"
 #include "platform/session.h"
+#include "report/problem_report.h"
+#include "report/report_file_dialog.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "schedule/schedule_dialog.h"
@@ -22,6 +25,7 @@
 #include "shell/system_monitor.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenuBar>
@@ -269,6 +273,21 @@ void CMainFrame::OnSecurity()
         return;
     m_document.m_lock_timeout = dialog.m_lock_time;
     KillIdleTimers();
+}
+
+void CMainFrame::OnMail()
+{
+    if (!m_left_view) {
+        ShowCodedMessage(u"02000042"_s, LoadText(text::UnexpectedError), 3, this);
+        return;
+    }
+    DialogPrompts prompts(this);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    mailProblemReport(m_left_view->GetSelectedService(), prompts, [this](const QString& proposedName) {
+        // All gathering lies before the question.
+        QApplication::restoreOverrideCursor();
+        return askReportFile(this, proposedName);
+    });
 }
 
 void CMainFrame::ArmIdleTimer()

@@ -71,6 +71,8 @@ public:
     /// The same dialog, with Set Stop proposed.
     void OnScheduleStop();
     void OnSecurity();
+    /// Writes the problem report of the selected service.
+    void OnMail();
     void OnPrint();
     void OnPrintPreview();
     void OnPrintSetup();

@@ -27,7 +27,7 @@ constexpr FrameCommand Commands[] = {
     {command::UpdateList, &M::RefreshServiceList, &F::m_can_update_list, false},
     {command::Schedule, &M::OnSchedule, &F::m_can_schedule, false},
     {command::Security, &M::OnSecurity, &F::m_can_security, false},
-    {command::Mail, nullptr, &F::m_can_mail, false},
+    {command::Mail, &M::OnMail, &F::m_can_mail, false},
     {command::Print, &M::OnPrint, nullptr, false},
     {command::PrintPreview, &M::OnPrintPreview, nullptr, false},
     {command::PrintSetup, &M::OnPrintSetup, nullptr, false},

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "report/app_mapi.h"
+
+#include <QString>
+
+namespace quoril {
+
+class ServiceInfo;
+
+/// The headline values of a service, as the report shows them.
+QString configSummary(const ServiceInfo& service);
+
+/// The Mail command: gathers everything about the service, then asks for the file and writes the report. A
+/// service without a name, "no service", has a report with empty values.
+void mailProblemReport(const ServiceInfo& service, UserPrompts& prompts, appMAPI::AskFileName askFileName);
+
+} // namespace quoril
