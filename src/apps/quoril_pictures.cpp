@@ -1,5 +1,5 @@
-// Takes pictures of the console's window off screen and prints the catalogue: what `run` does without a
-// display, and the way that the pictures in docs/ are made.
+// Takes pictures of the console's window off screen, prints the catalogue and writes a problem report: what
+// `run` does without a display, and the way that the pictures in docs/ are made.
 
 #include "platform/clock.h"
 #include "platform/tree/machine_choice.h"
@@ -16,6 +16,8 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFileDialog>
+#include <QMessageBox>
 #include <QTextStream>
 #include <QTimer>
 
@@ -75,6 +77,30 @@ bool setupPictures(const QDir& folder)
     return dialogPicture(update, folder, u"setup-update.png"_s) && saved;
 }
 
+/// Writes the report of the selected service as a person does, with a picture of the question.
+bool mailReport(CMainFrame& frame, const QDir& folder)
+{
+    constexpr int SettlingMilliseconds = 100;
+    const QString path = QDir::toNativeSeparators(folder.absoluteFilePath(u"QuorilMailReport.txt"_s));
+    bool saved = true;
+    QTimer person;
+    person.callOnTimeout([&] {
+        QWidget* const window = QApplication::activeModalWidget();
+        if (auto* const question = qobject_cast<QFileDialog*>(window)) {
+            question->setDirectory(folder);
+            saved = picture(*question, folder, u"mail.png"_s) && saved;
+            static_cast<QDialog*>(question)->accept();
+        } else if (auto* const answer = qobject_cast<QMessageBox*>(window)) {
+            QTextStream(stdout) << answer->text() << '\n';
+            answer->close();
+        }
+    });
+    person.start(SettlingMilliseconds);
+    QFile::remove(path);
+    frame.commands().action(command::Mail)->trigger();
+    return saved && QFile::exists(path);
+}
+
 /// An order of the kind that a person makes, for the picture of the list.
 void addOrder(CMainFrame& frame, qint64 secondsAhead, qint32 action)
 {
@@ -127,6 +153,7 @@ int main(int argc, char** argv)
         saved = dialogPicture(frame, command::PrintPreview, folder, u"preview.png"_s) && saved;
         saved = dialogPicture(frame, command::About, folder, u"about.png"_s) && saved;
         saved = setupPictures(folder) && saved;
+        saved = mailReport(frame, folder) && saved;
         frame.resize(800, 600);
         frame.OnViewEventLog();
         saved = picture(frame, folder, u"small.png"_s) && saved;
