@@ -40,9 +40,12 @@ qint32 statusCode(quint32 currentState)
 /// Turns an outcome into a result, with the failure's text in the record.
 int report(ServiceInfo& record, const ServiceOutcome& outcome, const QString& actFailure)
 {
+    if (outcome.step == ServiceStep::Done)
+        return 0;
+    record.Reason = outcome.errorNumber;
     switch (outcome.step) {
     case ServiceStep::Done:
-        return 0;
+        break;
     case ServiceStep::OpenManager:
         record.Message = LoadText(text::ManagerConnectFailed);
         break;
@@ -110,6 +113,7 @@ int ServiceInfo::QueryState()
         const auto status = service.queryStatus();
         if (!status)
             return status.failure();
+        Reported = *status;
         Status = statusCode(status->currentState);
         if (const auto config = service.queryConfig(ConfigBytes))
             StartType = qint32(config->startType);
@@ -183,8 +187,10 @@ int ServiceInfo::StartPrerequisite(const QString& name, UserPrompts& prompts)
         return -1;
     if (outcome.step != ServiceStep::Done)
         return int(outcome.errorNumber);
-    if (waited == Waited::TooLong)
+    if (waited == Waited::TooLong) {
+        Reason = error::Success;
         Message = LoadText(text::PrerequisiteStartFailed);
+    }
     return int(waited);
 }
 

@@ -2,6 +2,7 @@
 
 #include "config/device_records.h"
 #include "logs/app_event_log.h"
+#include "platform/services.h"
 
 #include <QString>
 
@@ -60,8 +61,10 @@ public:
     QString RomContainer;
     QString ToyContainer;
     QString Message; ///< text of the last failure of an operation on the service
+    quint32 Reason = 0; ///< the Windows error number of that failure, 0 where there is none
     qint32 Status = 0; ///< 1 paused, 2 started, 3 stopped, 0 anything else
     qint32 StartType = 0; ///< 2 automatic, 3 manual, 4 disabled, as the service manager gives it
+    ServiceStatus Reported; ///< what the service manager told of it last
     quint32 LogFrom = 0; ///< the period for which the logs are read, in seconds since 1970 UTC
     quint32 LogTo = 0;
     std::array<DeviceList, FixedTableSize> pka;
@@ -77,7 +80,8 @@ public:
     // Their result is 0, or 1 with the failure's text in Message, unless another is told; a success leaves
     // Message.
 
-    /// Reads Status and StartType. A configuration that can't be read leaves StartType and is no failure.
+    /// Reads Status, Reported and StartType. A configuration that can't be read leaves StartType and is no
+    /// failure.
     int QueryState();
 
     /// Asks for the start and comes back at once. A refused start moves the log period too.
