@@ -13,12 +13,11 @@ namespace {
 
 constexpr quint32 PauseMilliseconds = 1000;
 
-void carryOut(SchedStruct& order)
+int carryOut(SchedStruct& order)
 {
     if (order.Action == schedule_action::Start)
-        order.StartNow();
-    else if (order.Action == schedule_action::Stop)
-        order.StopNow();
+        return order.StartNow();
+    return order.Action == schedule_action::Stop ? order.StopNow() : 0;
 }
 
 } // namespace
@@ -98,7 +97,9 @@ void ScheduleTable::RunPass()
         std::optional<SchedStruct> order = take(id);
         if (!order)
             continue; // removed since the pass began
-        carryOut(*order);
+        const int result = carryOut(*order);
+        if (m_observer)
+            m_observer(id, *order, result);
         markSpent(id);
     }
     purge();

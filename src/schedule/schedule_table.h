@@ -3,6 +3,7 @@
 #include "shell/service_info.h"
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -60,6 +61,13 @@ public:
     ScheduleTable(const ScheduleTable&) = delete;
     ScheduleTable& operator=(const ScheduleTable&) = delete;
 
+    /// What is called behind each order that was carried out, with the order's copy of the service and what
+    /// its call gave: 0, or 1 with the failure's text in the copy. It is called from the worker's thread.
+    using OutcomeObserver = std::function<void(OrderId id, const SchedStruct& order, int result)>;
+
+    /// Before the worker is started.
+    void setOutcomeObserver(OutcomeObserver observer) { m_observer = std::move(observer); }
+
     /// Puts the order at the end of the table. A time that is past already fires in the next pass.
     OrderId add(SchedStruct order);
 
@@ -78,9 +86,9 @@ public:
     void EndWorker();
 
     /// One pass by the wall clock, which is read once: carries out what is due in the table's order, each
-    /// call finished before the next begins, and purges it. Results of the calls are dropped: an order fires
-    /// once, whatever came of it. Orders that are added meanwhile wait for the next pass. The worker calls
-    /// this once a second; no two passes may run at the same time.
+    /// call finished before the next begins, and purges it. Results of the calls are for the observer alone:
+    /// an order fires once, whatever came of it. Orders that are added meanwhile wait for the next pass. The
+    /// worker calls this once a second; no two passes may run at the same time.
     void RunPass();
 
 private:
@@ -111,6 +119,7 @@ private:
     OrderId m_lastId = 0;
     bool WorkerRun = true;
 
+    OutcomeObserver m_observer; ///< not changed once the worker runs
     bool m_workerStarted = false; ///< the calling thread's alone, like the thread
     std::thread m_worker;
 };
