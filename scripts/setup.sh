@@ -6,6 +6,7 @@ packages=(
   g++ cmake ninja-build
   qt6-base-dev            # Core, Gui, Widgets, PrintSupport, moc and rcc
   qt6-translations-l10n   # German texts of the dialogs for files and printers
+  libcli11-dev            # the command line of quorilctl
   libgtest-dev libgmock-dev
   libbenchmark-dev
   libhivex-bin libregf-utils libevtx-utils libevt-utils   # oracles of the format tests

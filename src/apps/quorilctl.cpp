@@ -1,0 +1,55 @@
+// The console's work for scripts: one subcommand, one result.
+
+#include "ctl/ctl.h"
+#include "platform/terminal.h"
+#include "platform/tree/machine_choice.h"
+#include "platform/tree/message_table.h"
+#include "platform/tree/sample_machine.h"
+#include "platform/tree/tree_machine.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+namespace {
+
+using namespace quoril;
+
+Error noMachine(const QString& folder, quint32 number)
+{
+    QString told = LoadText(text::MachineNotOpened);
+    for (const QString& part : {folder, windowsMessage(number).trimmed()})
+        told.replace(told.indexOf(QStringLiteral("%s")), 2, part);
+    return {number, told};
+}
+
+Result<std::shared_ptr<Machine>> openTree(const QString& folder)
+{
+    const MachineChoice choice = chooseMachine(folder);
+    if (!QFileInfo(choice.folder).isDir()) {
+        if (choice.origin != MachineChoice::Origin::UserData)
+            return noMachine(choice.folder, error::PathNotFound);
+        if (const Status made = createSampleMachine(choice.folder); !made)
+            return noMachine(choice.folder, made.errorNumber());
+    }
+    // It goes with the process: freed key by key, the registry of many instances takes a fifth of the run.
+    static TreeMachine* const tree = std::make_unique<TreeMachine>(choice.folder).release();
+    return std::shared_ptr<Machine>(tree, [](Machine*) {});
+}
+
+void dropMessage(QtMsgType, const QMessageLogContext&, const QString&) { }
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    prepareStandardStreams();
+    // In a locale of scripts, such as C, Qt tells that it takes UTF-8 all the same. Nobody has to know.
+    const QtMessageHandler before = qInstallMessageHandler(dropMessage);
+    const QCoreApplication application(argc, argv);
+    qInstallMessageHandler(before);
+    QCoreApplication::setApplicationName(QStringLiteral("quorilctl"));
+    Console console(stdin, stdout, stderr, Console::standardFacts());
+    return runCtl(QCoreApplication::arguments(), console, openTree);
+}

@@ -1,0 +1,139 @@
+#include "ctl/console.h"
+
+#include "ctl/terminal_text.h"
+#include "platform/terminal.h"
+
+#include <QList>
+
+#include <array>
+
+namespace quoril {
+
+namespace {
+
+constexpr qsizetype BufferBytes = 64 * 1024;
+
+/// The terminal's code for a style.
+const char* colourCode(LineStyle style)
+{
+    switch (style) {
+    case LineStyle::Plain:
+        break;
+    case LineStyle::Heading:
+        return "\x1b[1m";
+    case LineStyle::Marker:
+        return "\x1b[36m";
+    case LineStyle::Warning:
+        return "\x1b[33m";
+    case LineStyle::Error:
+        return "\x1b[31m";
+    }
+    return nullptr;
+}
+
+constexpr const char* ColourEnd = "\x1b[0m";
+
+} // namespace
+
+Console::Facts Console::standardFacts()
+{
+    Facts facts;
+    facts.inputIsTerminal = isTerminal(StandardStream::Input);
+    facts.outputIsTerminal = isTerminal(StandardStream::Output);
+    facts.errorIsTerminal = isTerminal(StandardStream::Error);
+    facts.coloured = qEnvironmentVariableIsEmpty("NO_COLOR");
+    return facts;
+}
+
+Console::Console(std::FILE* input, std::FILE* output, std::FILE* errors, Facts facts)
+    : m_input(input)
+    , m_output(output)
+    , m_errors(errors)
+    , m_facts(facts)
+{
+}
+
+Console::~Console()
+{
+    flush();
+}
+
+QByteArray Console::bytesFor(QStringView text, bool terminal, LineStyle style) const
+{
+    if (!terminal)
+        return text.toUtf8() + '\n';
+    const char* const colour = m_facts.coloured ? colourCode(style) : nullptr;
+    const QByteArray harmless = terminalText(text).toUtf8();
+    return colour ? colour + harmless + ColourEnd + '\n' : harmless + '\n';
+}
+
+void Console::line(QStringView text, LineStyle style)
+{
+    m_buffer += bytesFor(text, m_facts.outputIsTerminal, style);
+    keepBufferSmall();
+}
+
+void Console::lines(QStringView text)
+{
+    for (const QStringView each : text.split(u'\n'))
+        line(each);
+}
+
+void Console::tell(QStringView text, LineStyle style)
+{
+    progress({});
+    const QByteArray bytes = bytesFor(text, m_facts.errorIsTerminal, style);
+    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), m_errors);
+    std::fflush(m_errors);
+}
+
+void Console::tellLines(QStringView text)
+{
+    for (const QStringView each : text.split(u'\n'))
+        tell(each, LineStyle::Plain);
+}
+
+void Console::progress(QStringView text)
+{
+    if (!m_facts.errorIsTerminal) {
+        if (!text.isEmpty())
+            std::fputs((text.toUtf8() + '\n').constData(), m_errors);
+        return;
+    }
+    if (text.isEmpty() && m_progressWidth == 0)
+        return;
+    const QString shown = terminalText(text);
+    const QByteArray bytes = '\r' + shown.leftJustified(m_progressWidth).toUtf8() + '\r';
+    m_progressWidth = shown.size();
+    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), m_errors);
+    std::fflush(m_errors);
+}
+
+bool Console::ask(QStringView question)
+{
+    if (!canAsk())
+        return false;
+    flush();
+    std::fputs((terminalText(question) + QStringLiteral(" [y/N] ")).toUtf8().constData(), m_errors);
+    std::fflush(m_errors);
+    std::array<char, 256> answer{};
+    const char* const read = std::fgets(answer.data(), int(answer.size()), m_input);
+    return read && (*read == 'y' || *read == 'Y');
+}
+
+bool Console::flush()
+{
+    const std::size_t size = std::size_t(m_buffer.size());
+    const bool taken = std::fwrite(m_buffer.constData(), 1, size, m_output) == size;
+    m_written = std::fflush(m_output) == 0 && taken && m_written;
+    m_buffer.resize(0);
+    return m_written;
+}
+
+void Console::keepBufferSmall()
+{
+    if (m_buffer.size() >= BufferBytes)
+        flush();
+}
+
+} // namespace quoril

@@ -1,0 +1,220 @@
+// start, stop, set-start-type, remove.
+
+#include "ctl/console_prompts.h"
+#include "ctl/instances.h"
+#include "ctl/output.h"
+#include "ctl/progress.h"
+#include "ctl/subcommand.h"
+#include "platform/clock.h"
+#include "platform/machine.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "services/service_by_name.h"
+
+#include <algorithm>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr quint32 PollInterval = 200;
+constexpr int NotStarted = 1;
+
+struct ControlOptions
+{
+    QStringList names;
+    bool alone = false; ///< without the prerequisites
+    bool noWait = false;
+    quint32 timeoutSeconds = 60;
+};
+
+void declareControl(CLI::App& app, ControlOptions& options)
+{
+    addTexts(app, "names", options.names, "Names of instances")->required()->type_name("NAME");
+    CLI::Option* const noWait
+        = app.add_flag("--no-wait", options.noWait, "Come back as soon as the request is made");
+    app.add_option("--timeout", options.timeoutSeconds, "Longest wait in seconds, 60 if not given")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1, 86400))
+        ->excludes(noWait);
+}
+
+void declareStart(CLI::App& app, ControlOptions& options)
+{
+    declareControl(app, options);
+    app.add_flag("--no-prerequisites", options.alone, "Leave the services that it needs as they are");
+}
+
+/// What is waited for, and what is told meanwhile and on a failure.
+struct Goal
+{
+    quint32 state;
+    quint32 pendingState; ///< the one on the way to it
+    quint32 waitText;
+    quint32 failureText;
+};
+
+constexpr Goal Started{
+    service_state::Running, service_state::StartPending, text::WaitStarted, text::ServiceStartFailed};
+constexpr Goal Stopped{
+    service_state::Stopped, service_state::StopPending, text::WaitStopped, text::ServiceStopFailed};
+
+enum class Waited
+{
+    Reached,
+    Elsewhere, ///< it came to rest in another state
+    TooLong,
+    QueryFailed
+};
+
+Waited waitFor(ServiceInfo& service, const Goal& goal, quint32 timeoutSeconds)
+{
+    Clock& clock = machine().clock();
+    const quint64 end = clock.tickCount() + quint64(timeoutSeconds) * 1000;
+    while (service.QueryState() == 0) {
+        const quint32 state = service.Reported.currentState;
+        if (state == goal.state)
+            return Waited::Reached;
+        // A service that was just told to stop may run for a moment longer.
+        const bool onTheWay = state == goal.pendingState || goal.state == service_state::Stopped;
+        if (!onTheWay)
+            return Waited::Elsewhere;
+        if (clock.tickCount() >= end)
+            return Waited::TooLong;
+        clock.sleep(PollInterval);
+    }
+    return Waited::QueryFailed;
+}
+
+int await(Ctl& ctl, ServiceInfo& service, const Goal& goal, quint32 timeoutSeconds)
+{
+    Waited waited = Waited::Reached;
+    {
+        const Progress progress(ctl.console, LoadText(goal.waitText));
+        waited = waitFor(service, goal, timeoutSeconds);
+    }
+    const QString failed = LoadText(goal.failureText) + u" \""_s + service.Name + u'"';
+    switch (waited) {
+    case Waited::Reached:
+        return exit_code::Done;
+    case Waited::Elsewhere:
+        return failure(ctl, failed, service.Reported.win32ExitCode);
+    case Waited::TooLong:
+        return failure(ctl, failed, error::ServiceRequestTimeout);
+    case Waited::QueryFailed:
+        break;
+    }
+    return instanceFailure(ctl, service);
+}
+
+int startOne(Ctl& ctl, ServiceInfo& service, const ControlOptions& options)
+{
+    ConsolePrompts prompts(ctl.console);
+    if (!options.alone && service.StartPrerequisites(prompts) == NotStarted)
+        return instanceFailure(ctl, service);
+    if (service.StartNow() != 0)
+        return instanceFailure(ctl, service);
+    return options.noWait ? exit_code::Done : await(ctl, service, Started, options.timeoutSeconds);
+}
+
+int stopOne(Ctl& ctl, ServiceInfo& service, const ControlOptions& options)
+{
+    if (service.StopNow() != 0)
+        return instanceFailure(ctl, service);
+    return options.noWait ? exit_code::Done : await(ctl, service, Stopped, options.timeoutSeconds);
+}
+
+/// Does it to each instance in turn, also behind one that failed, and prints what became of them.
+int control(Ctl& ctl, const ControlOptions& options, int (*act)(Ctl&, ServiceInfo&, const ControlOptions&))
+{
+    Instances instances;
+    if (!instances.read(ctl))
+        return exit_code::Failed;
+    const auto services = instances.select(ctl, options.names);
+    if (!services)
+        return exit_code::Failed;
+    int code = exit_code::Done;
+    for (ServiceInfo* const service : *services)
+        code = std::max(code, act(ctl, *service, options));
+    return std::max(code, printStatus(ctl, *services, services->size() == 1));
+}
+
+int start(Ctl& ctl, const ControlOptions& options)
+{
+    return control(ctl, options, startOne);
+}
+
+int stop(Ctl& ctl, const ControlOptions& options)
+{
+    return control(ctl, options, stopOne);
+}
+
+struct StartTypeOptions
+{
+    QString name;
+    QString type;
+};
+
+void declareStartType(CLI::App& app, StartTypeOptions& options)
+{
+    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
+    addText(app, "type", options.type, "automatic, manual or disabled")
+        ->required()
+        ->type_name("TYPE")
+        ->check(CLI::IsMember({"automatic", "manual", "disabled"}, CLI::ignore_case));
+}
+
+int setStartType(Ctl& ctl, const StartTypeOptions& options)
+{
+    Instances instances;
+    if (!instances.read(ctl))
+        return exit_code::Failed;
+    ServiceInfo* const service = instances.find(ctl, options.name);
+    if (!service)
+        return exit_code::Failed;
+    ConsolePrompts prompts(ctl.console);
+    if (service->SetStartType(*startTypeOf(options.type), prompts) != 0)
+        return instanceFailure(ctl, *service);
+    return printStatus(ctl, {service}, true);
+}
+
+struct RemoveOptions
+{
+    QString name;
+    bool yes = false;
+};
+
+void declareRemove(CLI::App& app, RemoveOptions& options)
+{
+    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
+    app.add_flag("-y,--yes", options.yes, "Remove without asking");
+}
+
+int remove(Ctl& ctl, const RemoveOptions& options)
+{
+    if (!options.yes && !ctl.console.canAsk())
+        return usageError(ctl, u"remove can ask nobody here; --yes removes without asking"_s);
+    ConsolePrompts prompts(ctl.console);
+    if (ServiceApp().RemoveService(options.name, !options.yes, prompts) != 0)
+        return exit_code::Failed;
+    if (ctl.json)
+        printJson(ctl.console, {{"name"_L1, options.name}, {"removed"_L1, true}});
+    return exit_code::Done;
+}
+
+} // namespace
+
+void addControlSubcommands(Ctl& ctl, CLI::App& app)
+{
+    addSubcommand(ctl, app, "start", "Start instances, and first the services that they need", Needs::Machine,
+        declareStart, start);
+    addSubcommand(ctl, app, "stop", "Stop instances", Needs::Machine, declareControl, stop);
+    addSubcommand(ctl, app, "set-start-type", "Change when an instance starts", Needs::Machine,
+        declareStartType, setStartType);
+    addSubcommand(
+        ctl, app, "remove", "Remove an instance that is stopped", Needs::Machine, declareRemove, remove);
+}
+
+} // namespace quoril

@@ -1,0 +1,208 @@
+// log, events: files of the host, read by themselves.
+
+#include "ctl/moment.h"
+#include "ctl/output.h"
+#include "ctl/progress.h"
+#include "ctl/subcommand.h"
+#include "formats/evt_reader.h"
+#include "formats/evtx_reader.h"
+#include "logs/log_table.h"
+#include "logs/quoril_log.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QJsonArray>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct FileOptions
+{
+    QString path;
+    bool summary = false;
+};
+
+void declareFile(CLI::App& app, FileOptions& options)
+{
+    addText(app, "file", options.path, "The file")->required()->type_name("FILE");
+    app.add_flag("--summary", options.summary, "Print counts only");
+}
+
+/// Opens the file; the failure is told.
+bool open(Ctl& ctl, QFile& file)
+{
+    if (file.open(QIODevice::ReadOnly))
+        return true;
+    ctl.console.tell(file.fileName() + u": "_s + file.errorString());
+    return false;
+}
+
+/// Counts with their names, in the order in which they are shown.
+void printSummary(Ctl& ctl, const std::vector<std::pair<QString, QJsonValue>>& summary)
+{
+    QJsonObject object;
+    TextTable table({u"WHAT"_s, u"COUNT"_s});
+    for (const auto& [name, value] : summary) {
+        object.insert(name, value);
+        if (!value.isNull())
+            table.add({name, value.toVariant().toString()});
+    }
+    if (ctl.json)
+        printJson(ctl.console, object);
+    else
+        table.print(ctl.console);
+}
+
+void printLogSummary(Ctl& ctl, const QuorilLog& log)
+{
+    std::array<qint64, 4> levels{};
+    for (qsizetype message = 0; message < log.GetCount(); ++message)
+        ++levels[std::size_t(log.levelOf(message))];
+    printSummary(ctl,
+        {{u"messages"_s, qint64(log.GetCount())}, {u"lines"_s, qint64(log.lineCount())},
+            {u"information"_s, levels[1]}, {u"warnings"_s, levels[2]}, {u"errors"_s, levels[3]}});
+}
+
+int log(Ctl& ctl, const FileOptions& options)
+{
+    QFile file(options.path);
+    if (!open(ctl, file))
+        return exit_code::Failed;
+    const auto log = std::make_shared<QuorilLog>();
+    {
+        const Progress progress(ctl.console, u"Reading %1..."_s.arg(options.path));
+        log->read(file);
+    }
+    if (options.summary) {
+        printLogSummary(ctl, *log);
+        return exit_code::Done;
+    }
+    LogTableBuilder table;
+    if (log->GetCount() > 0)
+        table.AddMessageRows(log, 0);
+    printLogTable(ctl.console, table.take(), ctl.json);
+    return exit_code::Done;
+}
+
+/// What is counted and shown of an event.
+struct EventType
+{
+    quint16 number;
+    QStringView word;
+    LineStyle style;
+};
+
+constexpr EventType EventTypes[] = {
+    {event_type::Success, u"success", LineStyle::Plain},
+    {event_type::Error, u"error", LineStyle::Error},
+    {event_type::Warning, u"warning", LineStyle::Warning},
+    {event_type::Information, u"information", LineStyle::Plain},
+    {event_type::AuditSuccess, u"audit-success", LineStyle::Plain},
+    {event_type::AuditFailure, u"audit-failure", LineStyle::Error},
+};
+constexpr EventType UnknownType{0, u"unknown", LineStyle::Plain};
+
+const EventType& typeOf(quint16 number)
+{
+    const auto found = std::find_if(std::begin(EventTypes), std::end(EventTypes),
+        [number](const EventType& type) { return type.number == number; });
+    return found == std::end(EventTypes) ? UnknownType : *found;
+}
+
+QString utcText(quint32 time)
+{
+    return QDateTime::fromSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODate);
+}
+
+QJsonObject jsonOf(const EventEntry& entry)
+{
+    return {{"recordNumber"_L1, qint64(entry.recordNumber)}, {"time"_L1, utcText(entry.timeGenerated)},
+        {"type"_L1, typeOf(entry.eventType).word.toString()}, {"source"_L1, entry.sourceName},
+        {"eventId"_L1, qint64(entry.eventId & 0xFFFF)}, {"qualifiers"_L1, qint64(entry.eventId >> 16)},
+        {"computer"_L1, entry.computerName},
+        {"strings"_L1, QJsonArray::fromStringList(entry.insertStrings.toList())}};
+}
+
+/// An event on one line; line ends in its strings become blanks.
+QString lineOf(const EventEntry& entry)
+{
+    QString strings = entry.insertStrings.toList().join(u' ');
+    strings.replace(u"\r\n"_s, u" "_s).replace(u'\n', u' ').replace(u'\r', u' ');
+    return momentText(entry.timeGenerated) + u"  "_s
+        + typeOf(entry.eventType).word.toString().leftJustified(11) + u"  "_s + entry.sourceName + u"  "_s
+        + QString::number(entry.eventId & 0xFFFF) + u"  "_s + strings;
+}
+
+template <typename Reader> void printEvents(Ctl& ctl, Reader& reader)
+{
+    EventEntry entry;
+    if (ctl.json) {
+        JsonArray array(ctl.console);
+        while (reader.next(entry))
+            array.add(jsonOf(entry));
+        return;
+    }
+    while (reader.next(entry))
+        ctl.console.line(lineOf(entry), typeOf(entry.eventType).style);
+}
+
+template <typename Reader> void printEventSummary(Ctl& ctl, Reader& reader, const QString& path)
+{
+    qint64 records = 0;
+    qint64 errors = 0;
+    qint64 warnings = 0;
+    quint32 first = std::numeric_limits<quint32>::max();
+    quint32 last = 0;
+    {
+        const Progress progress(ctl.console, u"Reading %1..."_s.arg(path));
+        for (EventEntry entry; reader.next(entry); ++records) {
+            errors += entry.eventType == event_type::Error;
+            warnings += entry.eventType == event_type::Warning;
+            first = std::min(first, entry.timeGenerated);
+            last = std::max(last, entry.timeGenerated);
+        }
+    }
+    const auto time = [records](quint32 moment) { return records > 0 ? utcText(moment) : QJsonValue(); };
+    printSummary(ctl,
+        {{u"records"_s, records}, {u"errors"_s, errors}, {u"warnings"_s, warnings}, {u"first"_s, time(first)},
+            {u"last"_s, time(last)}});
+}
+
+template <typename Reader> void printReader(Ctl& ctl, const FileOptions& options, Reader& reader)
+{
+    if (options.summary)
+        printEventSummary(ctl, reader, options.path);
+    else
+        printEvents(ctl, reader);
+}
+
+int events(Ctl& ctl, const FileOptions& options)
+{
+    QFile file(options.path);
+    if (!open(ctl, file))
+        return exit_code::Failed;
+    if (auto xml = EvtxReader::open(file)) {
+        printReader(ctl, options, *xml);
+        return exit_code::Done;
+    }
+    if (auto classic = EvtReader::open(file)) {
+        printReader(ctl, options, *classic);
+        return exit_code::Done;
+    }
+    ctl.console.tell(options.path + u": no event log"_s);
+    return exit_code::Failed;
+}
+
+} // namespace
+
+void addFileSubcommands(Ctl& ctl, CLI::App& app)
+{
+    addSubcommand(ctl, app, "log", "Print a log file of the emulator", Needs::Nothing, declareFile, log);
+    addSubcommand(
+        ctl, app, "events", "Print an event log file (.evtx or .Evt)", Needs::Nothing, declareFile, events);
+}
+
+} // namespace quoril

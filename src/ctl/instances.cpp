@@ -1,0 +1,148 @@
+#include "ctl/instances.h"
+
+#include "ctl/output.h"
+#include "ctl/subcommand.h"
+#include "formats/name_case.h"
+#include "platform/machine.h"
+#include "platform/registry.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+#include "services/service_walk.h"
+#include "shell/service_catalogue.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Word
+{
+    quint32 number;
+    QStringView word;
+};
+
+constexpr std::array<Word, 7> States = {{
+    {service_state::Stopped, u"stopped"},
+    {service_state::StartPending, u"start-pending"},
+    {service_state::StopPending, u"stop-pending"},
+    {service_state::Running, u"running"},
+    {service_state::ContinuePending, u"continue-pending"},
+    {service_state::PausePending, u"pause-pending"},
+    {service_state::Paused, u"paused"},
+}};
+
+constexpr std::array<Word, 5> StartTypes = {{
+    {start_type::Boot, u"boot"},
+    {start_type::System, u"system"},
+    {start_type::Automatic, u"automatic"},
+    {start_type::Manual, u"manual"},
+    {start_type::Disabled, u"disabled"},
+}};
+
+template <std::size_t Size> QString wordOf(const std::array<Word, Size>& words, quint32 number)
+{
+    const auto found = std::find_if(
+        words.begin(), words.end(), [number](const Word& word) { return word.number == number; });
+    return found == words.end() ? u"unknown"_s : found->word.toString();
+}
+
+/// Why the instances can't be walked.
+quint32 walkError()
+{
+    const auto root = machine().registry().localMachine();
+    if (!root)
+        return root.errorNumber();
+    return openKeyPath(**root, u"SYSTEM\\CurrentControlSet\\Services").errorNumber();
+}
+
+} // namespace
+
+bool Instances::read(Ctl& ctl)
+{
+    if (ScanServices(m_document) == 0)
+        return true;
+    failure(ctl, u"The instances can't be listed."_s, walkError());
+    return false;
+}
+
+ServiceInfo* Instances::find(Ctl& ctl, const QString& name)
+{
+    if (ServiceInfo* const exact = m_document.findService(name))
+        return exact;
+    const auto found = std::find_if(all().begin(), all().end(),
+        [&name](const ServiceInfo& service) { return foldedEquals(service.Name, name); });
+    if (found != all().end())
+        return &*found;
+    failure(ctl, LoadText(text::ServiceConnectFailed) + u' ' + name, error::ServiceDoesNotExist);
+    return nullptr;
+}
+
+std::optional<std::vector<ServiceInfo*>> Instances::select(Ctl& ctl, const QStringList& names)
+{
+    std::vector<ServiceInfo*> selected;
+    if (names.isEmpty()) {
+        for (ServiceInfo& service : all())
+            selected.push_back(&service);
+    }
+    bool known = true;
+    for (const QString& name : names) {
+        selected.push_back(find(ctl, name));
+        known = known && selected.back();
+    }
+    return known ? std::optional(selected) : std::nullopt;
+}
+
+QString stateWord(quint32 currentState)
+{
+    return wordOf(States, currentState);
+}
+
+QString startTypeWord(qint32 startType)
+{
+    return wordOf(StartTypes, quint32(startType));
+}
+
+std::optional<qint32> startTypeOf(QStringView word)
+{
+    const auto found = std::find_if(StartTypes.begin(), StartTypes.end(),
+        [word](const Word& known) { return known.word.compare(word, Qt::CaseInsensitive) == 0; });
+    return found == StartTypes.end() ? std::nullopt : std::optional(qint32(found->number));
+}
+
+int instanceFailure(Ctl& ctl, const ServiceInfo& service)
+{
+    return failure(ctl, service.Message, service.Reason);
+}
+
+int printStatus(Ctl& ctl, const std::vector<ServiceInfo*>& services, bool single)
+{
+    int code = exit_code::Done;
+    TextTable table({u"NAME"_s, u"STATE"_s, u"START TYPE"_s});
+    std::optional<JsonArray> array;
+    if (ctl.json && !single)
+        array.emplace(ctl.console);
+    for (ServiceInfo* const service : services) {
+        const bool asked = service->QueryState() == 0;
+        if (!asked)
+            code = instanceFailure(ctl, *service);
+        const QString state = asked ? stateWord(service->Reported.currentState) : u"unknown"_s;
+        const QString startType = asked ? startTypeWord(service->StartType) : u"unknown"_s;
+        const QJsonObject object{{"name"_L1, service->Name}, {"state"_L1, state}, {"startType"_L1, startType},
+            {"exitCode"_L1, qint64(service->Reported.win32ExitCode)}};
+        if (!ctl.json)
+            table.add({service->Name, state, startType});
+        else if (array)
+            array->add(object);
+        else
+            printJson(ctl.console, object);
+    }
+    if (!ctl.json)
+        table.print(ctl.console);
+    return code;
+}
+
+} // namespace quoril

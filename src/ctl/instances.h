@@ -1,0 +1,46 @@
+#pragma once
+
+#include "shell/quoril_manager_doc.h"
+
+#include <QJsonObject>
+#include <QString>
+
+#include <optional>
+
+namespace quoril {
+
+struct Ctl;
+
+/// The instances of the machine in force.
+class Instances
+{
+public:
+    /// Reads them; a catalogue that can't be read is told and counts as a failure.
+    bool read(Ctl& ctl);
+
+    std::vector<ServiceInfo>& all() { return m_document.m_services; }
+
+    /// The instance of that name, case counting only where two names differ by nothing else. Null, and told,
+    /// if there is none.
+    ServiceInfo* find(Ctl& ctl, const QString& name);
+    /// The instances of the names, without a name all of them. None, and told, if one isn't there.
+    std::optional<std::vector<ServiceInfo*>> select(Ctl& ctl, const QStringList& names);
+
+private:
+    CQuorilManagerDoc m_document;
+};
+
+/// The words of a state ("running", "start-pending") and of a start type ("automatic"); "unknown" for any
+/// other number.
+QString stateWord(quint32 currentState);
+QString startTypeWord(qint32 startType);
+/// The number of the start type that a word names, in any case.
+std::optional<qint32> startTypeOf(QStringView word);
+
+/// Tells the failure of the last operation on an instance: the exit code for that.
+int instanceFailure(Ctl& ctl, const ServiceInfo& service);
+
+/// Asks for the state of the instances and prints it: an object for one that is named alone, else an array.
+int printStatus(Ctl& ctl, const std::vector<ServiceInfo*>& services, bool single);
+
+} // namespace quoril

@@ -1,0 +1,119 @@
+// machine: trees in folders.
+
+#include "ctl/subcommand.h"
+#include "platform/machine.h"
+#include "platform/tree/message_table.h"
+#include "platform/tree/registry_text.h"
+#include "platform/tree/sample_machine.h"
+#include "platform/tree/tree_machine.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStringDecoder>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct CreateOptions
+{
+    QString folder;
+};
+
+void declareCreate(CLI::App& app, CreateOptions& options)
+{
+    addText(app, "folder", options.folder, "Folder to make; it must not exist")
+        ->required()
+        ->type_name("FOLDER");
+}
+
+/// Tells a failure on a path of the host, with what is known of it.
+int pathFailure(Ctl& ctl, const QString& path, const Error& error)
+{
+    const QString detail
+        = error.detail.isEmpty() || error.detail == path ? QString() : u": "_s + error.detail;
+    ctl.console.tell(path + detail + u": "_s + windowsMessage(error.number).trimmed());
+    return exit_code::Failed;
+}
+
+int create(Ctl& ctl, const CreateOptions& options)
+{
+    if (QFileInfo::exists(options.folder))
+        return pathFailure(ctl, options.folder, {error::FileExists, {}});
+    const Status made = createSampleMachine(options.folder);
+    return made ? exit_code::Done : pathFailure(ctl, options.folder, made.failure());
+}
+
+struct RegistryOptions
+{
+    QString file;
+    QString key;
+};
+
+void declareImport(CLI::App& app, RegistryOptions& options)
+{
+    addText(app, "file", options.file, "Text of the registry editor (.reg)")->required()->type_name("FILE");
+}
+
+void declareExport(CLI::App& app, RegistryOptions& options)
+{
+    addText(app, "key", options.key, "Key below HKEY_LOCAL_MACHINE, with all below it")
+        ->required()
+        ->type_name("KEY");
+    addText(app, "-o,--output", options.file, "File to write instead of the output")->type_name("FILE");
+}
+
+TreeRegistry& registry()
+{
+    // Only trees are opened where this file is part of the program.
+    return static_cast<TreeRegistry&>(machine().registry());
+}
+
+int importText(Ctl& ctl, const RegistryOptions& options)
+{
+    QFile file(options.file);
+    if (!file.open(QIODevice::ReadOnly)) {
+        ctl.console.tell(options.file + u": "_s + file.errorString());
+        return exit_code::Failed;
+    }
+    const Status imported = importRegistryText(registry(), file.readAll());
+    return imported ? exit_code::Done : pathFailure(ctl, options.file, imported.failure());
+}
+
+int exportText(Ctl& ctl, const RegistryOptions& options)
+{
+    const Result<QByteArray> text = exportRegistryText(registry(), options.key);
+    if (!text)
+        return pathFailure(ctl, options.key, text.failure());
+    if (options.file.isEmpty()) {
+        // A file gets the 16-bit units of the registry editor, everything else UTF-8.
+        QString shown = QStringDecoder(QStringDecoder::Utf16LE)(*text);
+        ctl.console.lines(shown.remove(u'\r').trimmed());
+        return exit_code::Done;
+    }
+    QSaveFile file(options.file);
+    if (file.open(QIODevice::WriteOnly) && file.write(*text) == text->size() && file.commit())
+        return exit_code::Done;
+    ctl.console.tell(options.file + u": "_s + file.errorString());
+    return exit_code::Failed;
+}
+
+} // namespace
+
+void addMachineSubcommands(Ctl& ctl, CLI::App& app)
+{
+    CLI::App* const machine = app.add_subcommand("machine", "Make a machine and change its registry");
+    machine->require_subcommand(1);
+    machine->fallthrough();
+    addSubcommand(ctl, *machine, "create", "Make the sample machine in a new folder", Needs::Nothing,
+        declareCreate, create);
+    addSubcommand(
+        ctl, *machine, "import", "Carry out a .reg text", Needs::Machine, declareImport, importText);
+    addSubcommand(
+        ctl, *machine, "export", "Print a key as a .reg text", Needs::Machine, declareExport, exportText);
+}
+
+} // namespace quoril
