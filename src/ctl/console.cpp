@@ -81,7 +81,8 @@ void Console::lines(QStringView text)
 
 void Console::tell(QStringView text, LineStyle style)
 {
-    progress({});
+    const std::lock_guard lock(m_errorGuard);
+    showProgress({});
     const QByteArray bytes = bytesFor(text, m_facts.errorIsTerminal, style);
     std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), m_errors);
     std::fflush(m_errors);
@@ -95,14 +96,17 @@ void Console::tellLines(QStringView text)
 
 void Console::progress(QStringView text)
 {
-    if (!m_facts.errorIsTerminal) {
-        if (!text.isEmpty())
-            std::fputs((text.toUtf8() + '\n').constData(), m_errors);
+    const std::lock_guard lock(m_errorGuard);
+    if (m_facts.errorIsTerminal)
+        showProgress(terminalText(text));
+    else if (!text.isEmpty())
+        std::fputs((text.toUtf8() + '\n').constData(), m_errors);
+}
+
+void Console::showProgress(const QString& shown)
+{
+    if (shown.isEmpty() && m_progressWidth == 0)
         return;
-    }
-    if (text.isEmpty() && m_progressWidth == 0)
-        return;
-    const QString shown = terminalText(text);
     const QByteArray bytes = '\r' + shown.leftJustified(m_progressWidth).toUtf8() + '\r';
     m_progressWidth = shown.size();
     std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), m_errors);

@@ -5,6 +5,7 @@
 #include <QStringView>
 
 #include <cstdio>
+#include <mutex>
 
 namespace quoril {
 
@@ -19,8 +20,8 @@ enum class LineStyle
 };
 
 /// The three streams of a command-line program. Results go to the output, in UTF-8 and buffered; whatever is
-/// told or asked goes to the error stream. What a terminal gets is made harmless with terminalText(); a file
-/// or a pipe gets it unchanged.
+/// told or asked goes to the error stream, from any thread. What a terminal gets is made harmless with
+/// terminalText(); a file or a pipe gets it unchanged.
 class Console
 {
 public:
@@ -68,6 +69,7 @@ public:
 
 private:
     void keepBufferSmall();
+    void showProgress(const QString& shown);
     QByteArray bytesFor(QStringView text, bool terminal, LineStyle style) const;
 
     std::FILE* m_input;
@@ -76,6 +78,7 @@ private:
     Facts m_facts;
     QByteArray m_buffer;
     bool m_written = true;
+    std::mutex m_errorGuard; ///< of the error stream and what stands below
     qsizetype m_progressWidth = 0; ///< of the line of progress that stands on the terminal
 };
 

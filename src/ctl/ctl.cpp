@@ -26,12 +26,16 @@ void declareProgram(Ctl& ctl, CLI::App& app)
     app.fallthrough();
     app.set_version_flag("--version", "quorilctl " QUORIL_VERSION, "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
-    addText(app, "--machine", ctl.machineFolder, "Folder of the machine's tree")->type_name("DIR");
+    // A script whose variable is empty must not get another machine than it meant.
+    addText(app, "--machine", ctl.machineFolder, "Folder of the machine's tree")
+        ->type_name("DIR")
+        ->check([](const std::string& folder) { return folder.empty() ? "it is empty" : ""; });
     app.add_flag("--json", ctl.json, "Print JSON");
     addCatalogueSubcommands(ctl, app);
     addControlSubcommands(ctl, app);
     addLogSubcommands(ctl, app);
     addScheduleSubcommand(ctl, app);
+    addInstallationSubcommands(ctl, app);
     addFileSubcommands(ctl, app);
 #ifdef Q_OS_UNIX
     addMachineSubcommands(ctl, app);

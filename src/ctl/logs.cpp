@@ -1,16 +1,12 @@
 // logs.
 
 #include "ctl/instances.h"
+#include "ctl/last_run.h"
 #include "ctl/moment.h"
 #include "ctl/output.h"
 #include "ctl/progress.h"
 #include "ctl/subcommand.h"
 #include "logs/log_table.h"
-#include "logs/quoril_log.h"
-#include "platform/clock.h"
-#include "platform/machine.h"
-
-#include <QDateTime>
 
 namespace quoril {
 
@@ -37,29 +33,6 @@ void declareLogs(CLI::App& app, LogsOptions& options)
     app.add_flag("--last-run", options.lastRun, "Events of the instance's last run; this is the default")
         ->excludes(from)
         ->excludes(to);
-}
-
-/// A time as the emulator's log writes it, the local one.
-std::optional<qint64> momentOf(const std::array<qint32, 6>& time)
-{
-    const QDateTime local(QDate(time[0], time[1], time[2]), QTime(time[3], time[4], time[5]));
-    return local.isValid() ? std::optional(local.toSecsSinceEpoch()) : std::nullopt;
-}
-
-/// Sets the period from the last start mark of the instance's log to its last message, or to now while it
-/// runs. Without a readable log there is no period.
-void takeLastRun(ServiceInfo& service)
-{
-    QuorilLog log;
-    if (log.Load(service.LogFile, QuorilLog::Keep::FromLastStart) != 0 || log.GetCount() == 0)
-        return;
-    const auto from = momentOf(log.timeOf(log.m_last_message));
-    const bool runs = service.QueryState() == 0 && service.Reported.currentState != service_state::Stopped;
-    const auto to = runs ? machine().clock().now() : momentOf(log.timeOf(log.GetCount() - 1));
-    if (from && to) {
-        service.LogFrom = quint32(*from);
-        service.LogTo = quint32(*to);
-    }
 }
 
 /// False for a time that is none; told.

@@ -11,7 +11,6 @@ namespace quoril {
 class Console;
 
 /// Tells what is under way while it takes longer than a second: once, or with the seconds on a terminal.
-/// Nothing else may be told during its life.
 class Progress
 {
 public:

@@ -157,6 +157,7 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
         {{u"nope"_s}, 2, "\"nope\" is no subcommand"},
         {{u"list"_s, u"--bogus"_s}, 2, "--bogus"},
         {{u"start"_s}, 2, "required"},
+        {{u"list"_s, u"--machine"_s, u""_s}, 2, "--machine: it is empty"},
         {{u"start"_s, u"CERES"_s, u"--timeout"_s, u"0"_s}, 2, "--timeout"},
         {{u"start"_s, u"CERES"_s, u"--no-wait"_s, u"--timeout"_s, u"3"_s}, 2, "excludes"},
         {{u"set-start-type"_s, u"CERES"_s, u"boot"_s}, 2, "boot"},

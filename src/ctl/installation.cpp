@@ -1,0 +1,84 @@
+// install, update.
+
+#include "ctl/console_prompts.h"
+#include "ctl/instances.h"
+#include "ctl/subcommand.h"
+#include "services/installer_command_line.h"
+
+namespace quoril {
+
+namespace {
+
+struct InstallOptions
+{
+    QString name;
+    QString configuration;
+    QString executable;
+};
+
+void declareInstall(CLI::App& app, InstallOptions& options)
+{
+    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
+    addText(app, "--config", options.configuration, "Configuration file, a path of the machine or the host")
+        ->required()
+        ->type_name("FILE");
+    addText(app, "--executable", options.executable, "The product's executable, a path of the same kinds")
+        ->required()
+        ->type_name("FILE");
+}
+
+/// Whether the executable's command line can carry the texts as they were given; told if not.
+bool isSafe(const InstallOptions& options, bool isUpdate, UserPrompts& prompts)
+{
+    const QString refusal
+        = unsafeArgument({options.name, options.configuration, isUpdate, options.executable});
+    if (!refusal.isEmpty())
+        prompts.message(refusal);
+    return refusal.isEmpty();
+}
+
+int run(Ctl& ctl, const InstallOptions& options, bool isUpdate)
+{
+    ConsolePrompts prompts(ctl.console);
+    if (options.name.isEmpty() || options.configuration.isEmpty() || options.executable.isEmpty())
+        return usageError(ctl, QStringLiteral("a name or path is empty"));
+    if (!isSafe(options, isUpdate, prompts))
+        return exit_code::Failed;
+    const InstallerFile configuration = findInstallerFile(options.configuration);
+    const InstallerFile executable = findInstallerFile(options.executable);
+    for (const QString& why : {configuration.failure, executable.failure}) {
+        if (why.isEmpty())
+            continue;
+        prompts.message(why);
+        return exit_code::Failed;
+    }
+    CheckedInstaller installer;
+    installer.InstallService(options.name, configuration.path, isUpdate, executable.path, prompts);
+    Instances instances;
+    if (installer.installed() == 0 || !instances.read(ctl))
+        return exit_code::Failed;
+    ServiceInfo* const service = instances.find(ctl, options.name);
+    return service ? printStatus(ctl, {service}, true) : exit_code::Failed;
+}
+
+int install(Ctl& ctl, const InstallOptions& options)
+{
+    return run(ctl, options, false);
+}
+
+int update(Ctl& ctl, const InstallOptions& options)
+{
+    return run(ctl, options, true);
+}
+
+} // namespace
+
+void addInstallationSubcommands(Ctl& ctl, CLI::App& app)
+{
+    addSubcommand(ctl, app, "install", "Have the product's executable register a new instance",
+        Needs::Machine, declareInstall, install);
+    addSubcommand(ctl, app, "update", "Remove an instance and have the executable register it anew",
+        Needs::Machine, declareInstall, update);
+}
+
+} // namespace quoril
