@@ -34,6 +34,7 @@ void declareProgram(Ctl& ctl, CLI::App& app)
     addCatalogueSubcommands(ctl, app);
     addControlSubcommands(ctl, app);
     addLogSubcommands(ctl, app);
+    addReportSubcommand(ctl, app);
     addScheduleSubcommand(ctl, app);
     addInstallationSubcommands(ctl, app);
     addFileSubcommands(ctl, app);

@@ -58,6 +58,7 @@ void addControlSubcommands(Ctl& ctl, CLI::App& app);
 void addLogSubcommands(Ctl& ctl, CLI::App& app);
 void addFileSubcommands(Ctl& ctl, CLI::App& app);
 void addScheduleSubcommand(Ctl& ctl, CLI::App& app);
+void addReportSubcommand(Ctl& ctl, CLI::App& app);
 void addInstallationSubcommands(Ctl& ctl, CLI::App& app);
 void addMachineSubcommands(Ctl& ctl, CLI::App& app);
 

@@ -41,7 +41,8 @@ QString configSummary(const ServiceInfo& service)
     return summary % LineEnd % LineEnd;
 }
 
-void mailProblemReport(const ServiceInfo& service, UserPrompts& prompts, appMAPI::AskFileName askFileName)
+bool mailProblemReport(const ServiceInfo& service, UserPrompts& prompts, appMAPI::AskFileName askFileName,
+    bool executablesWanted)
 {
     appMAPI report(prompts, std::move(askFileName));
     QuorilMAPIData data;
@@ -49,6 +50,7 @@ void mailProblemReport(const ServiceInfo& service, UserPrompts& prompts, appMAPI
     data.LogFrom = service.LogFrom;
     data.LogTo = service.LogTo;
 
+    data.ExecutablesWanted = executablesWanted;
     data.ExecutablePath = service.ImagePath;
     report.WriteHardwareSection(data);
 
@@ -60,6 +62,7 @@ void mailProblemReport(const ServiceInfo& service, UserPrompts& prompts, appMAPI
     report.WriteLogSections(data);
 
     report.SaveReport(data);
+    return report.ErrorText.isEmpty();
 }
 
 } // namespace quoril

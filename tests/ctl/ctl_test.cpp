@@ -127,6 +127,7 @@ TEST_F(CtlTest, JsonHasTheDocumentedFields)
         {u"events"_s, {u"events"_s, events}},
         {u"events --summary"_s, {u"events"_s, u"--summary"_s, events}},
         {u"schedule"_s, {u"schedule"_s, u"start@+0=Iris"_s, u"stop@+0=iris"_s}},
+        {u"report"_s, {u"report"_s, u"CERES"_s, u"--output"_s, m_folder.filePath(u"report"_s)}},
         {u"remove"_s, {u"remove"_s, u"--yes"_s, u"Iris"_s}},
     };
     for (const auto& [documented, arguments] : cases) {

@@ -1,0 +1,65 @@
+// report.
+
+#include "ctl/console_prompts.h"
+#include "ctl/instances.h"
+#include "ctl/last_run.h"
+#include "ctl/output.h"
+#include "ctl/progress.h"
+#include "ctl/subcommand.h"
+#include "report/problem_report.h"
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct ReportOptions
+{
+    QString name;
+    QString output;
+    bool executables = false;
+};
+
+void declareReport(CLI::App& app, ReportOptions& options)
+{
+    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
+    addText(app, "-o,--output", options.output, "File to write; QuorilMailReport.txt if not given")
+        ->type_name("FILE");
+    app.add_flag("--executables", options.executables, "Describe executables and drivers, too");
+}
+
+int report(Ctl& ctl, const ReportOptions& options)
+{
+    Instances instances;
+    if (!instances.read(ctl))
+        return exit_code::Failed;
+    ServiceInfo* const service = instances.find(ctl, options.name);
+    if (!service)
+        return exit_code::Failed;
+    takeLastRun(*service);
+    QString file;
+    const auto askFileName = [&](const QString& proposed) {
+        file = options.output.isEmpty() ? proposed : options.output;
+        return file;
+    };
+    ConsolePrompts prompts(ctl.console);
+    bool written = false;
+    {
+        const Progress progress(ctl.console, u"Gathering the report..."_s);
+        written = mailProblemReport(*service, prompts, askFileName, options.executables);
+    }
+    if (ctl.json)
+        printJson(ctl.console, {{"name"_L1, service->Name}, {"file"_L1, file}, {"written"_L1, written}});
+    return written ? exit_code::Done : exit_code::Failed;
+}
+
+} // namespace
+
+void addReportSubcommand(Ctl& ctl, CLI::App& app)
+{
+    addSubcommand(
+        ctl, app, "report", "Write the problem report of an instance", Needs::Machine, declareReport, report);
+}
+
+} // namespace quoril
