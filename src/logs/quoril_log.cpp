@@ -7,7 +7,9 @@
 #include <QIODevice>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <future>
 #include <span>
 
 namespace quoril {
@@ -16,9 +18,11 @@ namespace {
 
 // A line is read in pieces of so many units; what is left of a longer one counts as the next line.
 constexpr quint32 LongestLine = 1023;
-// Large enough for reading at full speed, small enough for the cache.
-constexpr quint32 BlockUnits = 128 * 1024;
+// Large enough to be worth a thread, small enough to stay in the cache until it is parsed.
+constexpr quint32 BlockUnits = 512 * 1024;
 static_assert(BlockUnits > LongestLine);
+// One block is being read while so many others are parsed.
+constexpr std::size_t BlocksAtOnce = 3;
 // The bytes of the file are taken as units of the machine.
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
 
@@ -35,15 +39,31 @@ quint32 lineEnd(const char16_t* units, quint32 size)
     return quint32(end + 1);
 }
 
-/// Takes the units to 8 bits; false if one of them needs more.
-bool narrow(std::span<const char16_t> units, uchar* out)
+/// How many of the units make whole lines, if more units follow. A line begins with the first of them.
+quint32 wholeLines(QStringView units)
+{
+    const qsizetype last = units.lastIndexOf(u'\n') + 1;
+    return quint32(last + (units.size() - last) / LongestLine * LongestLine);
+}
+
+/// What has to be known of a text before it is kept.
+struct UnitRange
+{
+    bool wide = false; ///< a unit needs more than 8 bits
+    bool zeros = false; ///< a unit is zero
+};
+
+/// Takes the units to 8 bits.
+UnitRange narrow(std::span<const char16_t> units, uchar* out)
 {
     char16_t all = 0;
+    char16_t zeros = 0;
     for (std::size_t i = 0; i < units.size(); ++i) {
         all = char16_t(all | units[i]);
+        zeros = char16_t(zeros | char16_t(units[i] == 0));
         out[i] = uchar(units[i]);
     }
-    return all < 0x100;
+    return {all >= 0x100, zeros != 0};
 }
 
 } // namespace
@@ -63,7 +83,8 @@ void QuorilLogMessage::AddLine(QStringView line)
     m_lines.push_back(std::move(message));
 }
 
-/// Takes the text of a device into a log, block by block.
+/// Takes the text of a device into a log. The blocks are cut between lines and so can be parsed at the same
+/// time; they come into the log in the order of the file.
 class QuorilLog::Reader
 {
 public:
@@ -72,113 +93,143 @@ public:
     void run();
 
 private:
-    bool fill();
-    template <typename Unit> quint32 split(Chunk& chunk, const Unit* units);
-    void take(Chunk& chunk, quint32 begin, quint32 end);
-    void beginMessage(Chunk& chunk, const LogLine& line);
-    void dropEarlier(Chunk& chunk);
+    struct Block
+    {
+        std::unique_ptr<char16_t[]> units = std::make_unique_for_overwrite<char16_t[]>(BlockUnits);
+        std::future<Chunk> chunk; ///< valid while the units are in use
+    };
+
+    quint32 fill(char16_t* units, quint32 size);
+    void finish(Block& block);
+    void append(Chunk chunk);
+    static Chunk parse(std::span<const char16_t> units);
 
     QuorilLog& m_log;
     QIODevice& m_device;
     Keep m_keep;
-    std::vector<char16_t> m_block = std::vector<char16_t>(BlockUnits);
-    quint32 m_size = 0; ///< units in the block
     bool m_ended = false;
 };
 
-/// Reads until the block is full or the device has ended. An odd byte at the end is dropped.
-bool QuorilLog::Reader::fill()
+/// Reads behind the `size` units until the block is full or the device has ended. The result is the new size;
+/// an odd byte at the end is dropped.
+quint32 QuorilLog::Reader::fill(char16_t* units, quint32 size)
 {
-    qint64 bytes = qint64(m_size) * 2;
+    qint64 bytes = qint64(size) * 2;
     constexpr qint64 Room = qint64(BlockUnits) * 2;
-    char* const data = reinterpret_cast<char*>(m_block.data());
+    char* const data = reinterpret_cast<char*>(units);
     while (bytes < Room && !m_ended) {
         const qint64 got = m_device.read(data + bytes, Room - bytes);
         m_ended = got <= 0;
         bytes += std::max<qint64>(got, 0);
     }
-    m_size = quint32(bytes / 2);
-    return m_size > 0;
+    return quint32(bytes / 2);
 }
 
 void QuorilLog::Reader::run()
 {
-    while (fill()) {
-        Chunk chunk;
-        chunk.firstLine = m_log.m_lineCount;
-        chunk.firstMessage = m_log.m_messageCount;
-        chunk.size = m_size;
-        chunk.bytes = std::make_unique_for_overwrite<uchar[]>(m_size);
-        const std::span<const char16_t> units(m_block.data(), m_size);
-        quint32 used = 0;
-        if (narrow(units, chunk.bytes.get())) {
-            used = split(chunk, chunk.bytes.get());
-        } else {
-            chunk.wide = true;
-            chunk.bytes = std::make_unique_for_overwrite<uchar[]>(std::size_t(m_size) * 2);
-            std::memcpy(chunk.bytes.get(), units.data(), units.size_bytes());
-            used = split(chunk, units.data());
-        }
-        chunk.size = used;
-        std::copy(m_block.begin() + used, m_block.begin() + m_size, m_block.begin());
-        m_size -= used;
-        if (chunk.lines.empty())
-            continue;
-        chunk.lines.shrink_to_fit();
-        chunk.headers.shrink_to_fit();
-        m_log.m_chunks.push_back(std::move(chunk));
+    std::array<Block, BlocksAtOnce> blocks;
+    std::size_t current = 0;
+    quint32 begun = 0; // units of a line that begins in this block and ends in a later one
+    while (!m_ended) {
+        Block& block = blocks[current];
+        const quint32 size = fill(block.units.get(), begun);
+        const quint32 whole = m_ended ? size : wholeLines({block.units.get(), qsizetype(size)});
+        begun = size - whole;
+        // The last block is parsed here, so that a small file needs no thread; nor may a thread that can't be
+        // had stop the load.
+        const auto where = m_ended ? std::launch::deferred : std::launch::async | std::launch::deferred;
+        block.chunk = std::async(where, parse, std::span<const char16_t>(block.units.get(), whole));
+
+        current = (current + 1) % BlocksAtOnce;
+        finish(blocks[current]);
+        std::copy_n(block.units.get() + whole, begun, blocks[current].units.get());
     }
+    for (std::size_t i = 0; i < BlocksAtOnce; ++i)
+        finish(blocks[(current + i) % BlocksAtOnce]);
 }
 
-/// Takes the whole lines of the chunk, and all of it at the end of the file. The result is where the first
-/// line begins that was not taken.
-template <typename Unit> quint32 QuorilLog::Reader::split(Chunk& chunk, const Unit* units)
+/// Brings what was parsed of the block into the log.
+void QuorilLog::Reader::finish(Block& block)
 {
-    quint32 begin = 0;
-    while (begin < chunk.size) {
-        const quint32 room = std::min(chunk.size - begin, LongestLine);
-        quint32 length = lineEnd(units + begin, room);
-        if (length == 0) {
-            if (room < LongestLine && !m_ended)
-                break;
-            length = room;
-        }
-        take(chunk, begin, begin + length);
-        begin += length;
-    }
-    return begin;
+    if (block.chunk.valid())
+        append(block.chunk.get());
 }
 
-void QuorilLog::Reader::take(Chunk& chunk, quint32 begin, quint32 end)
+/// Takes all units as lines.
+QuorilLog::Chunk QuorilLog::Reader::parse(std::span<const char16_t> units)
 {
-    const LogLine line(
-        chunk.bytes.get() + std::size_t(begin) * (chunk.wide ? 2 : 1), end - begin, chunk.wide);
-    if (line.level() != 0)
-        beginMessage(chunk, line);
-    else if (m_log.m_messageCount == 0)
+    Chunk chunk;
+    chunk.size = quint32(units.size());
+    chunk.bytes = std::make_unique_for_overwrite<uchar[]>(units.size());
+    const UnitRange range = narrow(units, chunk.bytes.get());
+    chunk.wide = range.wide;
+    chunk.zeros = range.zeros;
+    if (!chunk.wide) {
+        chunk.split(chunk.bytes.get());
+    } else {
+        chunk.bytes = std::make_unique_for_overwrite<uchar[]>(units.size_bytes());
+        std::memcpy(chunk.bytes.get(), units.data(), units.size_bytes());
+        chunk.split(units.data());
+    }
+    chunk.lines.shrink_to_fit();
+    chunk.headers.shrink_to_fit();
+    return chunk;
+}
+
+/// Adds the chunk behind the others, without the lines that belong to no message that is kept.
+void QuorilLog::Reader::append(Chunk chunk)
+{
+    const bool marked = chunk.startMark >= 0;
+    if (marked && m_keep == Keep::FromLastStart) {
+        m_log.clear();
+        chunk.dropBefore(std::size_t(chunk.startMark));
+    } else if (m_log.m_messageCount == 0) {
+        chunk.dropBefore(0);
+    }
+    if (marked)
+        m_log.m_last_message = qint32(m_log.m_messageCount + chunk.startMark);
+    if (chunk.lines.empty())
         return;
-    chunk.lines.push_back(begin);
-    ++m_log.m_lineCount;
+    chunk.firstLine = m_log.m_lineCount;
+    chunk.firstMessage = m_log.m_messageCount;
+    m_log.m_lineCount += qsizetype(chunk.lines.size());
+    m_log.m_messageCount += qsizetype(chunk.headers.size());
+    m_log.m_chunks.push_back(std::move(chunk));
 }
 
-void QuorilLog::Reader::beginMessage(Chunk& chunk, const LogLine& line)
+template <typename Unit> void QuorilLog::Chunk::split(const Unit* units)
 {
-    if (line.code() == StartMarkCode) {
-        if (m_keep == Keep::FromLastStart)
-            dropEarlier(chunk);
-        m_log.m_last_message = qint32(m_log.m_messageCount);
+    for (quint32 begin = 0; begin < size;) {
+        const quint32 room = std::min(size - begin, LongestLine);
+        const quint32 length = lineEnd(units + begin, room);
+        const quint32 end = begin + (length == 0 ? room : length);
+        const LogLine line = lineAt(begin, end);
+        if (line.level() != 0) {
+            if (line.code() == StartMarkCode)
+                startMark = qsizetype(headers.size());
+            headers.push_back(quint32(lines.size()));
+        }
+        lines.push_back(begin);
+        begin = end;
     }
-    chunk.headers.push_back(quint32(chunk.lines.size()));
-    ++m_log.m_messageCount;
 }
 
-void QuorilLog::Reader::dropEarlier(Chunk& chunk)
+void QuorilLog::Chunk::dropBefore(std::size_t header)
 {
-    m_log.m_chunks.clear();
-    m_log.m_messageCount = m_log.m_lineCount = 0;
-    chunk.lines.clear();
-    chunk.headers.clear();
-    chunk.firstLine = chunk.firstMessage = 0;
+    const quint32 dropped = header < headers.size() ? headers[header] : quint32(lines.size());
+    lines.erase(lines.begin(), lines.begin() + dropped);
+    headers.erase(headers.begin(), headers.begin() + std::ptrdiff_t(std::min(header, headers.size())));
+    for (quint32& line : headers)
+        line -= dropped;
+    startMark -= qsizetype(header);
+}
+
+LogLine QuorilLog::Chunk::lineAt(quint32 begin, quint32 end) const
+{
+    LogLine line(bytes.get() + std::size_t(begin) * (wide ? 2 : 1), end - begin, wide);
+    if (zeros)
+        line.cutAtZero();
+    return line;
 }
 
 qint32 QuorilLog::Load(QStringView path, Keep keep)
@@ -195,17 +246,15 @@ qint32 QuorilLog::Load(QStringView path, Keep keep)
 
 void QuorilLog::read(QIODevice& device, Keep keep)
 {
+    clear();
     m_last_message = 0;
-    m_chunks.clear();
-    m_messageCount = m_lineCount = 0;
     Reader(*this, device, keep).run();
 }
 
-LogLine QuorilLog::lineIn(const Chunk& chunk, std::size_t index) const
+void QuorilLog::clear()
 {
-    const quint32 begin = chunk.lines[index];
-    const quint32 end = index + 1 < chunk.lines.size() ? chunk.lines[index + 1] : chunk.size;
-    return {chunk.bytes.get() + std::size_t(begin) * (chunk.wide ? 2 : 1), end - begin, chunk.wide};
+    m_chunks.clear();
+    m_messageCount = m_lineCount = 0;
 }
 
 const QuorilLog::Chunk& QuorilLog::chunkOfLine(qsizetype line) const
@@ -226,7 +275,8 @@ const QuorilLog::Chunk& QuorilLog::chunkOfMessage(qsizetype message) const
 LogLine QuorilLog::line(qsizetype number) const
 {
     const Chunk& chunk = chunkOfLine(number);
-    return lineIn(chunk, std::size_t(number - chunk.firstLine));
+    const auto begin = chunk.lines.begin() + (number - chunk.firstLine);
+    return chunk.lineAt(*begin, std::next(begin) != chunk.lines.end() ? *std::next(begin) : chunk.size);
 }
 
 LogLine QuorilLog::headerOf(qsizetype message) const

@@ -40,8 +40,9 @@ public:
     std::vector<wMsg> m_lines; ///< the header line's text, then the lines after it
 };
 
-/// The emulator's log file, read in one go. The file is known by fixed columns alone: a line with a severity
-/// tag at column 15 begins a message, any other belongs to the message before it.
+/// The emulator's log file, read in one go, by several threads if it is large. The file is known by fixed
+/// columns alone: a line with a severity tag at column 15 begins a message, any other belongs to the message
+/// before it.
 ///
 /// The text is kept once, in 8 bits a unit wherever it has no unit above 0xFF, and lines and messages as
 /// positions in it, so that memory stays well below the size of the file. Messages are made when asked for.
@@ -87,17 +88,23 @@ private:
     /// A piece of the text with the lines that begin in it, each whole. Positions count units.
     struct Chunk
     {
+        template <typename Unit> void split(const Unit* units);
+        void dropBefore(std::size_t header);
+        LogLine lineAt(quint32 begin, quint32 end) const;
+
         bool wide = false; ///< 16 bits a unit, else 8
+        bool zeros = false; ///< the text has zero units
         quint32 size = 0;
         std::unique_ptr<uchar[]> bytes;
         std::vector<quint32> lines; ///< where they begin
         std::vector<quint32> headers; ///< which of the lines begin a message
+        qsizetype startMark = -1; ///< the last of the headers with StartMarkCode
         qsizetype firstLine = 0; ///< number of the first of the lines
         qsizetype firstMessage = 0; ///< number of the first of the headers
     };
     class Reader;
 
-    LogLine lineIn(const Chunk& chunk, std::size_t index) const;
+    void clear();
     LogLine line(qsizetype number) const;
     LogLine headerOf(qsizetype message) const;
     const Chunk& chunkOfLine(qsizetype line) const;

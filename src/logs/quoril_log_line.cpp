@@ -20,23 +20,20 @@ bool isBlank(char16_t unit)
 
 } // namespace
 
-LogLine::LogLine(const uchar* bytes, quint32 size, bool wide) : m_bytes(bytes), m_size(size), m_wide(wide)
+void LogLine::cutAtZero()
 {
-    if (wide) {
-        m_size = 0;
-        while (m_size < size && (*this)[m_size] != 0)
-            ++m_size;
-    } else if (const void* const zero = std::memchr(bytes, 0, size)) {
-        m_size = quint32(static_cast<const uchar*>(zero) - bytes);
-    }
+    quint32 end = 0;
+    while (end < m_size && (*this)[end] != 0)
+        ++end;
+    m_size = end;
 }
 
-bool LogLine::matches(quint32 column, const char* ascii, quint32 length) const
+bool LogLine::hasTag(quint32 column, const char* tag) const
 {
     if (!m_wide)
-        return std::memcmp(m_bytes + column, ascii, length) == 0;
-    for (quint32 i = 0; i < length; ++i) {
-        if ((*this)[column + i] != uchar(ascii[i]))
+        return std::memcmp(m_bytes + column, tag, TagLength) == 0;
+    for (quint32 i = 0; i < TagLength; ++i) {
+        if ((*this)[column + i] != uchar(tag[i]))
             return false;
     }
     return true;
@@ -47,11 +44,11 @@ qint32 LogLine::level() const
     if (m_size < log_column::TagEnd || (*this)[log_column::Tag] != u':')
         return 0;
     for (qint32 index = 0; index < qint32(std::size(Tags)); ++index) {
-        if (!matches(log_column::Tag, Tags[index], TagLength))
+        if (!hasTag(log_column::Tag, Tags[index]))
             continue;
         // A line that has the tag further left as well is no header.
         for (quint32 column = 0; column < log_column::Tag; ++column) {
-            if ((*this)[column] == u':' && matches(column, Tags[index], TagLength))
+            if ((*this)[column] == u':' && hasTag(column, Tags[index]))
                 return 0;
         }
         return index + 1;

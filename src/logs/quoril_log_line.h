@@ -15,13 +15,15 @@ inline constexpr quint32 CodeEnd = 32;
 inline constexpr quint32 Text = 52;
 } // namespace log_column
 
-/// A physical line of the emulator's log as it is kept, in 8 or 16 bits a unit. It ends before its first zero
-/// unit; a line end belongs to it.
+/// A physical line of the emulator's log as it is kept, in 8 or 16 bits a unit; a line end belongs to it. Whoever
+/// makes one calls cutAtZero wherever the text may have zero units.
 class LogLine
 {
 public:
-    LogLine(const uchar* bytes, quint32 size, bool wide);
+    LogLine(const uchar* bytes, quint32 size, bool wide) : m_bytes(bytes), m_size(size), m_wide(wide) { }
 
+    /// Ends the line before its first zero unit, behind which nothing is text.
+    void cutAtZero();
     quint32 size() const { return m_size; }
     char16_t operator[](quint32 column) const
     {
@@ -42,7 +44,7 @@ public:
 
 private:
     qint32 decimal(quint32 column, quint32 width) const;
-    bool matches(quint32 column, const char* ascii, quint32 length) const;
+    bool hasTag(quint32 column, const char* tag) const;
 
     const uchar* m_bytes;
     quint32 m_size;

@@ -136,16 +136,17 @@ TEST(QuorilLog, FindsTheLastStartMark)
         EXPECT_EQ(linesOf(run.GetMessage(i)), linesOf(all.GetMessage(17 + i)));
 }
 
-// More text than one block, with and without units above 0xFF, and messages that go on over many blocks.
+// More text than all the blocks that are parsed at once, with and without units above 0xFF, and messages that
+// go on over many blocks.
 TEST(QuorilLog, NumbersLinesAcrossBlocks)
 {
-    QString text = header();
+    QString text = u"dropped\r\n"_s.repeated(100'000) + header();
     QStringList lines{u"text"_s};
     qsizetype messages = 1;
-    for (int i = 0; i < 60'000; ++i) {
-        const bool wide = i / 9'000 % 2 == 1;
+    for (int i = 0; i < 200'000; ++i) {
+        const bool wide = i / 45'000 % 2 == 1;
         const QString line = QString::number(i) + (wide ? u" \u0416"_s : u" ab"_s);
-        const bool begins = i % 20'000 == 19'999;
+        const bool begins = i % 100'000 == 99'999;
         text += begins ? header(u"00000250"_s, line) : line + u"\r\n"_s;
         messages += begins;
         lines.append(line);
@@ -155,9 +156,27 @@ TEST(QuorilLog, NumbersLinesAcrossBlocks)
     ASSERT_EQ(log.lineCount(), lines.size());
     for (qsizetype i = 0; i < lines.size(); ++i) {
         ASSERT_EQ(log.lineText(i), lines[i]);
-        ASSERT_EQ(log.messageOf(i), i / 20'000);
+        ASSERT_EQ(log.messageOf(i), i / 100'000);
     }
     EXPECT_EQ(log.firstLineOf(messages), lines.size());
+
+    // Start marks in later blocks drop the blocks before them.
+    const QuorilLog run = read(text + text.right(20) + text, QuorilLog::Keep::FromLastStart);
+    EXPECT_EQ(run.GetCount(), messages);
+    EXPECT_EQ(run.lineCount(), lines.size());
+    EXPECT_EQ(run.lineText(lines.size() - 1), lines.last());
+}
+
+TEST(QuorilLog, CutsALineLongerThanABlock)
+{
+    constexpr qsizetype Pieces = 1500;
+    const QuorilLog log
+        = read(header() + QString(1023 * Pieces, u'x') + header(u"00000250"_s, u"piece"_s) + u"end"_s);
+    ASSERT_EQ(log.GetCount(), 2);
+    EXPECT_EQ(log.firstLineOf(1), 1 + Pieces);
+    EXPECT_EQ(log.lineText(Pieces), QString(512, u'x'));
+    EXPECT_EQ(log.lineText(Pieces + 1), u"piece"_s);
+    EXPECT_EQ(log.lineText(Pieces + 2), u"end"_s);
 }
 
 TEST(QuorilLog, LoadTellsHowItWent)
