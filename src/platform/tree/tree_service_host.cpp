@@ -26,7 +26,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr quint32 DefaultStartLimitMilliseconds = 30000;
-constexpr quint32 EventServiceState = 0x40001B84; // 7036: "The %1 service entered the %2 state."
+constexpr quint32 EventServiceState = 0x40001B7C; // 7036: "The %1 service entered the %2 state."
 constexpr quint32 StatusControlCExit = 0xC000013A;
 
 quint32 startLimit()
