@@ -43,11 +43,11 @@ public:
     {
         return [id](QWidget& window) { press(window, id); };
     }
-    /// Lets events run until the condition holds; false if it doesn't within five seconds.
+    /// Lets events run until the condition holds; false if it doesn't within twenty seconds.
     static bool waitFor(const std::function<bool()>& condition)
     {
         QElapsedTimer since;
-        for (since.start(); !condition() && since.elapsed() < 5000;)
+        for (since.start(); !condition() && since.elapsed() < 20000;)
             QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
         return condition();
     }
