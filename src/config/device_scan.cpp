@@ -5,6 +5,7 @@
 #include "shell/service_info.h"
 
 #include <algorithm>
+#include <bitset>
 #include <optional>
 
 namespace quoril {
@@ -77,6 +78,22 @@ std::optional<Component> openComponent(const RegistryKey& parameters, QStringVie
     return component;
 }
 
+/// The indexes for which the container has a key. Most containers have a few, so looking at what is there costs
+/// less than trying every index.
+std::bitset<IndexCount> unitIndexes(const RegistryKey& container)
+{
+    std::bitset<IndexCount> found;
+    for (quint32 place = 0;; ++place) {
+        const auto name = container.subkeyName(place, NameRoomUnits);
+        if (!name)
+            return found;
+        bool isNumber = false;
+        const uint index = name->toUInt(&isNumber);
+        if (isNumber && index < IndexCount && *name == QString::number(index))
+            found.set(index);
+    }
+}
+
 /// The unit at an index of a container. Without a `Value` it is not present, but keeps its class; without a
 /// `Class` it is a new unit.
 DeviceUnit readUnit(const RegistryKey& container, int index)
@@ -104,8 +121,13 @@ void fillScsiDevice(const RegistryKey& parameters, QStringView name, DeviceList&
         return;
     device.Present = true;
     device.Class = scsiClassText(component->deviceClass);
+    if (!component->container)
+        return;
+    const auto indexes = unitIndexes(*component->container);
     int slot = 0;
-    for (int index = 0; component->container && index < IndexCount && slot < device.Units.size(); ++index) {
+    for (int index = 0; index < IndexCount && slot < device.Units.size(); ++index) {
+        if (!indexes[std::size_t(index)])
+            continue;
         if (DeviceUnit unit = readUnit(*component->container, index); unit.Present)
             device.Units[slot++] = std::move(unit);
     }
@@ -118,7 +140,12 @@ void fillDevice(const RegistryKey& parameters, QStringView name, DeviceList& dev
         return;
     device.Present = true;
     device.Class = std::move(component->deviceClass);
-    for (int slot = 0; component->container && slot < device.Units.size(); ++slot) {
+    if (!component->container)
+        return;
+    const auto indexes = unitIndexes(*component->container);
+    for (int slot = 0; slot < device.Units.size(); ++slot) {
+        if (!indexes[std::size_t(slot)])
+            continue;
         if (DeviceUnit unit = readUnit(*component->container, slot); unit.Present)
             device.Units[slot] = std::move(unit);
     }
@@ -141,7 +168,10 @@ void ScanDevices(const RegistryKey& parameters, ServiceInfo& service)
         device.Present = true;
         device.Class = std::move(component->deviceClass);
         bool anyUnit = false;
+        const auto indexes = unitIndexes(*component->container);
         for (int slot = 0; slot < device.Units.size(); ++slot) {
+            if (!indexes[std::size_t(slot)])
+                continue;
             DeviceUnit unit = readUnit(*component->container, slot);
             anyUnit = anyUnit || unit.Present;
             if (!unit.Class.isEmpty() || unit.Present)
