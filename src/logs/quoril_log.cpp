@@ -18,11 +18,11 @@ namespace {
 
 // A line is read in pieces of so many units; what is left of a longer one counts as the next line.
 constexpr quint32 LongestLine = 1023;
-// Large enough to be worth a thread, small enough to stay in the cache until it is parsed.
-constexpr quint32 BlockUnits = 512 * 1024;
+// Large enough that on a busy machine, too, the threads seldom wait for each other.
+constexpr quint32 BlockUnits = 1024 * 1024;
 static_assert(BlockUnits > LongestLine);
-// One block is being read while so many others are parsed.
-constexpr std::size_t BlocksAtOnce = 3;
+// One of them is being read while the others are parsed.
+constexpr std::size_t BlocksAtOnce = 4;
 // The bytes of the file are taken as units of the machine.
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
 
@@ -95,7 +95,9 @@ public:
 private:
     struct Block
     {
-        std::unique_ptr<char16_t[]> units = std::make_unique_for_overwrite<char16_t[]>(BlockUnits);
+        char16_t* room();
+
+        std::unique_ptr<char16_t[]> units; ///< made when asked for: a small file needs one block
         std::future<Chunk> chunk; ///< valid while the units are in use
     };
 
@@ -109,6 +111,13 @@ private:
     Keep m_keep;
     bool m_ended = false;
 };
+
+char16_t* QuorilLog::Reader::Block::room()
+{
+    if (!units)
+        units = std::make_unique_for_overwrite<char16_t[]>(BlockUnits);
+    return units.get();
+}
 
 /// Reads behind the `size` units until the block is full or the device has ended. The result is the new size;
 /// an odd byte at the end is dropped.
@@ -132,17 +141,19 @@ void QuorilLog::Reader::run()
     quint32 begun = 0; // units of a line that begins in this block and ends in a later one
     while (!m_ended) {
         Block& block = blocks[current];
-        const quint32 size = fill(block.units.get(), begun);
-        const quint32 whole = m_ended ? size : wholeLines({block.units.get(), qsizetype(size)});
+        char16_t* const units = block.room();
+        const quint32 size = fill(units, begun);
+        const quint32 whole = m_ended ? size : wholeLines({units, qsizetype(size)});
         begun = size - whole;
         // The last block is parsed here, so that a small file needs no thread; nor may a thread that can't be
         // had stop the load.
         const auto where = m_ended ? std::launch::deferred : std::launch::async | std::launch::deferred;
-        block.chunk = std::async(where, parse, std::span<const char16_t>(block.units.get(), whole));
+        block.chunk = std::async(where, parse, std::span<const char16_t>(units, whole));
 
         current = (current + 1) % BlocksAtOnce;
         finish(blocks[current]);
-        std::copy_n(block.units.get() + whole, begun, blocks[current].units.get());
+        if (begun > 0)
+            std::copy_n(units + whole, begun, blocks[current].room());
     }
     for (std::size_t i = 0; i < BlocksAtOnce; ++i)
         finish(blocks[(current + i) % BlocksAtOnce]);
