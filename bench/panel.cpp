@@ -1,0 +1,118 @@
+// Shows an emulator log in the panel of an off-screen window, as one process:
+//     panel FOLDER      FOLDER/panel.log is written by make_emulator_log.py
+// It prints how long the load takes by itself, how much longer the view takes to hold the table, what the
+// first paint takes then, the memory that the panel takes beyond the text that it keeps, and the time to
+// scroll by one page.
+#include "logs/log_table.h"
+#include "logs/quoril_log.h"
+#include "logs/quoril_manager_view.h"
+#include "platform/tree/tree_machine.h"
+#include "shell/service_info.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+using namespace quoril;
+using namespace Qt::StringLiterals;
+
+/// Counts the paintings of a widget.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint;
+        return false;
+    }
+
+    int count = 0;
+};
+
+double milliseconds(const QElapsedTimer& timer)
+{
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
+/// The memory of the process that is resident, in bytes.
+qint64 residentMemory()
+{
+    QFile file(u"/proc/self/statm"_s);
+    constexpr qint64 PageSize = 4096;
+    return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(1).toLongLong() * PageSize : 0;
+}
+
+/// The median of the times of some pages, or a negative number if one of them was not painted.
+double pageTime(CQuorilManagerView& view, PaintCounter& paints)
+{
+    constexpr int Pages = 101;
+    std::vector<double> times;
+    for (int page = 0; page < Pages; ++page) {
+        const int before = paints.count;
+        QElapsedTimer timer;
+        timer.start();
+        view.verticalScrollBar()->triggerAction(QAbstractSlider::SliderPageStepSub);
+        QApplication::processEvents();
+        times.push_back(milliseconds(timer));
+        if (paints.count == before)
+            return -1;
+    }
+    std::nth_element(times.begin(), times.begin() + Pages / 2, times.end());
+    return times[Pages / 2];
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    const QString folder = QFile::decodeName(argc > 1 ? argv[1] : "");
+    const qint64 fileSize = QFileInfo(folder + u"/panel.log"_s).size();
+    if (fileSize == 0) {
+        std::fprintf(stderr, "usage: panel FOLDER, with a panel.log in it\n");
+        return 2;
+    }
+    TreeMachine machine(folder);
+    const ScopedMachine inForce(machine);
+    ServiceInfo service;
+    service.LogFile = u"C:\\panel.log"_s;
+    CQuorilManagerView view;
+    view.resize(1024, 768);
+    view.show();
+    QApplication::processEvents();
+    PaintCounter paints(view.viewport());
+
+    const qint64 memoryBefore = residentMemory();
+    QElapsedTimer timer;
+    timer.start();
+    view.ShowLogTable(service);
+    const double shown = milliseconds(timer);
+    QApplication::processEvents();
+    const double painted = milliseconds(timer);
+    const qint64 memory = residentMemory() - memoryBefore;
+    if (paints.count == 0)
+        return 1;
+    const double page = pageTime(view, paints);
+    // The load by itself comes last, so that it takes no part in the memory.
+    timer.start();
+    const PanelTable table = BuildLogTable(service);
+    const double load = milliseconds(timer);
+
+    // The generator's text has no unit above 0xFF, so that it is kept in half the bytes of the file.
+    const qsizetype rows = view.table().rowCount();
+    std::printf("%lld rows\nload %.1f ms\ntable into the view %.1f ms\nfirst paint %.1f ms\n"
+                "memory a row %.1f bytes\nmemory a row beyond the text %.1f bytes\npage %.2f ms\n",
+        static_cast<long long>(rows), load, shown - load, painted - shown, double(memory) / double(rows),
+        double(memory - fileSize / 2) / double(rows), page);
+    return page < 0 || table.rowCount() != rows ? 1 : 0;
+}
