@@ -144,9 +144,10 @@ void CQuorilManagerView::PrintPanel()
     constexpr int ErrorSeverity = 3;
     m_page_count = PageCount(table().rowCount());
     PrintRequest request;
-    request.selection = selectedRanges();
     if (!m_printing.askHowToPrint(request, window()))
         return;
+    // Only now: rows may come and go while the dialog is open.
+    request.selection = selectedRanges();
     if (!m_printing.printer().isValid()) {
         ShowCodedMessage(u"0200003E"_s, LoadText(text::NoDefaultPrinter), ErrorSeverity, window());
         return;
