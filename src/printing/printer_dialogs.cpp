@@ -62,9 +62,11 @@ void PrinterDialogs::preview(const PreparePages& prepare, const DrawOnPage& draw
     dialog.resize(PreviewSize);
     QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog, [&](QPrinter* printer) {
         m_print_info = {};
-        PagePainter painter(*printer);
-        if (!prepare(m_print_info) || !painter.startDocument(LoadText(text::PrintDocumentName)))
+        if (!prepare(m_print_info))
             return;
+        // The file that the printer may have to write is none of the preview's concern.
+        printer->setDocName(LoadText(text::PrintDocumentName));
+        PagePainter painter(*printer);
         for (int page = 1; page <= m_print_info.maximumPage && painter.startPage(); ++page) {
             m_print_info.currentPage = page;
             draw(painter);
