@@ -10,3 +10,4 @@ XDG_DATA_HOME=$folder QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 \
   build/release/bin/quoril-pictures "$folder/pictures"
 mkdir -p docs/pictures
 cp "$folder"/pictures/*.png docs/pictures/
+pdftoppm -png -r 80 -singlefile "$folder/pictures/page.pdf" docs/pictures/page

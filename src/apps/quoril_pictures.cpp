@@ -1,9 +1,12 @@
 // Takes pictures of the console's window off screen, prints the catalogue and writes a problem report: what
 // `run` does without a display, and the way that the pictures in docs/ are made.
 
+#include "logs/quoril_manager_view.h"
 #include "platform/clock.h"
 #include "platform/tree/machine_choice.h"
 #include "platform/tree/tree_machine.h"
+#include "printing/page_painter.h"
+#include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "services/service_by_name.h"
 #include "services/service_install_dialog.h"
@@ -18,6 +21,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPrinter>
 #include <QTextStream>
 #include <QTimer>
 
@@ -33,6 +37,21 @@ bool picture(QWidget& window, const QDir& folder, const QString& name)
     const bool saved = window.grab().save(path);
     QTextStream(saved ? stdout : stderr) << (saved ? "picture: " : "can't write: ") << path << '\n';
     return saved;
+}
+
+/// Prints what the panel shows into a file.
+bool printPanel(const CMainFrame& frame, const QDir& folder)
+{
+    const QString path = folder.filePath(u"page.pdf"_s);
+    PrinterDialogs& printing = frame.GetRightView()->printing();
+    printing.printer().setOutputFormat(QPrinter::PdfFormat);
+    printing.printer().setOutputFileName(path);
+    PagePainter painter(printing.printer());
+    const bool printed
+        = PrintRows(frame.GetRightView()->table(), {}, LoadText(text::PrintDocumentName), painter)
+        == PrintOutcome::Printed;
+    QTextStream(printed ? stdout : stderr) << (printed ? "printed: " : "can't print: ") << path << '\n';
+    return printed;
 }
 
 /// Runs the command and takes a picture of the dialog that it opens.
@@ -151,6 +170,7 @@ int main(int argc, char** argv)
         saved = dialogPicture(frame, command::Security, folder, u"security.png"_s) && saved;
         saved = dialogPicture(frame, command::PrintSetup, folder, u"print-setup.png"_s) && saved;
         saved = dialogPicture(frame, command::PrintPreview, folder, u"preview.png"_s) && saved;
+        saved = printPanel(frame, folder) && saved;
         saved = dialogPicture(frame, command::About, folder, u"about.png"_s) && saved;
         saved = setupPictures(folder) && saved;
         saved = mailReport(frame, folder) && saved;
