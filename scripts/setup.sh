@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what the build, the tests and the programs need on Debian, as far as it is missing.
+# Installs what the build, the tests and the programs need on Debian, as far as it is missing; with "windows" also
+# what the build for Windows and its tests need.
 set -euo pipefail
 
 packages=(
@@ -15,6 +16,15 @@ packages=(
   dbus                    # a private bus for the test of the workstation lock
   fonts-dejavu-core       # a font for windows without a desktop
 )
+if [ "${1:-}" = windows ]; then
+  packages+=(
+    g++-mingw-w64-x86-64-posix
+    googletest              # its sources: the library is built for Windows with the tests
+    dpkg-dev                # unpacks Qt's source package where no Qt for mingw is at hand
+    icoutils zip
+    wine wine64 xvfb xauth
+  )
+fi
 
 missing=()
 for package in "${packages[@]}"; do
