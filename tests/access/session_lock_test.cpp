@@ -1,5 +1,5 @@
 #include "access/idle_lock.h"
-#include "platform/tree/tree_session.h"
+#include "platform/tree/posix/tree_session.h"
 #include "support/fake_machine.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
-#include "platform/tree/tree_session.h"
+#include "platform/tree/posix/tree_session.h"
 
-#include "platform/tree/language_names.h"
+#include "platform/tree/posix/language_names.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,5 @@
 #include "platform/tree/hive_file.h"
 
-#include "platform/tree/host_error.h"
 #include "platform/tree/message_table.h"
 #include "platform/tree/tree_paths.h"
 
@@ -9,11 +8,7 @@
 #include <QMutexLocker>
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace quoril {
 
@@ -57,18 +52,12 @@ void HiveFile::tellOnce(const Error& failure)
     say(text);
 }
 
-Result<HiveFile::Stamp> HiveFile::stampOf(int descriptor, const QString& hostPath)
+Result<HiveFile::Stamp> HiveFile::stampNow(QFile& file)
 {
-    struct stat status = {};
-    if (::fstat(descriptor, &status) != 0)
-        return hostError(errno, hostPath);
-    if (!S_ISREG(status.st_mode))
-        return Error{error::AccessDenied, hostPath + u" is no file"_s};
-    QByteArray base(baseBlockSize, '\0');
-    const ssize_t count = ::pread(descriptor, base.data(), static_cast<std::size_t>(base.size()), 0);
-    base.truncate(std::max<ssize_t>(count, 0));
-    return Stamp{
-        status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec, base};
+    const Result<HostFileStamp> stamp = stampOf(file);
+    if (!stamp)
+        return stamp.failure();
+    return Stamp{*stamp, file.peek(baseBlockSize)};
 }
 
 Status HiveFile::readIfReplaced()
@@ -79,27 +68,19 @@ Status HiveFile::readIfReplaced()
     if (!host)
         return host.failure();
     m_hostPath = *host;
-    const int descriptor
-        = ::open(QFile::encodeName(m_hostPath).constData(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (descriptor < 0)
-        return hostError(errno, m_hostPath);
-    Status status;
-    Result<Stamp> stamp = stampOf(descriptor, m_hostPath);
+    const Result<std::unique_ptr<QFile>> file = openRegularFile(m_hostPath, HostOpen::Read);
+    if (!file)
+        return file.failure();
+    Result<Stamp> stamp = stampNow(**file);
     if (!stamp)
-        status = stamp.failure();
-    else if (!root() || *stamp != m_stamp)
-        status = load(descriptor, *std::move(stamp));
-    ::close(descriptor);
-    return status;
+        return stamp.failure();
+    return root() && *stamp == m_stamp ? Status() : load(**file, *std::move(stamp));
 }
 
-Status HiveFile::load(int descriptor, Stamp stamp)
+Status HiveFile::load(QFile& file, Stamp stamp)
 {
-    if (stamp.size > largestHive)
+    if (stamp.file.size > largestHive)
         return Error{error::RegistryCorrupt, m_hostPath + u" is too large for a hive"_s};
-    QFile file;
-    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::DontCloseHandle) || !file.seek(0))
-        return Error{error::AccessDenied, file.errorString()};
     Result<regf::Hive> hive = regf::Hive::parse(file.readAll());
     if (!hive)
         return hive.failure();
@@ -205,10 +186,8 @@ Status HiveFile::commit()
     }
     if (m_isDirty) {
         // The state in memory is that of the new file.
-        const int descriptor = ::open(QFile::encodeName(m_hostPath).constData(), O_RDONLY | O_CLOEXEC);
-        Result<Stamp> stamp = stampOf(descriptor, m_hostPath);
-        if (descriptor >= 0)
-            ::close(descriptor);
+        const Result<std::unique_ptr<QFile>> file = openRegularFile(m_hostPath, HostOpen::Read);
+        Result<Stamp> stamp = file ? stampNow(**file) : Result<Stamp>(file.failure());
         m_stamp = stamp ? *std::move(stamp) : Stamp();
     }
     m_isDirty = false;

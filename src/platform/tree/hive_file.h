@@ -2,12 +2,12 @@
 
 #include "platform/tree/file_lock.h"
 #include "platform/tree/hive_store.h"
+#include "platform/tree/host_file.h"
 
 #include <QByteArray>
 #include <QString>
 
 #include <memory>
-#include <sys/types.h>
 
 namespace quoril {
 
@@ -42,23 +42,19 @@ private:
     /// Tells one state of the file from another.
     struct Stamp
     {
-        dev_t device = 0;
-        ino_t inode = 0;
-        off_t size = -1;
-        qint64 seconds = 0;
-        qint64 nanoseconds = 0;
-        QByteArray baseBlock; // an inode's number and the time may be those of the file before
+        HostFileStamp file;
+        QByteArray baseBlock; // a file's number and the time may be those of the file before
 
         friend bool operator==(const Stamp&, const Stamp&) = default;
     };
 
     Status readIfReplaced();
-    Status load(int descriptor, Stamp stamp);
+    Status load(QFile& file, Stamp stamp);
     Status refuseDamage();
     Status write();
     void drop();
     void tellOnce(const Error& failure);
-    static Result<Stamp> stampOf(int descriptor, const QString& hostPath);
+    static Result<Stamp> stampNow(QFile& file);
 
     const TreePaths& m_paths;
     QString m_machinePath;

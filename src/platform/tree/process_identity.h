@@ -3,7 +3,6 @@
 #include <QByteArray>
 
 #include <optional>
-#include <sys/types.h>
 
 namespace quoril {
 
@@ -11,13 +10,14 @@ namespace quoril {
 /// number, the time of its start, the run of the host, and the program that it runs.
 struct ProcessIdentity
 {
-    pid_t pid = 0;
+    int pid = 0;
     quint64 startTicks = 0; // since the host's start
     QByteArray boot; // the kernel's name for its run
     QByteArray image; // the program's path
 
-    /// The process as it is now; none if there is no such process or it has ended without being waited for.
-    static std::optional<ProcessIdentity> of(pid_t pid);
+    /// The process as it is now; none on a host that runs no services of a tree, and if there is no such
+    /// process or it has ended without being waited for.
+    static std::optional<ProcessIdentity> of(int pid);
 
     bool isAlive() const;
 

@@ -3,7 +3,8 @@
 #include "formats/regf_hive.h"
 #include "platform/tree/file_lock.h"
 #include "platform/tree/hive_store.h"
-#include "platform/tree/host_error.h"
+#include "platform/tree/host_command.h"
+#include "platform/tree/host_file.h"
 #include "platform/tree/registry_text.h"
 #include "platform/tree/tree_paths.h"
 #include "platform/tree/tree_registry.h"
@@ -13,9 +14,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
-
-#include <cerrno>
-#include <cstdio>
 
 namespace quoril {
 
@@ -103,7 +101,8 @@ private:
     static Status copyEmulator(const QString& path)
     {
         QDir().mkpath(QFileInfo(path).path());
-        const QString beside = QCoreApplication::applicationDirPath() + u"/quoril-emulator"_s;
+        const QString beside
+            = QCoreApplication::applicationDirPath() + u"/quoril-emulator"_s + HostProgramSuffix.toString();
         QFile program(beside);
         if (program.exists() && !program.copy(path))
             return Error{error::WriteFault, path + u": "_s + program.errorString()};
@@ -154,9 +153,8 @@ Status createSampleMachine(const QString& folder)
     const QString building = place + u".new"_s;
     QDir(building).removeRecursively();
     Status status = Builder(building).build();
-    if (status
-        && std::rename(QFile::encodeName(building).constData(), QFile::encodeName(place).constData()) != 0)
-        status = hostError(errno, place);
+    if (status)
+        status = moveHostFile(building, place);
     if (!status)
         QDir(building).removeRecursively();
     return status;

@@ -4,16 +4,12 @@
 #include "formats/evt_reader.h"
 #include "formats/evtx_reader.h"
 #include "platform/tree/file_lock.h"
-#include "platform/tree/host_error.h"
 #include "platform/tree/host_file.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
-#include <unistd.h>
 #include <vector>
 
 namespace quoril {
@@ -53,7 +49,7 @@ template <typename Reader> class FileSource : public Source
 public:
     static Result<std::unique_ptr<Source>> open(const QString& hostPath, const EventSpan& span)
     {
-        Result<std::unique_ptr<QFile>> file = openRegularFile(hostPath, O_RDONLY, QIODevice::ReadOnly);
+        Result<std::unique_ptr<QFile>> file = openRegularFile(hostPath, HostOpen::Read);
         if (!file)
             return file.failure();
         Result<Reader> reader = Reader::open(**file);
@@ -136,8 +132,7 @@ Status TreeEventLogs::report(QStringView name, const EventEntry& entry)
     const auto lock = FileLock::acquire(info.path() + u"/."_s + info.fileName() + u".lock"_s);
     if (!lock)
         return lock.failure();
-    const Result<std::unique_ptr<QFile>> file
-        = openRegularFile(*host, O_RDWR | O_CREAT, QIODevice::ReadWrite);
+    const Result<std::unique_ptr<QFile>> file = openRegularFile(*host, HostOpen::ReadWrite);
     if (!file)
         return file.failure();
     Result<EvtAppender> appender = EvtAppender::open(**file);
@@ -147,9 +142,7 @@ Status TreeEventLogs::report(QStringView name, const EventEntry& entry)
         return status;
     if (Status status = appender->finish(); !status)
         return status;
-    if (!(*file)->flush() || ::fdatasync((*file)->handle()) != 0)
-        return hostError(errno, *host);
-    return {};
+    return flushToDisk(**file);
 }
 
 } // namespace quoril

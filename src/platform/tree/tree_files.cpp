@@ -2,7 +2,6 @@
 
 #include "formats/name_case.h"
 #include "formats/version_block.h"
-#include "platform/tree/host_error.h"
 #include "platform/tree/host_file.h"
 #include "platform/tree/tree_paths.h"
 
@@ -11,18 +10,15 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cerrno>
 #include <compare>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace quoril {
 
 namespace {
 
-Result<std::unique_ptr<QIODevice>> openDevice(const QString& hostPath, int flags, QIODevice::OpenMode mode)
+Result<std::unique_ptr<QIODevice>> openDevice(const QString& hostPath, HostOpen purpose)
 {
-    Result<std::unique_ptr<QFile>> file = openRegularFile(hostPath, flags, mode);
+    Result<std::unique_ptr<QFile>> file = openRegularFile(hostPath, purpose);
     if (!file)
         return file.failure();
     return std::unique_ptr<QIODevice>(*std::move(file));
@@ -68,7 +64,7 @@ Result<std::unique_ptr<QIODevice>> TreeFiles::openForReading(QStringView path)
     const Result<QString> host = m_paths.existing(path);
     if (!host)
         return host.failure();
-    return openDevice(*host, O_RDONLY, QIODevice::ReadOnly);
+    return openDevice(*host, HostOpen::Read);
 }
 
 Result<std::unique_ptr<QIODevice>> TreeFiles::openForWriting(QStringView path)
@@ -76,7 +72,7 @@ Result<std::unique_ptr<QIODevice>> TreeFiles::openForWriting(QStringView path)
     const Result<QString> host = m_paths.forCreation(path);
     if (!host)
         return host.failure();
-    return openDevice(*host, O_WRONLY | O_CREAT | O_TRUNC, QIODevice::WriteOnly);
+    return openDevice(*host, HostOpen::Write);
 }
 
 Status TreeFiles::remove(QStringView path)
@@ -84,9 +80,7 @@ Status TreeFiles::remove(QStringView path)
     const Result<QString> host = m_paths.existing(path);
     if (!host)
         return host.failure();
-    if (::unlink(QFile::encodeName(*host).constData()) != 0)
-        return errno == EISDIR || errno == EPERM ? Error{error::AccessDenied, {}} : hostError(errno);
-    return {};
+    return removeHostFile(*host);
 }
 
 Result<QStringList> TreeFiles::find(QStringView pattern)

@@ -2,13 +2,13 @@
 
 #include "platform/machine.h"
 #include "platform/services.h"
+#include "platform/session.h"
 #include "platform/system_clock.h"
 #include "platform/tree/tree_event_logs.h"
 #include "platform/tree/tree_files.h"
 #include "platform/tree/tree_paths.h"
 #include "platform/tree/tree_processes.h"
 #include "platform/tree/tree_registry.h"
-#include "platform/tree/tree_session.h"
 #include "platform/tree/tree_system_info.h"
 
 #include <QString>
@@ -31,7 +31,7 @@ public:
     TreeProcesses& processes() override { return m_processes; }
     Files& files() override { return m_files; }
     SystemInfo& systemInfo() override { return m_systemInfo; }
-    Session& session() override { return m_session; }
+    Session& session() override { return *m_session; }
     Clock& clock() override { return m_clock; }
 
     /// The machine's paths and where they lie on the host.
@@ -45,11 +45,14 @@ private:
     TreeProcesses m_processes;
     TreeFiles m_files;
     TreeSystemInfo m_systemInfo;
-    TreeSession m_session;
+    std::unique_ptr<Session> m_session;
     std::unique_ptr<ServiceControl> m_services; // uses the others, so it goes first
 };
 
 /// The service manager of the tree. The machine is not owned and lives longer.
 std::unique_ptr<ServiceControl> makeTreeServiceControl(TreeMachine& machine);
+
+/// The session of the person on the host, whose machine a tree is.
+std::unique_ptr<Session> openHostSession();
 
 } // namespace quoril

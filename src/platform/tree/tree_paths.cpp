@@ -1,5 +1,7 @@
 #include "platform/tree/tree_paths.h"
 
+#include "platform/tree/host_file.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -7,8 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <sys/stat.h>
 
 namespace quoril {
 
@@ -81,22 +81,6 @@ Status appendNames(QStringList& names, QStringView path)
     return {};
 }
 
-struct HostEntry
-{
-    bool exists = false;
-    bool isFolder = false;
-    bool isLink = false;
-    int failure = 0;
-};
-
-HostEntry lookAt(const QString& hostPath)
-{
-    struct stat status = {};
-    if (::lstat(QFile::encodeName(hostPath).constData(), &status) != 0)
-        return {.failure = errno};
-    return {.exists = true, .isFolder = S_ISDIR(status.st_mode), .isLink = S_ISLNK(status.st_mode)};
-}
-
 /// The folder's entry of that name without regard to case, empty if there is none.
 QString entryOfAnyCase(const QString& folder, QStringView name)
 {
@@ -109,20 +93,20 @@ QString entryOfAnyCase(const QString& folder, QStringView name)
 
 } // namespace
 
-TreePaths::TreePaths(const QString& root) : m_root(QFileInfo(root).canonicalFilePath())
+TreePaths::TreePaths(const QString& root) : m_root(realHostPath(root))
 {
     if (m_root.isEmpty())
         m_root = QDir::cleanPath(QFileInfo(root).absoluteFilePath());
-    const QString here = QFileInfo(QDir::currentPath()).canonicalFilePath();
+    const QString here = realHostPath(QDir::currentPath());
     if (here != m_root && contains(here))
         m_current = here.mid(m_root.size() + 1).split(u'/', Qt::SkipEmptyParts);
 }
 
 bool TreePaths::contains(const QString& hostPath) const
 {
-    return hostPath == m_root || m_root == u"/"
-        || (hostPath.startsWith(m_root) && hostPath.size() > m_root.size()
-            && hostPath[m_root.size()] == u'/');
+    // A root that is a whole disk ends in a separator itself.
+    return hostPath == m_root
+        || (hostPath.startsWith(m_root) && (m_root.endsWith(u'/') || hostPath[m_root.size()] == u'/'));
 }
 
 Result<QStringList> TreePaths::components(QStringView path) const
@@ -158,22 +142,20 @@ Result<QStringList> TreePaths::components(QStringView path) const
 Result<QString> TreePaths::step(const QString& folder, const QString& name) const
 {
     QString path = folder + u'/' + name;
-    HostEntry entry = lookAt(path);
-    if (!entry.exists) {
-        if (entry.failure == EACCES)
-            return Error{error::AccessDenied, {}};
-        if (entry.failure == ENAMETOOLONG)
-            return Error{error::InvalidName, {}};
+    Result<HostEntry> entry = hostEntry(path);
+    if (!entry) {
+        if (entry.errorNumber() != error::FileNotFound)
+            return entry.failure();
         const QString other = entryOfAnyCase(folder, name);
         if (other.isEmpty())
             return Error{error::FileNotFound, {}};
         path = folder + u'/' + other;
-        entry = lookAt(path);
+        entry = hostEntry(path);
     }
-    if (!entry.isLink)
+    if (!entry || !entry->isLink)
         return path;
     // A link with no end is not followed either: writing through it would make a file wherever it points.
-    const QString target = QFileInfo(path).canonicalFilePath();
+    const QString target = realHostPath(path);
     if (target.isEmpty() || !contains(target))
         return Error{error::AccessDenied, path + u" leads out of the tree"_s};
     return target;
@@ -223,7 +205,7 @@ QString TreePaths::machinePath(const QString& hostPath) const
     const QString clean = QDir::cleanPath(hostPath);
     if (!contains(clean))
         return {};
-    QString below = clean.mid(m_root == u"/" ? 1 : m_root.size() + 1);
+    QString below = clean.mid(m_root.size() + (m_root.endsWith(u'/') ? 0 : 1));
     return u"C:\\"_s + below.replace(u'/', u'\\');
 }
 

@@ -3,7 +3,7 @@
 #include "platform/command_line.h"
 #include "platform/tree/desktop_programs.h"
 #include "platform/tree/exit_code.h"
-#include "platform/tree/host_process.h"
+#include "platform/tree/host_command.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QFile>
@@ -108,10 +108,7 @@ Result<std::unique_ptr<Process>> TreeProcesses::create(QStringView applicationNa
     for (const QString& argument : std::as_const(program.arguments))
         command.arguments.append(QFile::encodeName(argument));
     command.asksForExitCode = true;
-    Result<std::unique_ptr<HostProcess>> process = HostProcess::start(command);
-    if (!process)
-        return process.failure();
-    return std::unique_ptr<Process>(*std::move(process));
+    return startHostProgram(command);
 }
 
 } // namespace quoril

@@ -1,14 +1,13 @@
 #include "platform/tree/tree_service_database.h"
 
 #include "formats/name_case.h"
-#include "platform/tree/host_file.h"
+#include "platform/tree/host_command.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_state.h"
 
 #include <QtEndian>
 
 #include <algorithm>
-#include <fcntl.h>
 
 namespace quoril {
 
@@ -103,16 +102,6 @@ QStringList storedNames(Registry& registry)
             break;
     }
     return names;
-}
-
-/// Whether the host's kernel runs the file itself: others it may hand to a helper, programs of Windows above
-/// all.
-bool isHostProgram(const QString& hostPath)
-{
-    const auto file = openRegularFile(hostPath, O_RDONLY, QIODevice::ReadOnly);
-    const QByteArray magic = file ? (*file)->read(4) : QByteArray();
-    constexpr QByteArrayView elf = "\x7f\x45\x4c\x46";
-    return magic == elf || magic.startsWith("#!");
 }
 
 /// The first failure of a row of steps; what follows it is not done.

@@ -2,14 +2,12 @@
 
 #include "platform/tree/file_lock.h"
 #include "platform/tree/host_file.h"
+#include "platform/tree/host_system.h"
 #include "platform/tree/tree_machine.h"
 
 #include <QFile>
 
 #include <array>
-#include <fcntl.h>
-#include <pwd.h>
-#include <unistd.h>
 
 namespace quoril {
 
@@ -37,20 +35,11 @@ QString lockFile(const QString& parent)
     return parent + u"/.database"_s;
 }
 
-QString ownerName()
-{
-    const passwd* user = ::getpwuid(::getuid());
-    const QString name = user ? QString::fromLocal8Bit(user->pw_name) : QString::number(::getuid());
-    std::array<char, 256> host = {};
-    ::gethostname(host.data(), host.size() - 1);
-    return QString::fromLocal8Bit(host.data()) + u'\\' + name;
-}
-
 class TreeDatabaseLock : public ServiceDatabaseLock
 {
 public:
     explicit TreeDatabaseLock(TryLock lock) : m_lock(std::move(lock)) { }
-    ~TreeDatabaseLock() override { (void)::ftruncate(m_lock.descriptor(), 0); }
+    ~TreeDatabaseLock() override { (void)m_lock.write({}).ok(); }
 
 private:
     TryLock m_lock;
@@ -130,10 +119,9 @@ Result<std::unique_ptr<ServiceDatabaseLock>> TreeServiceManager::lockDatabase()
     if (!lock.isHeld())
         return lock.state().failure();
     const QByteArray holder
-        = QByteArray::number(m_machine.clock().now()) + '\n' + ownerName().toUtf8() + '\n';
-    if (::ftruncate(lock.descriptor(), 0) != 0
-        || ::pwrite(lock.descriptor(), holder.constData(), static_cast<std::size_t>(holder.size()), 0) < 0)
-        return Error{error::DiskFull, lockFile(*parent)};
+        = QByteArray::number(m_machine.clock().now()) + '\n' + hostUserName().toUtf8() + '\n';
+    if (Status written = lock.write(holder); !written)
+        return written.failure();
     return std::unique_ptr<ServiceDatabaseLock>(std::make_unique<TreeDatabaseLock>(std::move(lock)));
 }
 
@@ -145,7 +133,7 @@ Result<ServiceLockStatus> TreeServiceManager::queryLockStatus(qsizetype limitByt
     const QString parent = ServiceFolder::parent(m_machine.paths());
     if (!parent.isEmpty() && TryLock::isTaken(lockFile(parent))) {
         status.isLocked = true;
-        if (const auto file = openRegularFile(lockFile(parent), O_RDONLY | O_NOFOLLOW, QIODevice::ReadOnly)) {
+        if (const auto file = openRegularFile(lockFile(parent), HostOpen::Read)) {
             const qint64 since = (*file)->readLine(64).trimmed().toLongLong();
             status.owner = QString::fromUtf8((*file)->readLine(1024).trimmed());
             status.secondsHeld = static_cast<quint32>(qMax<qint64>(0, m_machine.clock().now() - since));

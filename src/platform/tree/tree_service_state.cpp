@@ -1,7 +1,6 @@
 #include "platform/tree/tree_service_state.h"
 
 #include "formats/name_case.h"
-#include "platform/tree/host_error.h"
 #include "platform/tree/host_file.h"
 #include "platform/tree/tree_paths.h"
 
@@ -12,12 +11,6 @@
 #include <QMap>
 
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#include <utility>
 
 namespace quoril {
 
@@ -41,14 +34,6 @@ constexpr std::array<StateWord, 7> StateWords = {{
     {service_state::PausePending, "pause-pending"},
     {service_state::Paused, "paused"},
 }};
-
-Error folderError(int number, const QString& about)
-{
-    Error failure = hostError(number, about);
-    if (failure.number == error::AccessDenied)
-        failure.number = error::WriteProtect;
-    return failure;
-}
 
 /// A file name that differs for every service name without regard to case, and means the same on every
 /// host. A name too long for a file is known by its digest.
@@ -87,18 +72,9 @@ Result<QString> madeFolder(const TreePaths& paths, const QString& machinePath)
     const Result<QString> place = paths.forCreation(machinePath);
     if (!place)
         return place.failure();
-    if (::mkdir(QFile::encodeName(*place).constData(), 0777) != 0 && errno != EEXIST)
-        return folderError(errno, *place);
+    if (Status made = makeHostFolder(*place); !made)
+        return made.failure();
     return *place;
-}
-
-/// A write lock of the open file, which unlike one of the process ends with this file alone.
-struct flock wholeFile()
-{
-    struct flock lock = {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    return lock;
 }
 
 constexpr QStringView ParentPath = u"C:\\ProgramData\\Quoril\\services";
@@ -140,41 +116,6 @@ std::optional<ServiceRecord> ServiceRecord::fromText(const QByteArray& text)
     return record;
 }
 
-TryLock::TryLock(const QString& fileName)
-    : m_descriptor(::open(QFile::encodeName(fileName).constData(),
-        O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666))
-{
-    if (m_descriptor < 0) {
-        m_state = folderError(errno, fileName);
-        return;
-    }
-    struct flock whole = wholeFile();
-    if (::fcntl(m_descriptor, F_OFD_SETLK, &whole) == 0)
-        return;
-    const bool isTaken = errno == EAGAIN || errno == EACCES;
-    m_state = isTaken ? Error{error::LockViolation, fileName} : folderError(errno, fileName);
-    release();
-}
-
-bool TryLock::isTaken(const QString& fileName)
-{
-    const auto file = openRegularFile(fileName, O_RDONLY | O_NOFOLLOW, QIODevice::ReadOnly);
-    struct flock whole = wholeFile();
-    return file && ::fcntl((*file)->handle(), F_OFD_GETLK, &whole) == 0 && whole.l_type != F_UNLCK;
-}
-
-TryLock::TryLock(TryLock&& other) noexcept
-    : m_descriptor(std::exchange(other.m_descriptor, -1))
-    , m_state(std::move(other.m_state))
-{
-}
-
-void TryLock::release()
-{
-    if (m_descriptor >= 0)
-        ::close(std::exchange(m_descriptor, -1));
-}
-
 QString ServiceFolder::parent(const TreePaths& paths)
 {
     const Result<QString> there = paths.existing(ParentPath);
@@ -210,8 +151,8 @@ Result<ServiceFolder> ServiceFolder::make(const TreePaths& paths, QStringView se
     ServiceFolder folder(paths, service);
     if (folder.m_path.isEmpty())
         return Error{error::AccessDenied, {}};
-    if (::mkdir(QFile::encodeName(folder.m_path).constData(), 0777) != 0 && errno != EEXIST)
-        return folderError(errno, folder.m_path);
+    if (Status made = makeHostFolder(folder.m_path); !made)
+        return made.failure();
     return folder;
 }
 
@@ -232,12 +173,11 @@ bool ServiceFolder::isStopAsked() const
 
 Status ServiceFolder::askStop() const
 {
-    const int descriptor = ::open(
-        QFile::encodeName(file(u"stop")).constData(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
-    if (descriptor < 0)
-        return folderError(errno, file(u"stop"));
-    ::close(descriptor);
-    return {};
+    const auto made = openRegularFile(file(u"stop"), HostOpen::ReadWrite);
+    if (made)
+        return {};
+    const bool isDenied = made.errorNumber() == error::AccessDenied;
+    return isDenied ? Error{error::WriteProtect, file(u"stop")} : made.failure();
 }
 
 void ServiceFolder::clearRun() const
@@ -277,7 +217,7 @@ ServiceRecord ServiceFolder::current() const
 
 std::optional<ServiceRecord> ServiceFolder::read(QStringView name) const
 {
-    const auto opened = openRegularFile(file(name), O_RDONLY | O_NOFOLLOW, QIODevice::ReadOnly);
+    const auto opened = openRegularFile(file(name), HostOpen::Read);
     return opened ? ServiceRecord::fromText((*opened)->read(MaximumRecordBytes)) : std::nullopt;
 }
 
@@ -292,8 +232,7 @@ Status ServiceFolder::write(QStringView name, const ServiceRecord& record) const
         return Error{error::WriteProtect, temporary};
     const bool written = out.write(text) == text.size() && out.flush();
     out.close();
-    const QByteArray from = QFile::encodeName(temporary);
-    if (written && std::rename(from.constData(), QFile::encodeName(file(name)).constData()) == 0)
+    if (written && moveHostFile(temporary, file(name)))
         return {};
     QFile::remove(temporary);
     return Error{error::WriteFault, file(name)};

@@ -28,32 +28,6 @@ struct ServiceRecord
     static std::optional<ServiceRecord> fromText(const QByteArray& text);
 };
 
-/// A lock between programs that is had at once or not at all. It ends with the object, and with the process.
-class TryLock
-{
-public:
-    /// Made where there is none. Not held if somebody else holds it or the file can't be made.
-    explicit TryLock(const QString& fileName);
-    ~TryLock() { release(); }
-    TryLock(TryLock&& other) noexcept;
-    TryLock& operator=(TryLock&&) = delete;
-
-    /// Whether anybody holds the lock on the file. It is not touched, so nobody's try fails for it.
-    static bool isTaken(const QString& fileName);
-
-    bool isHeld() const { return m_descriptor >= 0; }
-    /// Why it is not held: 33 if somebody else holds it, else what kept the file from being opened, 19 where
-    /// it can't be written.
-    Status state() const { return m_state; }
-    /// The descriptor of the open file.
-    int descriptor() const { return m_descriptor; }
-    void release();
-
-private:
-    int m_descriptor = -1;
-    Status m_state;
-};
-
 /// The folder of the tree in which one service's state lives, ProgramData\Quoril\services\<name>.
 class ServiceFolder
 {

@@ -1,16 +1,13 @@
 #include "platform/tree/tree_system_info.h"
 
 #include "platform/registry.h"
-#include "platform/tree/host_error.h"
+#include "platform/tree/host_system.h"
 #include "platform/tree/message_table.h"
 #include "platform/tree/tree_system_version.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QStandardPaths>
-
-#include <cerrno>
-#include <unistd.h>
 
 namespace quoril {
 
@@ -47,11 +44,7 @@ ProcessorInfo TreeSystemInfo::processors() const
 
 Result<quint64> TreeSystemInfo::physicalMemory() const
 {
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long pageSize = ::sysconf(_SC_PAGESIZE);
-    if (pages < 0 || pageSize < 0)
-        return hostError(errno);
-    return quint64(pages) * quint64(pageSize);
+    return hostMemory();
 }
 
 QString TreeSystemInfo::windowsDirectory() const

@@ -32,7 +32,7 @@ QByteArray imageOf(const QByteArray& folder)
 
 } // namespace
 
-std::optional<ProcessIdentity> ProcessIdentity::of(pid_t pid)
+std::optional<ProcessIdentity> ProcessIdentity::of(int pid)
 {
     if (pid <= 0)
         return std::nullopt;

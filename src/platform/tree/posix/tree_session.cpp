@@ -1,9 +1,10 @@
-#include "platform/tree/tree_session.h"
+#include "platform/tree/posix/tree_session.h"
 
-#include "platform/tree/language_names.h"
-#include "platform/tree/lock_keys.h"
-#include "platform/tree/workstation_lock.h"
-#include "platform/tree/x11_windows.h"
+#include "platform/tree/posix/language_names.h"
+#include "platform/tree/posix/lock_keys.h"
+#include "platform/tree/posix/workstation_lock.h"
+#include "platform/tree/posix/x11_windows.h"
+#include "platform/tree/tree_machine.h"
 
 namespace quoril {
 
@@ -38,6 +39,11 @@ LockKeys TreeSession::lockKeys() const
 Status TreeSession::lockWorkstation()
 {
     return lockWorkstationOverBus();
+}
+
+std::unique_ptr<Session> openHostSession()
+{
+    return std::make_unique<TreeSession>();
 }
 
 } // namespace quoril

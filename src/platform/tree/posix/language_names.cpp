@@ -1,4 +1,4 @@
-#include "platform/tree/language_names.h"
+#include "platform/tree/posix/language_names.h"
 
 #include <QFile>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "platform/tree/lock_keys.h"
+#include "platform/tree/posix/lock_keys.h"
 
 #include <QLibrary>
 #include <QString>

@@ -1,6 +1,7 @@
 #include "platform/tree/file_lock.h"
 
-#include "platform/tree/host_error.h"
+#include "platform/tree/host_file.h"
+#include "platform/tree/posix/host_error.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -38,15 +39,6 @@ private:
     int m_number;
 };
 
-/// A folder that the user may not write is to him what a write-protected disk is.
-Error changeError(int number, const QString& about)
-{
-    Error failure = hostError(number, about);
-    if (failure.number == error::AccessDenied)
-        failure.number = error::WriteProtect;
-    return failure;
-}
-
 int writeAll(int descriptor, const QByteArray& bytes)
 {
     qsizetype done = 0;
@@ -73,6 +65,15 @@ void takeOwnerAndMode(int descriptor, const QByteArray& of)
     ::fchmod(descriptor, status.st_mode & 07777);
 }
 
+/// A write lock of the open file, which unlike one of the process ends with this file alone.
+struct flock wholeFile()
+{
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    return lock;
+}
+
 } // namespace
 
 Result<std::unique_ptr<FileLock>> FileLock::acquire(const QString& fileName)
@@ -95,7 +96,43 @@ Result<std::unique_ptr<FileLock>> FileLock::acquire(const QString& fileName)
 
 FileLock::~FileLock()
 {
-    ::close(m_descriptor);
+    ::close(static_cast<int>(m_file));
+}
+
+TryLock::TryLock(const QString& fileName)
+{
+    Descriptor file(::open(QFile::encodeName(fileName).constData(),
+        O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666));
+    struct flock whole = wholeFile();
+    if (file.get() >= 0 && ::fcntl(file.get(), F_OFD_SETLK, &whole) == 0) {
+        m_file = file.release();
+        return;
+    }
+    const bool isTaken = file.get() >= 0 && (errno == EAGAIN || errno == EACCES);
+    m_state = isTaken ? Error{error::LockViolation, fileName} : changeError(errno, fileName);
+}
+
+bool TryLock::isTaken(const QString& fileName)
+{
+    const auto file = openRegularFile(fileName, HostOpen::Read);
+    struct flock whole = wholeFile();
+    return file && ::fcntl((*file)->handle(), F_OFD_GETLK, &whole) == 0 && whole.l_type != F_UNLCK;
+}
+
+Status TryLock::write(const QByteArray& text)
+{
+    const auto descriptor = static_cast<int>(m_file);
+    const auto size = static_cast<std::size_t>(text.size());
+    if (::ftruncate(descriptor, 0) == 0
+        && ::pwrite(descriptor, text.constData(), size, 0) == static_cast<ssize_t>(size))
+        return {};
+    return Error{error::DiskFull, {}};
+}
+
+void TryLock::release()
+{
+    if (isHeld())
+        ::close(static_cast<int>(std::exchange(m_file, FileLock::None)));
 }
 
 Status replaceFile(const QString& fileName, const QByteArray& bytes)

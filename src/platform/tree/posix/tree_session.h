@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/session.h"
-#include "platform/tree/broadcast_channel.h"
+#include "platform/tree/posix/broadcast_channel.h"
 
 namespace quoril {
 

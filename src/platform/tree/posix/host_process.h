@@ -1,26 +1,12 @@
 #pragma once
 
 #include "platform/processes.h"
-
-#include <QByteArray>
-#include <QList>
-#include <QString>
+#include "platform/tree/host_command.h"
 
 #include <optional>
 #include <sys/types.h>
 
 namespace quoril {
-
-/// What a program of the host is started with.
-struct HostCommand
-{
-    QString program;
-    QList<QByteArray> arguments; // the program's name first
-    QList<QByteArray> environment; // "NAME=value"
-    QString folder;
-    int output = -1; // a descriptor for its standard output, which else leads nowhere
-    bool asksForExitCode = false; // it gets the file of exit_code.h, and its environment the variable
-};
 
 /// A child process of the host. It is not left behind as a zombie, whoever drops the object when.
 class HostProcess : public Process

@@ -1,8 +1,8 @@
 #include "platform/tree/tree_service_host.h"
 
 #include "platform/tree/exit_code.h"
-#include "platform/tree/host_error.h"
-#include "platform/tree/host_process.h"
+#include "platform/tree/posix/host_error.h"
+#include "platform/tree/posix/host_process.h"
 #include "platform/tree/process_identity.h"
 #include "platform/tree/tree_machine.h"
 

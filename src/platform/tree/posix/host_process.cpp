@@ -1,7 +1,8 @@
-#include "platform/tree/host_process.h"
+#include "platform/tree/posix/host_process.h"
 
+#include "platform/tree/host_file.h"
 #include "platform/tree/exit_code.h"
-#include "platform/tree/host_error.h"
+#include "platform/tree/posix/host_error.h"
 
 #include <QFile>
 
@@ -192,6 +193,22 @@ Status HostProcess::terminate(quint32 exitCode)
         return hostError(errno);
     m_terminationCode = exitCode;
     return {};
+}
+
+Result<std::unique_ptr<Process>> startHostProgram(const HostCommand& command)
+{
+    Result<std::unique_ptr<HostProcess>> process = HostProcess::start(command);
+    if (!process)
+        return process.failure();
+    return std::unique_ptr<Process>(*std::move(process));
+}
+
+bool isHostProgram(const QString& hostPath)
+{
+    const auto file = openRegularFile(hostPath, HostOpen::Read);
+    const QByteArray magic = file ? (*file)->read(4) : QByteArray();
+    constexpr QByteArrayView elf = "\x7f\x45\x4c\x46";
+    return magic == elf || magic.startsWith("#!");
 }
 
 } // namespace quoril

@@ -1,4 +1,4 @@
-#include "platform/tree/host_error.h"
+#include "platform/tree/posix/host_error.h"
 
 #include <cerrno>
 #include <cstring>
@@ -49,6 +49,14 @@ Error hostError(int number, const QString& about)
 {
     const QString text = QString::fromLocal8Bit(std::strerror(number));
     return {windowsNumber(number), about.isEmpty() ? text : about + u": "_s + text};
+}
+
+Error changeError(int number, const QString& about)
+{
+    Error failure = hostError(number, about);
+    if (failure.number == error::AccessDenied)
+        failure.number = error::WriteProtect;
+    return failure;
 }
 
 } // namespace quoril

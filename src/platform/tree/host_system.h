@@ -1,0 +1,15 @@
+#pragma once
+
+#include "formats/error.h"
+
+#include <QString>
+
+namespace quoril {
+
+/// The computer and the user that this program runs for, "HOST\user".
+QString hostUserName();
+
+/// The host's whole physical memory in bytes.
+Result<quint64> hostMemory();
+
+} // namespace quoril

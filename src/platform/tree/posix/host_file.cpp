@@ -1,0 +1,108 @@
+#include "platform/tree/host_file.h"
+
+#include "platform/tree/posix/host_error.h"
+
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quoril {
+
+namespace {
+
+struct OpenWay
+{
+    int flags;
+    QIODevice::OpenMode mode;
+};
+
+OpenWay wayOf(HostOpen purpose)
+{
+    switch (purpose) {
+    case HostOpen::Write:
+        return {O_WRONLY | O_CREAT | O_TRUNC, QIODevice::WriteOnly};
+    case HostOpen::ReadWrite:
+        return {O_RDWR | O_CREAT, QIODevice::ReadWrite};
+    case HostOpen::Read:
+        break;
+    }
+    return {O_RDONLY, QIODevice::ReadOnly};
+}
+
+} // namespace
+
+Result<std::unique_ptr<QFile>> openRegularFile(const QString& hostPath, HostOpen purpose)
+{
+    const OpenWay way = wayOf(purpose);
+    const int descriptor = ::open(
+        QFile::encodeName(hostPath).constData(), way.flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+    if (descriptor < 0)
+        return hostError(errno, hostPath);
+    struct stat status = {};
+    auto file = std::make_unique<QFile>();
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)
+        || !file->open(descriptor, way.mode, QFileDevice::AutoCloseHandle)) {
+        ::close(descriptor);
+        return Error{error::AccessDenied, hostPath};
+    }
+    return file;
+}
+
+Result<HostFileStamp> stampOf(const QFile& file)
+{
+    struct stat status = {};
+    if (::fstat(file.handle(), &status) != 0)
+        return hostError(errno);
+    constexpr qint64 nanosecondsPerSecond = 1000000000;
+    return HostFileStamp{status.st_dev, status.st_ino, status.st_size,
+        status.st_mtim.tv_sec * nanosecondsPerSecond + status.st_mtim.tv_nsec};
+}
+
+Status flushToDisk(QFile& file)
+{
+    return file.flush() && ::fdatasync(file.handle()) == 0 ? Status() : Status(hostError(errno));
+}
+
+Status removeHostFile(const QString& hostPath)
+{
+    if (::unlink(QFile::encodeName(hostPath).constData()) == 0)
+        return {};
+    return errno == EISDIR || errno == EPERM ? Error{error::AccessDenied, hostPath}
+                                             : hostError(errno, hostPath);
+}
+
+Status makeHostFolder(const QString& hostPath)
+{
+    if (::mkdir(QFile::encodeName(hostPath).constData(), 0777) == 0 || errno == EEXIST)
+        return {};
+    return changeError(errno, hostPath);
+}
+
+Status moveHostFile(const QString& from, const QString& to)
+{
+    const QByteArray target = QFile::encodeName(to);
+    return std::rename(QFile::encodeName(from).constData(), target.constData()) == 0
+        ? Status()
+        : Status(changeError(errno, to));
+}
+
+Result<HostEntry> hostEntry(const QString& hostPath)
+{
+    struct stat status = {};
+    if (::lstat(QFile::encodeName(hostPath).constData(), &status) == 0)
+        return HostEntry{S_ISLNK(status.st_mode)};
+    if (errno == EACCES || errno == ENAMETOOLONG)
+        return hostError(errno, hostPath);
+    return Error{error::FileNotFound, hostPath};
+}
+
+QString realHostPath(const QString& hostPath)
+{
+    return QFileInfo(hostPath).canonicalFilePath();
+}
+
+} // namespace quoril

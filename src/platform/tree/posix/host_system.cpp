@@ -1,0 +1,30 @@
+#include "platform/tree/host_system.h"
+
+#include "platform/tree/posix/host_error.h"
+
+#include <array>
+#include <cerrno>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace quoril {
+
+QString hostUserName()
+{
+    const passwd* user = ::getpwuid(::getuid());
+    const QString name = user ? QString::fromLocal8Bit(user->pw_name) : QString::number(::getuid());
+    std::array<char, 256> host = {};
+    ::gethostname(host.data(), host.size() - 1);
+    return QString::fromLocal8Bit(host.data()) + u'\\' + name;
+}
+
+Result<quint64> hostMemory()
+{
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGESIZE);
+    if (pages < 0 || pageSize < 0)
+        return hostError(errno);
+    return quint64(pages) * quint64(pageSize);
+}
+
+} // namespace quoril

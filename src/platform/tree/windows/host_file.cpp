@@ -1,0 +1,184 @@
+#include "platform/tree/host_file.h"
+
+#include "platform/tree/windows/host_handle.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <array>
+#include <cstdint>
+#include <fcntl.h>
+#include <io.h>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+struct OpenWay
+{
+    DWORD access;
+    DWORD disposition;
+    int flags;
+    QIODevice::OpenMode mode;
+};
+
+OpenWay wayOf(HostOpen purpose)
+{
+    switch (purpose) {
+    case HostOpen::Write:
+        return {GENERIC_WRITE, OPEN_ALWAYS, _O_BINARY, QIODevice::WriteOnly};
+    case HostOpen::ReadWrite:
+        return {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, _O_BINARY, QIODevice::ReadWrite};
+    case HostOpen::Read:
+        break;
+    }
+    return {GENERIC_READ, OPEN_EXISTING, _O_BINARY | _O_RDONLY, QIODevice::ReadOnly};
+}
+
+/// Neither a device nor a pipe, folder or link.
+bool isRegularFile(HANDLE handle)
+{
+    BY_HANDLE_FILE_INFORMATION information = {};
+    constexpr DWORD others = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
+    return ::GetFileType(handle) == FILE_TYPE_DISK && ::GetFileInformationByHandle(handle, &information)
+        && (information.dwFileAttributes & others) == 0;
+}
+
+HANDLE handleOf(const QFile& file)
+{
+    return reinterpret_cast<HANDLE>(::_get_osfhandle(file.handle()));
+}
+
+quint64 joined(DWORD high, DWORD low)
+{
+    return quint64(high) << 32 | low;
+}
+
+} // namespace
+
+HostPath::HostPath(const QString& hostPath) : m_path(QDir::toNativeSeparators(QDir::cleanPath(hostPath)))
+{
+    const bool hasDrive = m_path.size() > 2 && m_path[1] == u':' && m_path[2] == u'\\';
+    if (hasDrive)
+        m_path.prepend(u"\\\\?\\"_s);
+}
+
+Error lastHostError(const QString& about)
+{
+    return {::GetLastError(), about};
+}
+
+Error lastChangeError(const QString& about)
+{
+    Error failure = lastHostError(about);
+    if (failure.number == error::AccessDenied)
+        failure.number = error::WriteProtect;
+    return failure;
+}
+
+Result<std::unique_ptr<QFile>> openRegularFile(const QString& hostPath, HostOpen purpose)
+{
+    const OpenWay way = wayOf(purpose);
+    HostHandle handle(::CreateFileW(HostPath(hostPath).text(), way.access, shareAll, nullptr, way.disposition,
+        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (!handle.isOpen())
+        return lastHostError(hostPath);
+    if (!isRegularFile(handle.get()))
+        return Error{error::AccessDenied, hostPath};
+    // Not before it is known to be a file, and with its attributes kept.
+    if (purpose == HostOpen::Write && !::SetEndOfFile(handle.get()))
+        return lastHostError(hostPath);
+    const int descriptor = ::_open_osfhandle(reinterpret_cast<std::intptr_t>(handle.get()), way.flags);
+    if (descriptor < 0)
+        return Error{error::NotEnoughMemory, hostPath};
+    static_cast<void>(handle.release());
+    auto file = std::make_unique<QFile>();
+    if (file->open(descriptor, way.mode, QFileDevice::AutoCloseHandle))
+        return file;
+    ::_close(descriptor);
+    return Error{error::AccessDenied, hostPath};
+}
+
+Result<HostFileStamp> stampOf(const QFile& file)
+{
+    BY_HANDLE_FILE_INFORMATION is = {};
+    if (!::GetFileInformationByHandle(handleOf(file), &is))
+        return lastHostError({});
+    const FILETIME changed = is.ftLastWriteTime;
+    return HostFileStamp{is.dwVolumeSerialNumber, joined(is.nFileIndexHigh, is.nFileIndexLow),
+        static_cast<qint64>(joined(is.nFileSizeHigh, is.nFileSizeLow)),
+        static_cast<qint64>(joined(changed.dwHighDateTime, changed.dwLowDateTime))};
+}
+
+Status flushToDisk(QFile& file)
+{
+    return file.flush() && ::FlushFileBuffers(handleOf(file)) ? Status() : Status(lastHostError({}));
+}
+
+Status removeHostFile(const QString& hostPath)
+{
+    return ::DeleteFileW(HostPath(hostPath).text()) ? Status() : Status(lastHostError(hostPath));
+}
+
+Status makeHostFolder(const QString& hostPath)
+{
+    if (::CreateDirectoryW(HostPath(hostPath).text(), nullptr) || ::GetLastError() == ERROR_ALREADY_EXISTS)
+        return {};
+    return lastChangeError(hostPath);
+}
+
+Status moveHostFile(const QString& from, const QString& to)
+{
+    const HostPath source(from);
+    const HostPath target(to);
+    // Whoever reads the file at this moment, a virus scanner too, keeps it from being replaced.
+    constexpr int tries = 100;
+    constexpr DWORD pauseMilliseconds = 10;
+    for (int i = 0;; ++i) {
+        if (::MoveFileExW(source.text(), target.text(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            return {};
+        const DWORD failure = ::GetLastError();
+        const bool mayPass = failure == ERROR_SHARING_VIOLATION || failure == ERROR_ACCESS_DENIED;
+        if (!mayPass || i == tries) {
+            ::SetLastError(failure);
+            return lastChangeError(to);
+        }
+        ::Sleep(pauseMilliseconds);
+    }
+}
+
+Result<HostEntry> hostEntry(const QString& hostPath)
+{
+    const DWORD attributes = ::GetFileAttributesW(HostPath(hostPath).text());
+    if (attributes != INVALID_FILE_ATTRIBUTES)
+        return HostEntry{(attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
+    Error failure = lastHostError(hostPath);
+    if (failure.number == error::PathNotFound)
+        failure.number = error::FileNotFound;
+    return failure;
+}
+
+QString realHostPath(const QString& hostPath)
+{
+    const HostHandle handle(::CreateFileW(
+        HostPath(hostPath).text(), 0, shareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    if (!handle.isOpen())
+        return {};
+    std::array<wchar_t, 32768> text;
+    const DWORD size = ::GetFinalPathNameByHandleW(
+        handle.get(), text.data(), static_cast<DWORD>(text.size()), FILE_NAME_NORMALIZED | VOLUME_NAME_DOS);
+    if (size == 0 || size >= text.size())
+        return {};
+    QString path = QString::fromWCharArray(text.data(), static_cast<qsizetype>(size));
+    if (path.startsWith(u"\\\\?\\UNC\\"_s))
+        path.replace(0, 7, u"\\"_s);
+    else if (path.startsWith(u"\\\\?\\"_s))
+        path.remove(0, 4);
+    return QDir::fromNativeSeparators(path);
+}
+
+} // namespace quoril

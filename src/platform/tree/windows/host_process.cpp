@@ -1,0 +1,54 @@
+// On Windows a tree is examined and configured; nothing in it is run. It is another machine's disk, whose
+// programs and services would act on this one.
+#include "platform/tree/host_command.h"
+#include "platform/tree/host_file.h"
+#include "platform/tree/process_identity.h"
+#include "platform/tree/tree_service_host.h"
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Error notRun(const QString& program)
+{
+    return {error::NotSupported, program + u" lies in a tree, and its programs are not run here"_s};
+}
+
+} // namespace
+
+Result<std::unique_ptr<Process>> startHostProgram(const HostCommand& command)
+{
+    return notRun(command.program);
+}
+
+Status launchServiceHost(TreeMachine&, QStringView service)
+{
+    return notRun(u"The service "_s + service.toString());
+}
+
+bool isHostProgram(const QString& hostPath)
+{
+    const auto file = openRegularFile(hostPath, HostOpen::Read);
+    return file && (*file)->read(2) == "MZ";
+}
+
+// A state that a tree's service manager recorded elsewhere speaks of processes of that host: here none of
+// them is alive.
+std::optional<ProcessIdentity> ProcessIdentity::of(int)
+{
+    return std::nullopt;
+}
+
+bool ProcessIdentity::isAlive() const
+{
+    return false;
+}
+
+bool ProcessIdentity::signal(int) const
+{
+    return false;
+}
+
+} // namespace quoril

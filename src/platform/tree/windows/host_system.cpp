@@ -1,0 +1,30 @@
+#include "platform/tree/host_system.h"
+
+#include "platform/tree/windows/host_handle.h"
+
+#include <array>
+
+namespace quoril {
+
+QString hostUserName()
+{
+    std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> host = {};
+    auto hostSize = static_cast<DWORD>(host.size());
+    ::GetComputerNameW(host.data(), &hostSize);
+    constexpr std::size_t longestUserName = 256;
+    std::array<wchar_t, longestUserName + 1> user = {};
+    auto userSize = static_cast<DWORD>(user.size());
+    ::GetUserNameW(user.data(), &userSize);
+    return QString::fromWCharArray(host.data()) + u'\\' + QString::fromWCharArray(user.data());
+}
+
+Result<quint64> hostMemory()
+{
+    MEMORYSTATUSEX status = {};
+    status.dwLength = sizeof status;
+    if (!::GlobalMemoryStatusEx(&status))
+        return lastHostError({});
+    return quint64(status.ullTotalPhys);
+}
+
+} // namespace quoril
