@@ -12,3 +12,6 @@ done
 for size in 16 32 48 64 128 256; do
     rsvg-convert -w "$size" -h "$size" -o "application-$size.png" application.svg
 done
+# The icon of the programs of Windows; needs icotool (icoutils).
+icotool -c -o application.ico application-16.png application-32.png application-48.png application-64.png \
+    --raw=application-256.png
