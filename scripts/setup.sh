@@ -21,7 +21,7 @@ if [ "${1:-}" = windows ]; then
     g++-mingw-w64-x86-64-posix
     googletest              # its sources: the library is built for Windows with the tests
     dpkg-dev                # unpacks Qt's source package where no Qt for mingw is at hand
-    icoutils zip
+    zip                     # packs the release
     wine wine64 xvfb xauth
   )
 fi
