@@ -49,12 +49,16 @@ function(quoril_layer name)
 endfunction()
 
 # quoril_program(name DESCRIPTION text [GUI]): gives a program of Windows its version block, icon and manifest, and
-# a program with windows (GUI) no console. Elsewhere there is nothing to give.
+# a program with windows (GUI) no console, and makes it part of the release. Elsewhere there is nothing to give.
 function(quoril_program name)
   cmake_parse_arguments(PROGRAM "GUI" "DESCRIPTION" "" ${ARGN})
   if(NOT WIN32)
     return()
   endif()
+  if(NOT TARGET quoril_release)
+    add_custom_target(quoril_release DEPENDS quoril_german quoril_help)
+  endif()
+  add_dependencies(quoril_release ${name})
   set(QUORIL_PROGRAM ${name})
   set(QUORIL_DESCRIPTION ${PROGRAM_DESCRIPTION})
   set(QUORIL_ICON ${PROJECT_SOURCE_DIR}/src/resources/icons/application.ico)

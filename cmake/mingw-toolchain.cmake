@@ -29,6 +29,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(QT_HOST_PATH /usr CACHE PATH "Qt of the host")
 set(QT_HOST_PATH_CMAKE_DIR /usr/lib/x86_64-linux-gnu/cmake CACHE PATH "CMake files of the host's Qt")
 
-# The compiler's own libraries go into the program too: it needs no DLL but those of Windows.
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+# The compiler's own libraries go into the program too: it needs no DLL but those of Windows. The time of the build
+# doesn't, so that the same sources give the same program.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--no-insert-timestamp")
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run.sh)

@@ -7,15 +7,15 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh windows
 QUORIL_QT_MINGW=$(scripts/qt-windows.sh)
 export QUORIL_QT_MINGW
-# No path of this machine in the programs, and no time but the commit's.
+# No time but the commit's, in the archive and in the resources of the programs.
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
-export SOURCE_DATE_EPOCH LC_ALL=C TZ=UTC
-cmake --preset windows -Wno-dev -B build/windows-release -DQUORIL_TESTS=OFF >/dev/null
-cmake --build build/windows-release
+export SOURCE_DATE_EPOCH QT_RCC_SOURCE_DATE_OVERRIDE=$SOURCE_DATE_EPOCH LC_ALL=C TZ=UTC
+cmake --preset windows -Wno-dev >/dev/null
+cmake --build --preset windows --target quoril_release
 
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 name=QuorilServicesManager-$version-windows
-bin=build/windows-release/bin
+bin=build/windows/bin
 stage=build/release/$name
 rm -rf "$stage"
 mkdir -p "$stage/licences"

@@ -3,7 +3,7 @@
 # template prefix of its own, so that no run sees what another left in the registry or among the services, and ends
 # with all that it started.
 #   QUORIL_WINE_TEMPLATE  the template, else wine-template in the user's cache; made where it is missing
-#   QUORIL_WINE_SECONDS   the longest that a run may take, 280
+#   QUORIL_WINE_SECONDS   the longest that a run may take, 580
 #   QUORIL_WINE_PREFIX    a prefix to run in that stays, instead of a copy
 set -euo pipefail
 
@@ -25,5 +25,5 @@ fi
 
 # A crash can show as success: what CTest reads in the output counts besides the exit code.
 set +e
-timeout --kill-after=10 "${QUORIL_WINE_SECONDS:-280}" wine "$@" </dev/null 2>&1 | tr -d '\r'
+timeout --kill-after=10 "${QUORIL_WINE_SECONDS:-580}" wine "$@" </dev/null 2>&1 | tr -d '\r'
 exit "${PIPESTATUS[0]}"
