@@ -1,0 +1,178 @@
+#include "platform/windows/windows_services.h"
+
+#include "platform/windows/win32.h"
+
+#include <vector>
+
+namespace quoril {
+
+namespace {
+
+using ServiceHandle = OwnedHandle<SC_HANDLE, ::CloseServiceHandle>;
+
+static_assert(ServiceNoChange == SERVICE_NO_CHANGE);
+
+/// A block of the caller's size that a query fills; aligned as its fixed part asks.
+template <typename Fixed> class QueryBlock
+{
+public:
+    explicit QueryBlock(qsizetype limitBytes)
+        : m_storage(static_cast<std::size_t>(limitBytes) / sizeof(Fixed) + 1)
+        , m_size(static_cast<DWORD>(limitBytes))
+    {
+    }
+
+    Fixed* get() { return m_storage.data(); }
+    DWORD size() const { return m_size; }
+
+private:
+    std::vector<Fixed> m_storage;
+    DWORD m_size;
+};
+
+QStringList textsOf(const wchar_t* multiString)
+{
+    QStringList texts;
+    while (multiString && *multiString) {
+        texts.append(textOf(multiString));
+        multiString += texts.last().size() + 1;
+    }
+    return texts;
+}
+
+/// The texts one behind the other, each with its zero unit, and one more at the end.
+QString multiStringOf(const QStringList& texts)
+{
+    QString units;
+    for (const QString& text : texts)
+        units += text + QChar(u'\0');
+    return units + QChar(u'\0');
+}
+
+ServiceStatus statusOfService(const SERVICE_STATUS& status)
+{
+    return {status.dwCurrentState, status.dwWin32ExitCode, status.dwCheckPoint, status.dwWaitHint};
+}
+
+class WindowsService : public Service
+{
+public:
+    explicit WindowsService(ServiceHandle handle) : m_handle(std::move(handle)) { }
+
+    Result<ServiceStatus> queryStatus() override
+    {
+        SERVICE_STATUS status = {};
+        if (!::QueryServiceStatus(m_handle.get(), &status))
+            return lastError();
+        return statusOfService(status);
+    }
+
+    Result<ServiceConfig> queryConfig(qsizetype limitBytes) override
+    {
+        QueryBlock<QUERY_SERVICE_CONFIGW> block(limitBytes);
+        DWORD needed = 0;
+        if (!::QueryServiceConfigW(m_handle.get(), block.get(), block.size(), &needed))
+            return lastError();
+        const QUERY_SERVICE_CONFIGW& config = *block.get();
+        return ServiceConfig{config.dwServiceType, config.dwStartType, config.dwErrorControl,
+            textOf(config.lpBinaryPathName), textOf(config.lpLoadOrderGroup), textsOf(config.lpDependencies),
+            textOf(config.lpDisplayName)};
+    }
+
+    Status start() override { return statusOfCall(::StartServiceW(m_handle.get(), 0, nullptr)); }
+
+    Result<ServiceStatus> control(quint32 code) override
+    {
+        SERVICE_STATUS status = {};
+        if (!::ControlService(m_handle.get(), code, &status))
+            return lastError();
+        return statusOfService(status);
+    }
+
+    Status changeConfig(const ServiceConfigChange& change) override
+    {
+        const QString dependencies = change.dependencies ? multiStringOf(*change.dependencies) : QString();
+        return statusOfCall(::ChangeServiceConfigW(m_handle.get(), change.serviceType, change.startType,
+            change.errorControl, change.binaryPath ? wide(*change.binaryPath) : nullptr, nullptr, nullptr,
+            change.dependencies ? wide(dependencies) : nullptr, nullptr, nullptr,
+            change.displayName ? wide(*change.displayName) : nullptr));
+    }
+
+    Status markForDelete() override { return statusOfCall(::DeleteService(m_handle.get())); }
+
+private:
+    ServiceHandle m_handle;
+};
+
+class WindowsDatabaseLock : public ServiceDatabaseLock
+{
+public:
+    explicit WindowsDatabaseLock(SC_LOCK lock) : m_lock(lock) { }
+
+private:
+    OwnedHandle<SC_LOCK, ::UnlockServiceDatabase> m_lock;
+};
+
+class WindowsServiceManager : public ServiceManager
+{
+public:
+    explicit WindowsServiceManager(ServiceHandle handle) : m_handle(std::move(handle)) { }
+
+    Result<std::unique_ptr<Service>> openService(QStringView name, quint32 access) override
+    {
+        if (hasZeroUnit(name))
+            return Error{error::InvalidName, {}};
+        ServiceHandle service(::OpenServiceW(m_handle.get(), wide(name.toString()), access));
+        if (!service)
+            return lastError();
+        return std::unique_ptr<Service>(std::make_unique<WindowsService>(std::move(service)));
+    }
+
+    Status createService(const NewService& service) override
+    {
+        if (hasZeroUnit(service.name))
+            return Error{error::InvalidName, service.name};
+        const QString dependencies = multiStringOf(service.dependencies);
+        const ServiceHandle made(
+            ::CreateServiceW(m_handle.get(), wide(service.name), wideOrNull(service.displayName),
+                SERVICE_QUERY_STATUS, SERVICE_WIN32_OWN_PROCESS, service.startType, SERVICE_ERROR_NORMAL,
+                wide(service.binaryPath), wideOrNull(service.loadOrderGroup), nullptr,
+                service.dependencies.isEmpty() ? nullptr : wide(dependencies), nullptr, nullptr));
+        return statusOfCall(made != nullptr);
+    }
+
+    Result<std::unique_ptr<ServiceDatabaseLock>> lockDatabase() override
+    {
+        const SC_LOCK lock = ::LockServiceDatabase(m_handle.get());
+        if (!lock)
+            return lastError();
+        return std::unique_ptr<ServiceDatabaseLock>(std::make_unique<WindowsDatabaseLock>(lock));
+    }
+
+    Result<ServiceLockStatus> queryLockStatus(qsizetype limitBytes) override
+    {
+        QueryBlock<QUERY_SERVICE_LOCK_STATUSW> block(limitBytes);
+        DWORD needed = 0;
+        // Not every system sets an error when it refuses.
+        ::SetLastError(ERROR_SUCCESS);
+        if (!::QueryServiceLockStatusW(m_handle.get(), block.get(), block.size(), &needed))
+            return lastError();
+        const QUERY_SERVICE_LOCK_STATUSW& status = *block.get();
+        return ServiceLockStatus{status.fIsLocked != 0, textOf(status.lpLockOwner), status.dwLockDuration};
+    }
+
+private:
+    ServiceHandle m_handle;
+};
+
+} // namespace
+
+Result<std::unique_ptr<ServiceManager>> WindowsServiceControl::openManager(quint32 access)
+{
+    ServiceHandle manager(::OpenSCManagerW(nullptr, nullptr, access));
+    if (!manager)
+        return lastError();
+    return std::unique_ptr<ServiceManager>(std::make_unique<WindowsServiceManager>(std::move(manager)));
+}
+
+} // namespace quoril
