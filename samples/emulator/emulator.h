@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QStringView>
 
+#include <cstdio>
 #include <optional>
 
 namespace quoril {
@@ -51,6 +52,14 @@ int runService(Machine& machine, Controller& controller, const Behaviour& behavi
 /// Registers the service with the settings of the configuration file (a path of the machine), for a program
 /// that lies at the machine's path `program`.
 Status install(Machine& machine, QStringView name, QStringView configuration, const QString& program);
+
+/// Does what "--install NAME CONFIG" asks for, with the program's machine path, empty where it lies outside
+/// the machine. What goes wrong is told on standard error. Gives the exit code: 0xFFFFFFFF, or a Windows
+/// error number.
+quint32 installByArguments(Machine& machine, const QStringList& arguments, const QString& program);
+
+/// One line of text for the person who started the program.
+void say(std::FILE* stream, const QString& text);
 
 /// The platform's side: the machine that the process belongs to and its service manager. Gives the exit
 /// status.

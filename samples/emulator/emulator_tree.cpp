@@ -23,7 +23,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr quint32 InstalledCode = 0xFFFFFFFF;
 constexpr int FailedStatus = 1;
 
 /// The signal that asks to stop is held back and waited for.
@@ -78,35 +77,6 @@ private:
     ServiceFolder m_folder;
 };
 
-void say(std::FILE* stream, const QString& text)
-{
-    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stream);
-}
-
-/// Gives the exit code: InstalledCode or a Windows error number.
-quint32 installHere(const QStringList& arguments)
-{
-    if (arguments.size() != 3) {
-        say(stderr, u"usage: quoril-emulator --install NAME CONFIG"_s);
-        return error::InvalidParameter;
-    }
-    const auto machine = openMachine(chooseMachine({}));
-    const QString self = machine->paths().machinePath(QFile::symLinkTarget(u"/proc/self/exe"_s));
-    if (self.isEmpty()) {
-        say(stderr,
-            u"The emulator is installed from where it lies on the machine, and this copy lies outside."_s);
-        return error::PathNotFound;
-    }
-    const Status status = install(*machine, arguments[1], arguments[2], self);
-    if (status)
-        return InstalledCode;
-    say(stderr,
-        u"%1 can't be installed: error %2 %3"_s.arg(arguments[1])
-            .arg(status.errorNumber())
-            .arg(status.failure().detail));
-    return status.errorNumber();
-}
-
 } // namespace
 
 bool appendToFile(Machine& machine, const QString& path, const QByteArray& bytes)
@@ -128,7 +98,9 @@ bool appendToFile(Machine& machine, const QString& path, const QByteArray& bytes
 int runOnPlatform(const QStringList& arguments)
 {
     if (!arguments.isEmpty() && arguments.first() == u"--install") {
-        const quint32 code = installHere(arguments);
+        const auto machine = openMachine(chooseMachine({}));
+        const QString self = machine->paths().machinePath(QFile::symLinkTarget(u"/proc/self/exe"_s));
+        const quint32 code = installByArguments(*machine, arguments, self);
         reportExitCode(code);
         return static_cast<int>(code);
     }
