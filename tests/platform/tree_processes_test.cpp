@@ -120,18 +120,6 @@ TEST_F(TreeProcessesTest, takesTheWholeExitCodeFromAProgramThatTellsIt)
     }
 }
 
-TEST_F(TreeProcessesTest, waitsAndTerminates)
-{
-    const auto process = machine.processes().create({}, u"sleep");
-    ASSERT_TRUE(process);
-    EXPECT_FALSE((*process)->wait(20));
-    EXPECT_EQ(*(*process)->exitCode(), StillActive);
-    EXPECT_TRUE((*process)->terminate(42));
-    EXPECT_TRUE((*process)->wait(10000));
-    EXPECT_EQ(*(*process)->exitCode(), 42u);
-    EXPECT_EQ((*process)->terminate(1).errorNumber(), error::AccessDenied);
-}
-
 TEST_F(TreeProcessesTest, leavesNoZombieOfAProcessThatItLetGo)
 {
     tree.program(u"short.exe"_s, "echo $$ > \"$QUORIL_MACHINE/pid\"; exec sleep 0.1\n");

@@ -194,38 +194,6 @@ TEST_F(TreeServiceTest, stopsNoServiceThatIsNeeded)
     EXPECT_TRUE(tree.comesTo(*needed, Stopped));
 }
 
-TEST_F(TreeServiceTest, keepsRightsAndConfiguration)
-{
-    tree.add(u"CERES"_s);
-    const auto none = *tree.open(u"CERES"_s, 0);
-    const quint32 denied[] = {none->queryStatus().errorNumber(), none->queryConfig(8192).errorNumber(),
-        none->start().errorNumber(), none->control(ServiceControlStop).errorNumber(),
-        none->changeConfig({}).errorNumber(), none->markForDelete().errorNumber()};
-    for (const quint32 number : denied)
-        EXPECT_EQ(number, error::AccessDenied);
-    const auto connected = *tree.machine.services().openManager(service_access::ManagerConnect);
-    EXPECT_EQ(
-        connected->createService({u"X"_s, {}, u"C:\\x"_s, {}, 3, {}}).errorNumber(), error::AccessDenied);
-    EXPECT_EQ(connected->lockDatabase().errorNumber(), error::AccessDenied);
-    EXPECT_EQ(tree.manager()->createService({u"ceres"_s, {}, u"C:\\x"_s, {}, 3, {}}).errorNumber(),
-        error::ServiceExists);
-
-    const auto service = *tree.open(u"CERES"_s);
-    ServiceConfigChange change;
-    change.startType = start_type::Automatic;
-    change.dependencies = QStringList({u"Tcpip"_s, u"+NDIS"_s});
-    ASSERT_TRUE(service->changeConfig(change));
-    EXPECT_EQ(service->queryConfig(100).errorNumber(), error::InsufficientBuffer);
-    TreeMachine other(tree.root());
-    const auto config = (*(*other.services().openManager(1))->openService(u"CERES", 1))->queryConfig(8192);
-    ASSERT_TRUE(config);
-    EXPECT_EQ(config->startType, start_type::Automatic);
-    EXPECT_EQ(config->serviceType, 0x10u);
-    EXPECT_EQ(config->dependencies, *change.dependencies);
-    EXPECT_EQ(config->displayName, u"CERES instance");
-    EXPECT_EQ(config->loadOrderGroup, u"TargetPlatformEmulator");
-}
-
 TEST_F(TreeServiceTest, locksTheDatabaseBetweenProcesses)
 {
     EXPECT_FALSE(tree.manager()->queryLockStatus(1024)->isLocked);

@@ -1,0 +1,143 @@
+// Processes, files, session and clock.
+
+#include "platform/contract/contract_machine.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+namespace quoril::test {
+
+namespace {
+
+class MachineContract : public ContractTest
+{
+protected:
+    quint32 write(const QString& path, const QByteArray& bytes)
+    {
+        const auto file = machine.files().openForWriting(path);
+        return file && (*file)->write(bytes) == bytes.size() ? 0 : file.errorNumber();
+    }
+    /// A file of the host may hold back what it was given.
+    static void flush(QIODevice& device)
+    {
+        if (auto* file = qobject_cast<QFileDevice*>(&device))
+            file->flush();
+    }
+    QByteArray read(const QString& path)
+    {
+        const auto file = machine.files().openForReading(path);
+        return file ? (*file)->readAll() : QByteArray("error ") + QByteArray::number(file.errorNumber());
+    }
+    QString in(QStringView name) const { return contract->folder() + u'\\' + name.toString(); }
+};
+
+TEST_F(MachineContract, runsProgramsAndTellsTheirExitCode)
+{
+    const std::pair<QString, quint32> cases[] = {{u" --help"_s, 0}, {u" --die many"_s, 1}};
+    for (const auto& [arguments, code] : cases) {
+        const auto process = machine.processes().create({}, contract->emulator() + arguments);
+        ASSERT_TRUE(process);
+        ASSERT_TRUE((*process)->wait(30000));
+        EXPECT_EQ(*(*process)->exitCode(), code);
+    }
+    const auto endless = machine.processes().create({}, contract->endlessProgram());
+    ASSERT_TRUE(endless);
+    EXPECT_FALSE((*endless)->wait(20));
+    EXPECT_EQ(*(*endless)->exitCode(), StillActive);
+    EXPECT_TRUE((*endless)->terminate(42));
+    EXPECT_TRUE((*endless)->wait(10000));
+    EXPECT_EQ(*(*endless)->exitCode(), 42u);
+    // Wine lets a process end twice.
+    EXPECT_EQ(
+        (*endless)->terminate(1).errorNumber(), contract->isWine() ? error::Success : error::AccessDenied);
+
+    ASSERT_EQ(write(in(u"data.exe"), "no program, whatever its name says"), 0u);
+    EXPECT_EQ(machine.processes().create({}, in(u"data.exe")).errorNumber(), error::BadExeFormat);
+    EXPECT_EQ(machine.processes().create({}, in(u"nothing.exe x")).errorNumber(), error::FileNotFound);
+    // Wine doesn't tell a folder that is missing from a file.
+    EXPECT_EQ(machine.processes().create({}, u"C:\\no-folder\\x.exe").errorNumber(),
+        contract->isWine() ? error::FileNotFound : error::PathNotFound);
+}
+
+TEST_F(MachineContract, sharesAFileWithWhoeverWritesOrRemovesIt)
+{
+    Files& files = machine.files();
+    const auto writer = files.openForWriting(in(u"Log.txt"));
+    ASSERT_TRUE(writer);
+    ASSERT_EQ((*writer)->write("one\r\n"), 5);
+    flush(**writer);
+    const auto reader = files.openForReading(in(u"LOG.TXT").replace(u'\\', u'/'));
+    ASSERT_TRUE(reader);
+    EXPECT_EQ((*reader)->readAll(), "one\r\n");
+    ASSERT_EQ((*writer)->write("two"), 3);
+    flush(**writer);
+    EXPECT_EQ((*reader)->readAll(), "two");
+    EXPECT_EQ((*reader)->size(), 8);
+    ASSERT_TRUE((*reader)->seek(3));
+    EXPECT_EQ((*reader)->read(3), "\r\nt");
+    EXPECT_TRUE(files.remove(in(u"log.txt")));
+    (*writer)->close();
+    (*reader)->close();
+    EXPECT_EQ(files.remove(in(u"log.txt")).errorNumber(), error::FileNotFound);
+}
+
+TEST_F(MachineContract, tellsWhatAFileLacks)
+{
+    Files& files = machine.files();
+    EXPECT_EQ(files.openForReading(in(u"none")).errorNumber(), error::FileNotFound);
+    EXPECT_EQ(files.openForReading(in(u"none\\none")).errorNumber(), error::PathNotFound);
+    EXPECT_EQ(files.openForReading(contract->folder()).errorNumber(), error::AccessDenied);
+    EXPECT_EQ(files.openForWriting(in(u"none\\none")).errorNumber(), error::PathNotFound);
+    EXPECT_EQ(files.openForReading(in(u"a<b")).errorNumber(), error::InvalidName);
+    EXPECT_EQ(files.find(in(u"*.dll")).errorNumber(), error::FileNotFound);
+    EXPECT_EQ(files.find(in(u"none\\*.dll")).errorNumber(), error::PathNotFound);
+}
+
+TEST_F(MachineContract, findsFilesAndKnowsItsFolder)
+{
+    Files& files = machine.files();
+    for (const QStringView name : {u"b.exe", u"A.EXE", u"c.dll", u"_.exe"})
+        ASSERT_EQ(write(in(name), name.toUtf8()), 0u);
+    EXPECT_EQ(*files.find(in(u"*.exe")), (QStringList{u"A.EXE"_s, u"b.exe"_s, u"_.exe"_s}));
+    ASSERT_TRUE(files.setCurrentDirectory(contract->folder()));
+    EXPECT_EQ(*files.find(u"?.DLL"), QStringList{u"c.dll"_s});
+    EXPECT_EQ(read(u"B.exe"_s), "b.exe");
+    ASSERT_TRUE(files.hostPath(u"b.exe"));
+    EXPECT_EQ(files.machinePath(*files.hostPath(u"b.exe"))->toLower(), in(u"b.exe").toLower());
+    EXPECT_EQ(files.hostPath(u"none").errorNumber(), error::FileNotFound);
+    EXPECT_EQ(files.setCurrentDirectory(in(u"none")).errorNumber(), error::FileNotFound);
+    // The folder goes at the end, which must not be anybody's current one.
+    EXPECT_TRUE(files.setCurrentDirectory(u"C:\\"));
+}
+
+TEST_F(MachineContract, hearsItsOwnBroadcastBeforeItReturns)
+{
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
+    Session& session = machine.session();
+    int heard = 0;
+    auto first = session.subscribe(u"QuorilContractWanted", [&] { ++heard; });
+    const auto other = session.subscribe(u"QuorilContractOther", [&] { heard += 100; });
+    ASSERT_TRUE(first && other);
+    session.broadcast(u"QuorilContractWanted");
+    EXPECT_EQ(heard, 1);
+    first.reset();
+    session.broadcast(u"QuorilContractWanted");
+    EXPECT_EQ(heard, 1);
+    EXPECT_FALSE(session.findWindow(u"no window of this title"));
+}
+
+TEST_F(MachineContract, keepsTime)
+{
+    Clock& clock = machine.clock();
+    const quint64 before = clock.tickCount();
+    clock.sleep(30);
+    EXPECT_GE(clock.tickCount(), before + 29);
+    EXPECT_GT(clock.now(), 1'700'000'000);
+    EXPECT_EQ(clock.timerInterval(1), 10);
+    EXPECT_EQ(clock.timerInterval(0xFFFFFFFF), 0x7FFFFFFF);
+}
+
+} // namespace
+
+} // namespace quoril::test
