@@ -99,7 +99,8 @@ int runOnPlatform(const QStringList& arguments)
 {
     if (!arguments.isEmpty() && arguments.first() == u"--install") {
         const auto machine = openMachine(chooseMachine({}));
-        const QString self = machine->paths().machinePath(QFile::symLinkTarget(u"/proc/self/exe"_s));
+        auto& tree = static_cast<TreeMachine&>(*machine); // there is no other kind here
+        const QString self = tree.paths().machinePath(QFile::symLinkTarget(u"/proc/self/exe"_s));
         const quint32 code = installByArguments(*machine, arguments, self);
         reportExitCode(code);
         return static_cast<int>(code);

@@ -24,9 +24,11 @@ Error noMachine(const QString& folder, quint32 number)
     return {number, told};
 }
 
-Result<std::shared_ptr<Machine>> openTree(const QString& folder)
+Result<std::shared_ptr<Machine>> openChosen(const QString& folder)
 {
     const MachineChoice choice = chooseMachine(folder);
+    if (choice.origin == MachineChoice::Origin::Live)
+        return std::shared_ptr<Machine>(openHostMachine());
     if (!QFileInfo(choice.folder).isDir()) {
         if (choice.origin != MachineChoice::Origin::UserData)
             return noMachine(choice.folder, error::PathNotFound);
@@ -51,5 +53,5 @@ int main(int argc, char** argv)
     qInstallMessageHandler(before);
     QCoreApplication::setApplicationName(QStringLiteral("quorilctl"));
     Console console(stdin, stdout, stderr, Console::standardFacts());
-    return runCtl(QCoreApplication::arguments(), console, openTree);
+    return runCtl(QCoreApplication::arguments(), console, openChosen);
 }

@@ -38,9 +38,7 @@ void declareProgram(Ctl& ctl, CLI::App& app)
     addScheduleSubcommand(ctl, app);
     addInstallationSubcommands(ctl, app);
     addFileSubcommands(ctl, app);
-#ifdef Q_OS_UNIX
     addMachineSubcommands(ctl, app);
-#endif
 }
 
 /// The arguments behind the program's name, the last first.

@@ -66,10 +66,13 @@ void declareExport(CLI::App& app, RegistryOptions& options)
     addText(app, "-o,--output", options.file, "File to write instead of the output")->type_name("FILE");
 }
 
-TreeRegistry& registry()
+/// The registry of the tree in force; 50 where the machine in force is the live one, whose registry editor
+/// does the same.
+Result<TreeRegistry*> treeRegistry()
 {
-    // Only trees are opened where this file is part of the program.
-    return static_cast<TreeRegistry&>(machine().registry());
+    auto* const registry = dynamic_cast<TreeRegistry*>(&machine().registry());
+    return registry ? Result<TreeRegistry*>(registry)
+                    : Error{error::NotSupported, u"--machine names no tree"_s};
 }
 
 int importText(Ctl& ctl, const RegistryOptions& options)
@@ -79,13 +82,16 @@ int importText(Ctl& ctl, const RegistryOptions& options)
         ctl.console.tell(options.file + u": "_s + file.errorString());
         return exit_code::Failed;
     }
-    const Status imported = importRegistryText(registry(), file.readAll());
+    const Result<TreeRegistry*> registry = treeRegistry();
+    const Status imported = registry ? importRegistryText(**registry, file.readAll()) : registry.failure();
     return imported ? exit_code::Done : pathFailure(ctl, options.file, imported.failure());
 }
 
 int exportText(Ctl& ctl, const RegistryOptions& options)
 {
-    const Result<QByteArray> text = exportRegistryText(registry(), options.key);
+    const Result<TreeRegistry*> registry = treeRegistry();
+    const Result<QByteArray> text
+        = registry ? exportRegistryText(**registry, options.key) : Result<QByteArray>(registry.failure());
     if (!text)
         return pathFailure(ctl, options.key, text.failure());
     if (options.file.isEmpty()) {

@@ -3,9 +3,7 @@
 #include "platform/tree/sample_machine.h"
 #include "platform/tree/tree_machine.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
-#include <QStandardPaths>
 
 #include <cstdio>
 
@@ -28,14 +26,13 @@ MachineChoice chooseMachine(const QString& option)
         return {option, MachineChoice::Origin::Option};
     if (QString folder = qEnvironmentVariable("QUORIL_MACHINE"); !folder.isEmpty())
         return {std::move(folder), MachineChoice::Origin::Environment};
-    if (QString folder = QCoreApplication::applicationDirPath() + u"/machine"_s; QFileInfo(folder).isDir())
-        return {std::move(folder), MachineChoice::Origin::BesideProgram};
-    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    return {data + u"/QuorilManager/machine"_s, MachineChoice::Origin::UserData};
+    return unnamedMachine();
 }
 
-std::unique_ptr<TreeMachine> openMachine(const MachineChoice& choice)
+std::unique_ptr<Machine> openMachine(const MachineChoice& choice)
 {
+    if (choice.origin == MachineChoice::Origin::Live)
+        return openHostMachine();
     const bool exists = QFileInfo(choice.folder).isDir();
     if (!exists && choice.origin == MachineChoice::Origin::UserData) {
         if (const Status status = createSampleMachine(choice.folder); !status)

@@ -6,9 +6,9 @@
 
 namespace quoril {
 
-class TreeMachine;
+class Machine;
 
-/// Where a machine's tree is looked for, and how it was named.
+/// Which machine a program works on: where its tree is looked for, and how it was named.
 struct MachineChoice
 {
     enum class Origin
@@ -16,20 +16,27 @@ struct MachineChoice
         Option,
         Environment,
         BesideProgram,
-        UserData
+        UserData,
+        Live // the machine that the program runs on; there is no tree then
     };
 
     QString folder;
     Origin origin = Origin::UserData;
 };
 
-/// The tree that a program works on: the one of its option where that isn't empty, else that of the
-/// environment variable QUORIL_MACHINE, else the folder "machine" beside the program, else the one among the
-/// user's data.
+/// The machine that a program works on: the tree of its option where that isn't empty, else that of the
+/// environment variable QUORIL_MACHINE, else unnamedMachine().
 MachineChoice chooseMachine(const QString& option);
+
+/// Where nothing names a tree: on Windows the live machine; elsewhere the folder "machine" beside the
+/// program, else the tree among the user's data.
+MachineChoice unnamedMachine();
 
 /// The machine of that choice. Among the user's data the sample machine is made when there is none. What
 /// can't be had is told on standard error, and the machine then has an empty registry.
-std::unique_ptr<TreeMachine> openMachine(const MachineChoice& choice);
+std::unique_ptr<Machine> openMachine(const MachineChoice& choice);
+
+/// The machine that the program runs on; null where that is no Windows.
+std::unique_ptr<Machine> openHostMachine();
 
 } // namespace quoril
