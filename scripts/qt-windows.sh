@@ -31,12 +31,13 @@ version=$(dpkg-query -W -f='${source:Version}' qt6-base-dev-tools)
 work=$(mktemp -d "$cache/qt-build.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
-# The source package, with lists of its own: the system's list of sources stays as it is.
-codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
-mkdir -p "$work/lists/partial" "$work/source"
-echo "deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] http://deb.debian.org/debian $codename main" \
-  >"$work/sources.list"
-apt=(apt-get -q -o "Dir::Etc::SourceList=$work/sources.list" -o Dir::Etc::SourceParts=/dev/null
+# The source package, from where the system has its packages, with lists of its own: the system's stay as they are.
+mkdir -p "$work/lists/partial" "$work/source" "$work/sources.d"
+sed -n 's/^deb /deb-src /p' /etc/apt/sources.list >"$work/sources.list" 2>/dev/null || true
+if [ -f /etc/apt/sources.list.d/debian.sources ]; then
+  sed 's/^Types:.*/Types: deb-src/' /etc/apt/sources.list.d/debian.sources >"$work/sources.d/debian.sources"
+fi
+apt=(apt-get -q -o "Dir::Etc::SourceList=$work/sources.list" -o "Dir::Etc::SourceParts=$work/sources.d"
   -o "Dir::State::Lists=$work/lists" -o APT::Sandbox::User=root
   -o "Dir::Cache::pkgcache=$work/pkgcache.bin" -o "Dir::Cache::srcpkgcache=$work/srcpkgcache.bin")
 echo "Building Qt $version for mingw."
