@@ -12,7 +12,7 @@ export WINEPREFIX
 trap 'wineserver -k || true; rm -rf "$WINEPREFIX"' EXIT
 cp -a --reflink=auto "$template/." "$WINEPREFIX"
 # Without it services die with the last program.
-wineserver -p300
+wineserver -p300 </dev/null >/dev/null 2>&1
 
 home=$WINEPREFIX/drive_c/quoril
 mkdir "$home"
