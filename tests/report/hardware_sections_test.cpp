@@ -1,7 +1,7 @@
 #include "report/hardware_sections.h"
 
 #include "report/operating_system_name.h"
-#include "report/report_stream.h"
+#include "report/report_text.h"
 #include "support/fake_machine.h"
 
 #include <gtest/gtest.h>
@@ -12,16 +12,6 @@ namespace {
 using namespace Qt::StringLiterals;
 using test::FakeMachine;
 
-class TextStream : public ReportStream
-{
-public:
-    void write(QStringView text) override { m_text += text; }
-    QStringList lines() const { return m_text.split(u"\r\n"_s); }
-
-private:
-    QString m_text;
-};
-
 class HardwareSectionsTest : public testing::Test
 {
 protected:
@@ -30,10 +20,10 @@ protected:
 
     QStringList written(const HardwareSections& wanted = {})
     {
-        TextStream stream;
-        writeHardwareSections(stream, wanted);
+        test::CollectedText section;
+        writeHardwareSections(section, wanted);
         EXPECT_EQ(m_machine.calls.open(), 0);
-        return stream.lines();
+        return section.text.split(u"\r\n"_s);
     }
     QString processorLine() { return written().value(5); }
 };
