@@ -10,16 +10,14 @@ namespace {
 QString unitsOf(const QByteArray& data)
 {
     QString text(data.size() / 2, Qt::Uninitialized);
-    for (qsizetype i = 0; i < text.size(); ++i)
-        text[i] = QChar(qFromLittleEndian<quint16>(data.constData() + 2 * i));
+    qFromLittleEndian<quint16>(data.constData(), text.size(), text.data());
     return text;
 }
 
 QByteArray bytesOf(QStringView text)
 {
     QByteArray data(text.size() * 2, Qt::Uninitialized);
-    for (qsizetype i = 0; i < text.size(); ++i)
-        qToLittleEndian<quint16>(text[i].unicode(), data.data() + 2 * i);
+    qToLittleEndian<quint16>(text.utf16(), text.size(), data.data());
     return data;
 }
 
@@ -29,9 +27,10 @@ constexpr QChar Zero(u'\0');
 
 QString RegistryValue::text() const
 {
-    const QString units = unitsOf(data);
-    const qsizetype end = units.indexOf(Zero);
-    return end < 0 ? units : units.left(end);
+    QString units = unitsOf(data);
+    if (const qsizetype end = units.indexOf(Zero); end >= 0)
+        units.truncate(end);
+    return units;
 }
 
 Result<QString> RegistryKey::text(QStringView name, qsizetype limitBytes) const

@@ -3,6 +3,7 @@
 #include "formats/reg_text.h"
 
 #include <QMutexLocker>
+#include <QStringBuilder>
 #include <QtEndian>
 
 namespace quoril {
@@ -37,7 +38,7 @@ bool mayOpen(const MountedHive& hive, const QString& path, quint32 access)
 
 QString below(const QString& path, const QString& name)
 {
-    return path.isEmpty() ? name : QString(path + u'\\' + name);
+    return path.isEmpty() ? name : QString(path % u'\\' % name);
 }
 
 } // namespace
@@ -109,12 +110,15 @@ std::optional<std::size_t> HiveKey::linkIndex(const regf::Key& key) const
     return index;
 }
 
-Result<RegistryKeyHandle> HiveKey::handleOf(const regf::Key& child, quint32 access) const
+Result<RegistryKeyHandle> HiveKey::handleOf(regf::Key& child, quint32 access) const
 {
     QString path = below(m_path, child.name());
     if (!mayOpen(m_hive, path, access))
         return Error{error::AccessDenied, {}};
-    return RegistryKeyHandle(std::make_unique<HiveKey>(m_hive, std::move(path), access));
+    auto handle = std::make_unique<HiveKey>(m_hive, std::move(path), access);
+    handle->m_key = &child;
+    handle->m_generation = m_generation;
+    return RegistryKeyHandle(std::move(handle));
 }
 
 Result<RegistryKeyHandle> HiveKey::open(QStringView name, quint32 access) const
@@ -127,7 +131,7 @@ Result<RegistryKeyHandle> HiveKey::open(QStringView name, quint32 access) const
     const Result<regf::Key*> here = key();
     if (!here)
         return here.failure();
-    const regf::Key* child = (*here)->child(isLink(name) ? QStringView(linkTarget(**here)) : name);
+    regf::Key* child = (*here)->child(isLink(name) ? QStringView(linkTarget(**here)) : name);
     if (!child && isLink(name))
         child = (*here)->child(name);
     if (!child) {

@@ -42,7 +42,7 @@ public:
 private:
     Result<regf::Key*> key() const;
     Result<regf::Key*> keyFor(quint32 right) const;
-    Result<RegistryKeyHandle> handleOf(const regf::Key& child, quint32 access) const;
+    Result<RegistryKeyHandle> handleOf(regf::Key& child, quint32 access) const;
     bool isLink(QStringView name) const;
     QString linkTarget(const regf::Key& root) const;
     std::optional<std::size_t> linkIndex(const regf::Key& key) const;
