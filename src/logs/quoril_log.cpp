@@ -18,8 +18,9 @@ namespace {
 
 // A line is read in pieces of so many units; what is left of a longer one counts as the next line.
 constexpr quint32 LongestLine = 1023;
-// Large enough that on a busy machine, too, the threads seldom wait for each other.
-constexpr quint32 BlockUnits = 1024 * 1024;
+// Most text has no unit above 0xFF, so that what is kept of a block fills one large page. It is large enough,
+// too, that the threads seldom wait for each other on a busy machine.
+constexpr quint32 BlockUnits = LargePage;
 static_assert(BlockUnits > LongestLine);
 // One of them is being read while the others are parsed.
 constexpr std::size_t BlocksAtOnce = 4;
@@ -97,7 +98,7 @@ private:
     {
         char16_t* room();
 
-        std::unique_ptr<char16_t[]> units; ///< made when asked for: a small file needs one block
+        LargeBuffer units; ///< made when asked for: a small file needs one block
         std::future<Chunk> chunk; ///< valid while the units are in use
     };
 
@@ -115,8 +116,8 @@ private:
 char16_t* QuorilLog::Reader::Block::room()
 {
     if (!units)
-        units = std::make_unique_for_overwrite<char16_t[]>(BlockUnits);
-    return units.get();
+        units = makeLargeBuffer(BlockUnits * sizeof(char16_t));
+    return reinterpret_cast<char16_t*>(units.get());
 }
 
 /// Reads behind the `size` units until the block is full or the device has ended. The result is the new size;
@@ -171,14 +172,14 @@ QuorilLog::Chunk QuorilLog::Reader::parse(std::span<const char16_t> units)
 {
     Chunk chunk;
     chunk.size = quint32(units.size());
-    chunk.bytes = std::make_unique_for_overwrite<uchar[]>(units.size());
+    chunk.bytes = makeLargeBuffer(units.size());
     const UnitRange range = narrow(units, chunk.bytes.get());
     chunk.wide = range.wide;
     chunk.zeros = range.zeros;
     if (!chunk.wide) {
         chunk.split(chunk.bytes.get());
     } else {
-        chunk.bytes = std::make_unique_for_overwrite<uchar[]>(units.size_bytes());
+        chunk.bytes = makeLargeBuffer(units.size_bytes());
         std::memcpy(chunk.bytes.get(), units.data(), units.size_bytes());
         chunk.split(units.data());
     }

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "platform/large_buffer.h"
+
 #include <QString>
 #include <QStringView>
 
 #include <array>
-#include <memory>
 #include <vector>
 
 class QIODevice;
@@ -95,7 +96,7 @@ private:
         bool wide = false; ///< 16 bits a unit, else 8
         bool zeros = false; ///< the text has zero units
         quint32 size = 0;
-        std::unique_ptr<uchar[]> bytes;
+        LargeBuffer bytes;
         std::vector<quint32> lines; ///< where they begin
         std::vector<quint32> headers; ///< which of the lines begin a message
         qsizetype startMark = -1; ///< the last of the headers with StartMarkCode
