@@ -30,10 +30,11 @@ lines()
   local profile=build/fuzz-coverage/$1
   LLVM_PROFILE_FILE=$profile.raw build/fuzz-coverage/bin/fuzz_"$1" fuzz/corpus/"$1" build/fuzz/corpus/"$1" >/dev/null
   llvm-profdata merge -sparse "$profile.raw" -o "$profile.profile"
-  llvm-cov export -summary-only -ignore-filename-regex='/(fuzz|build|usr)/' -instr-profile "$profile.profile" \
+  llvm-cov export -summary-only -instr-profile "$profile.profile" \
     build/fuzz-coverage/bin/fuzz_"$1" | python3 -c '
 import json, sys
-files = [f["summary"]["lines"] for f in json.load(sys.stdin)["data"][0]["files"] if f["summary"]["lines"]["covered"]]
+files = [f["summary"]["lines"] for f in json.load(sys.stdin)["data"][0]["files"]
+         if "/src/" in f["filename"] and f["summary"]["lines"]["covered"]]
 print(sum(f["covered"] for f in files), "of", sum(f["count"] for f in files))'
 }
 
