@@ -148,7 +148,7 @@ void CQuorilManagerView::PrintPanel()
         return;
     // Only now: rows may come and go while the dialog is open.
     request.selection = selectedRanges();
-    if (!m_printing.printer().isValid()) {
+    if (!m_printing.hasPrinter()) {
         ShowCodedMessage(u"0200003E"_s, LoadText(text::NoDefaultPrinter), ErrorSeverity, window());
         return;
     }

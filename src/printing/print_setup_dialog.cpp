@@ -40,7 +40,8 @@ PrintSetupDialog::PrintSetupDialog(QPrinter& printer, QWidget* parent)
 {
     for (const QString& name : QPrinterInfo::availablePrinterNames())
         m_printers->addItem(name, name);
-    m_printers->addItem(caption(ids::PdfFile), QString());
+    if (PdfFileIsPrinter)
+        m_printers->addItem(caption(ids::PdfFile), QString());
     m_orientation->addItem(caption(ids::Portrait), int(QPageLayout::Portrait));
     m_orientation->addItem(caption(ids::Landscape), int(QPageLayout::Landscape));
 

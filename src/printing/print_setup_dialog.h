@@ -7,6 +7,14 @@ class QPrinter;
 
 namespace quoril {
 
+/// Whether a PDF file is one of the printers. Windows has a printer for that, and its print dialog knows no
+/// file.
+#ifdef Q_OS_WIN
+inline constexpr bool PdfFileIsPrinter = false;
+#else
+inline constexpr bool PdfFileIsPrinter = true;
+#endif
+
 /// Chooses printer, paper and orientation for later print-outs.
 class PrintSetupDialog : public TemplateDialog
 {

@@ -15,6 +15,13 @@ namespace {
 
 constexpr QSize PreviewSize(760, 560);
 
+/// Where there is no printer the toolkit takes a file instead, with which the dialog of Windows would end
+/// without a word.
+bool standsForNone(const QPrinter& printer)
+{
+    return !PdfFileIsPrinter && printer.outputFormat() != QPrinter::NativeFormat;
+}
+
 } // namespace
 
 PrinterDialogs::PrinterDialogs() = default;
@@ -30,16 +37,21 @@ QPrinter& PrinterDialogs::printer()
     return *m_printer;
 }
 
+bool PrinterDialogs::hasPrinter()
+{
+    return printer().isValid() && !standsForNone(printer());
+}
+
 bool PrinterDialogs::askHowToPrint(PrintRequest& request, QWidget* parent)
 {
+    if (standsForNone(printer()))
+        return true;
     QPrintDialog dialog(&printer(), parent);
     dialog.setWindowTitle(LoadText(text::Print));
     dialog.setOptions(QAbstractPrintDialog::PrintSelection | QAbstractPrintDialog::PrintCollateCopies
         | QAbstractPrintDialog::PrintShowPageSize);
-#ifndef Q_OS_WIN
-    // The file is one of the printers here, and the only one where none is installed.
-    dialog.setOption(QAbstractPrintDialog::PrintToFile);
-#endif
+    // The file is the only printer where none is installed.
+    dialog.setOption(QAbstractPrintDialog::PrintToFile, PdfFileIsPrinter);
     if (dialog.exec() != QDialog::Accepted)
         return false;
     request.selectionOnly = m_printer->printRange() == QPrinter::Selection;

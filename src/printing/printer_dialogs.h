@@ -21,7 +21,10 @@ public:
     /// Made when it is first asked for: looking for printers takes its time.
     QPrinter& printer();
 
-    /// Asks for printer, all rows or the selection, and copies. False if the person left it.
+    /// Whether there is a printer to print on.
+    bool hasPrinter();
+    /// Asks for printer, all rows or the selection, and copies. False if the person left it;
+    /// without a printer there is nothing to ask.
     bool askHowToPrint(PrintRequest& request, QWidget* parent);
     /// Print Setup: printer, paper and its orientation.
     void setUp(QWidget* parent);
