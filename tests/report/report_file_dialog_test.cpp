@@ -53,7 +53,7 @@ TEST(MailCommand, StoresTheReportUnderTheChosenName)
     for (int i = 0; i < 2; ++i) {
         test::Person person;
         person.on(u"Save problem report"_s, saveAs(folder.filePath(u"report"_s)))
-            .on(u"stored as a file \""_s + report + u"\"."_s, test::Person::presses(1));
+            .on(u"stored as a file \""_s + QDir::toNativeSeparators(report) + u"\"."_s, test::Person::presses(1));
         mail.trigger();
         EXPECT_EQ(person.seen.size(), 2);
         EXPECT_EQ(person.left(), 0U);

@@ -13,26 +13,27 @@ TEST(ScheduleTime, MakesMomentsAndWritesThemByTheLocalRules)
         before.isNull() ? qunsetenv("TZ") : qputenv("TZ", before);
         ReadTimeZone();
     });
-    qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+    // The rules at the end are those that Windows takes for any name, and are written out for the others.
+    qputenv("TZ", "EST5EDT,M3.2.0,M11.1.0");
     ReadTimeZone();
     constexpr qint64 summer = 1'718'445'600; // 2024-06-15 10:00:00 UTC
     constexpr qint64 winter = 1'705'312'800; // 2024-01-15 10:00:00 UTC
 
     EXPECT_EQ(ScheduleMoment(summer, {2024, 6, 16}), summer + 86'400);
-    // Twelve o'clock with the flag of summer is eleven o'clock in winter, and the other way round.
+    // Six o'clock with the flag of summer is five o'clock in winter, and the other way round.
     EXPECT_EQ(ScheduleMoment(summer, {2024, 1, 15}), winter);
-    EXPECT_EQ(ScheduleTimeText(*ScheduleMoment(winter, {2024, 3, 31})), u"Sun Mar 31 12:00:00 2024");
+    EXPECT_EQ(ScheduleTimeText(*ScheduleMoment(winter, {2024, 3, 10})), u"Sun Mar 10 06:00:00 2024");
     EXPECT_FALSE(ScheduleMoment(winter, {1969, 12, 31}));
     EXPECT_FALSE(ScheduleMoment(winter, {3001, 1, 2}));
     EXPECT_TRUE(ScheduleMoment(winter, {3000, 12, 31}));
 
-    EXPECT_EQ(ScheduleTimeText(315'623'035), u"Wed Jan 02 02:03:55 1980");
-    EXPECT_EQ(AtTimeOfDay(summer, {23, 59, 30}), summer + 43'170);
-    EXPECT_EQ(LocalDate(summer + 43'200), QDate(2024, 6, 16));
-    // Half past two comes twice on this night: the moment keeps which of them it is.
-    for (const qint64 moment : {1'729'989'000, 1'729'992'600}) {
-        EXPECT_EQ(LocalTimeOfDay(moment), QTime(2, 30));
-        EXPECT_EQ(ScheduleMoment(AtTimeOfDay(moment, {2, 30}), {2024, 10, 27}), moment);
+    EXPECT_EQ(ScheduleTimeText(315'641'035), u"Wed Jan 02 01:03:55 1980");
+    EXPECT_EQ(AtTimeOfDay(summer, {23, 59, 30}), summer + 64'770);
+    EXPECT_EQ(LocalDate(summer + 64'800), QDate(2024, 6, 16));
+    // Half past one comes twice on this night: the moment keeps which of them it is.
+    for (const qint64 moment : {1'730'611'800, 1'730'615'400}) {
+        EXPECT_EQ(LocalTimeOfDay(moment), QTime(1, 30));
+        EXPECT_EQ(ScheduleMoment(AtTimeOfDay(moment, {1, 30}), {2024, 11, 3}), moment);
     }
 }
 
