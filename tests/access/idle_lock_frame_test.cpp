@@ -146,7 +146,7 @@ TEST_F(IdleLockFrameTest, LocksBehindADialogAndOrdersFireInReadOnlyMode)
     person.on(u"Schedule dialog"_s, [&](QWidget& window) {
         EXPECT_EQ(window.focusWidget()->objectName(), u"1040");
         const auto locks = [&, log = QStringList()]() mutable {
-            return (log += m_machine.calls.takeLog()).count(u"lock workstation"_s) == 2;
+            return (log += m_machine.calls.takeLog()).count(u"lock workstation"_s) >= 2;
         };
         EXPECT_TRUE(Person::waitFor(locks));
         Person::press(window, 2);

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -43,12 +44,17 @@ public:
     {
         return [id](QWidget& window) { press(window, id); };
     }
-    /// Lets events run until the condition holds; false if it doesn't within twenty seconds.
+    /// Lets events run, and idle moments come, until the condition holds; false if it doesn't within twenty
+    /// seconds.
     static bool waitFor(const std::function<bool()>& condition)
     {
         QElapsedTimer since;
-        for (since.start(); !condition() && since.elapsed() < 20000;)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        for (since.start(); !condition() && since.elapsed() < 20000;) {
+            // A loop of its own: only one that may wait has an idle moment.
+            QEventLoop loop;
+            QTimer::singleShot(5, &loop, &QEventLoop::quit);
+            loop.exec();
+        }
         return condition();
     }
 
