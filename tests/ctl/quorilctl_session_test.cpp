@@ -1,0 +1,67 @@
+// Sessions of a shell, with services that run.
+
+#include "ctl/quorilctl_program.h"
+
+#include <QFile>
+
+namespace quoril::test {
+namespace {
+
+class QuorilctlSessionTest : public QuorilctlProgramTest
+{
+protected:
+    ~QuorilctlSessionTest() override { run({u"stop"_s, u"DIANA"_s}); }
+
+    Run shell(const QString& script) { return finished(u"bash"_s, {u"-c"_s, script}); }
+};
+
+/// The commands of the session in the README and what they print, with "$ " before each command.
+QString readmeSession()
+{
+    QFile readme(QStringLiteral(QUORIL_SOURCE_DIR "/README.md"));
+    EXPECT_TRUE(readme.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(readme.readAll());
+    const qsizetype begin = text.indexOf(u"```console\n"_s) + 11;
+    return text.mid(begin, text.indexOf(u"```\n"_s, begin) - begin);
+}
+
+TEST_F(QuorilctlSessionTest, TheReadmesSessionGoesAsItIsWritten)
+{
+    QString script = u"exec 2>&1\n"_s;
+    for (const QString& line : readmeSession().split(u'\n')) {
+        if (!line.startsWith(u"$ "_s))
+            continue;
+        const QString quoted = QString(line).replace(u'\'', u"'\\''"_s);
+        script += u"printf '%s\\n' '"_s + quoted + u"'\n"_s + line.mid(2) + u'\n';
+    }
+    ASSERT_GE(script.count(u"quorilctl "_s), 20) << "a session of this many commands";
+    EXPECT_EQ(shell(script).output.toStdString(), readmeSession().toStdString());
+}
+
+TEST_F(QuorilctlSessionTest, HostileNamesAndPathsChangeNothingOrArriveWhole)
+{
+    ASSERT_EQ(run({u"machine"_s, u"create"_s, m_folder.filePath(u"demo"_s)}).code, 0);
+    const QByteArray before = run({u"list"_s, u"--names"_s}).output;
+    const QString endless = QString(31'990, u'x') + u"\"\"\"\"\"\"\"\"\"\""_s;
+    for (const QString& text : {u""_s, u"a\"b"_s, u"a\\"_s, u"a\nb"_s, u"\" --die 3 \""_s, u"..\\..\\x\\"_s,
+             u"a/b"_s, QString(32'000, u'x'), endless}) {
+        const auto name = qPrintable(text.left(40));
+        for (const QString& subcommand : {u"install"_s, u"update"_s}) {
+            EXPECT_NE(install(subcommand, text).code, 0) << name;
+            EXPECT_NE(install(subcommand, u"CERES"_s, text).code, 0) << name;
+            EXPECT_NE(install(subcommand, u"CERES"_s, Configuration, text).code, 0) << name;
+        }
+    }
+    EXPECT_EQ(run({u"list"_s, u"--names"_s}).output, before);
+
+    for (const QString& name :
+        {u"-x"_s, u"a b; $(reboot) %PATH% 'c'"_s, u"Bücher 漢字"_s, QString(200, u'n')}) {
+        EXPECT_EQ(install(u"install"_s, name).code, 0) << qPrintable(name);
+        EXPECT_TRUE(run({u"list"_s, u"--names"_s}).output.split('\n').contains(name.toUtf8()));
+        EXPECT_EQ(run({u"remove"_s, u"--yes"_s, u"--"_s, name}).code, 0) << qPrintable(name);
+    }
+    EXPECT_EQ(shell(u"quorilctl --machine demo list > /dev/full"_s).code, 1);
+}
+
+} // namespace
+} // namespace quoril::test
