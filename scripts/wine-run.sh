@@ -3,7 +3,7 @@
 # template prefix of its own, so that no run sees what another left in the registry or among the services, and ends
 # with all that it started.
 #   QUORIL_WINE_TEMPLATE  the template, else wine-template in the user's cache; made where it is missing
-#   QUORIL_WINE_SECONDS   the longest that a run may take, 580
+#   QUORIL_WINE_SECONDS   the longest that a run may take, 300
 #   QUORIL_WINE_PREFIX    a prefix to run in that stays, instead of a copy
 set -euo pipefail
 
@@ -11,25 +11,45 @@ here=$(dirname "$(realpath "$0")")
 export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64 LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY
 
+copy=
+output=
+program=
+end() {
+  [ -z "$program" ] || kill "$program" || true
+  rm -f "$output"
+  if [ -n "$copy" ]; then
+    wineserver -k || true
+    rm -rf "$copy"
+  fi
+}
+trap end EXIT
+
 if [ -n "${QUORIL_WINE_PREFIX:-}" ]; then
   export WINEPREFIX=$QUORIL_WINE_PREFIX
 else
   template=$("$here/wine-template.sh")
-  WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/quoril-wine.XXXXXX")
-  export WINEPREFIX
-  trap 'wineserver -k || true; rm -rf "$WINEPREFIX"' EXIT
+  copy=$(mktemp -d "${TMPDIR:-/tmp}/quoril-wine.XXXXXX")
+  export WINEPREFIX=$copy
   cp -a --reflink=auto "$template/." "$WINEPREFIX"
   # Without it services die with the last program. It holds nothing of the caller's open.
   wineserver -p300 </dev/null >/dev/null 2>&1
 fi
 
-# A crash can show as success: what CTest reads in the output counts besides the exit code. The output takes the road
-# over a file, since services that stay would keep a pipe open.
+# The output takes the road over a file, since services that stay would keep a pipe open. It is passed on as it comes:
+# what hangs has told where.
 output=$(mktemp "${TMPDIR:-/tmp}/quoril-wine-output.XXXXXX")
-exec 3<"$output"
-set +e
-timeout --kill-after=10 "${QUORIL_WINE_SECONDS:-580}" wine "$@" </dev/null >"$output" 2>&1
-code=$?
-rm -f "$output"
-tr -d '\r' <&3
+seconds=${QUORIL_WINE_SECONDS:-300}
+timeout --kill-after=10 "$seconds" wine "$@" </dev/null >"$output" 2>&1 &
+program=$!
+tail -n +1 -s 0.1 -f --pid="$program" "$output" | sed -u 's/\r$//' &
+reader=$!
+code=0
+wait "$program" || code=$?
+program=
+wait "$reader"
+if [ "$code" -eq 124 ]; then
+  echo "$1 was still running after $seconds seconds." >&2
+elif [ "$code" -ne 0 ]; then
+  echo "$1 ended with exit code $code." >&2
+fi
 exit "$code"
