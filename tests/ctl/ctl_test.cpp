@@ -2,7 +2,9 @@
 
 #include "ctl_run.h"
 #include "formats/evt_appender.h"
+#include "support/event_log_samples.h"
 #include "support/fake_machine.h"
+#include "support/utf16.h"
 
 #include <QBuffer>
 #include <QDateTime>
@@ -55,9 +57,8 @@ QMap<QString, QString> fieldsOf(const QJsonObject& object)
 /// A line of the emulator's log, in its columns, as it lies in the file.
 QByteArray logLine(QStringView tag, QStringView code, QStringView text)
 {
-    const QString line = u"20260101 120000"_s + tag.toString().leftJustified(9)
-        + code.toString().leftJustified(28) + text.toString() + u"\r\n"_s;
-    return QByteArray(reinterpret_cast<const char*>(line.utf16()), 2 * line.size());
+    return units(u"20260101 120000"_s + tag.toString().leftJustified(9) + code.toString().leftJustified(28)
+        + text.toString() + u"\r\n"_s);
 }
 
 QByteArray eventLog(const std::vector<EventEntry>& entries)
@@ -106,11 +107,7 @@ protected:
 
 TEST_F(CtlTest, JsonHasTheDocumentedFields)
 {
-    EventEntry event;
-    event.sourceName = u"QUORIL"_s;
-    event.eventType = event_type::Warning;
-    event.eventId = 0x40000007;
-    event.insertStrings.append(u"one");
+    const EventEntry event = eventOf(0, u"QUORIL"_s, {u"one"_s});
     const QString events = file(u"a.evt"_s, eventLog({event, event}));
     const QString log = file(u"a.log"_s, Log);
     const std::pair<QString, QStringList> cases[] = {
@@ -248,13 +245,9 @@ TEST_F(CtlTest, TheLastRunIsThePeriodOfItsEvents)
 {
     qputenv("TZ", "UTC");
     const auto at = [](const char* time) {
-        EventEntry event;
-        event.sourceName = u"QUORIL"_s;
-        event.insertStrings.append(QString::fromLatin1(time));
-        event.timeGenerated
-            = quint32(QDateTime::fromString(QString::fromLatin1(time), Qt::ISODate).toSecsSinceEpoch());
-        event.insertBytes = event.insertStrings.byteSize();
-        return event;
+        const QString text = QString::fromLatin1(time);
+        return eventOf(
+            quint32(QDateTime::fromString(text, Qt::ISODate).toSecsSinceEpoch()), u"QUORIL"_s, {text});
     };
     m_machine.fakeEventLogs.logs[u"System"_s]
         = {at("2026-01-01T11:59:59"), at("2026-01-01T12:00:10"), at("2026-01-01T18:00:00")};

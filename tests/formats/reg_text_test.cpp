@@ -1,56 +1,35 @@
 #include "formats/reg_text.h"
 
-#include "formats/regf_hive.h"
+#include "support/hive_sink.h"
+#include "support/utf16.h"
 
 #include <gtest/gtest.h>
 
 using namespace quoril;
+using test::HiveSink;
+using test::textOf;
+using test::units;
 using namespace Qt::StringLiterals;
 using Kind = regtext::Operation::Kind;
 
 namespace {
 
-QByteArray utf16(QStringView text)
-{
-    return {reinterpret_cast<const char*>(text.utf16()), text.size() * 2};
-}
-
 QByteArray document(QStringView lines)
 {
-    return utf16(u"\uFEFFWindows Registry Editor Version 5.00\r\n\r\n"_s + lines.toString());
+    return units(u"\uFEFFWindows Registry Editor Version 5.00\r\n\r\n"_s + lines.toString());
 }
 
-/// Carries operations out below the root of a hive; refuses one path.
-class HiveSink : public regtext::Sink
+/// Refuses one path.
+class RefusingSink : public HiveSink
 {
 public:
-    explicit HiveSink(regf::Key& root) : m_root(root) { }
-
+    using HiveSink::HiveSink;
     Status createKey(QStringView path) override
     {
         if (path == u"R\\refused")
             return Error{error::AccessDenied, u"no right"_s};
-        const Result<regf::Key*> key = m_root.addPath(path, 1);
-        return key ? Status() : Status(key.failure());
+        return HiveSink::createKey(path);
     }
-    Status deleteKey(QStringView path) override
-    {
-        const qsizetype last = path.lastIndexOf(u'\\');
-        m_root.find(path.first(last))->removeChild(path.sliced(last + 1), 1);
-        return {};
-    }
-    Status setValue(QStringView path, QStringView name, quint32 type, const QByteArray& data) override
-    {
-        return m_root.find(path)->setValue(name, type, data, 1);
-    }
-    Status deleteValue(QStringView path, QStringView name) override
-    {
-        m_root.find(path)->removeValue(name, 1);
-        return {};
-    }
-
-private:
-    regf::Key& m_root;
 };
 
 } // namespace
@@ -68,8 +47,8 @@ TEST(RegText, IsReadInAllItsForms)
     const QString key = u"HKEY_LOCAL_MACHINE\\A [b]"_s;
     const std::vector<regtext::Operation> expected{
         {Kind::CreateKey, key, {}, 0, {}, 4},
-        {Kind::SetValue, key, {}, 1, utf16(QStringView(u"de\\fault \"x\"\0", 13)), 5},
-        {Kind::SetValue, key, u"two\r\nlines"_s, 1, utf16(QStringView(u"one\r\ntwo\0", 9)), 6},
+        {Kind::SetValue, key, {}, 1, units(QStringView(u"de\\fault \"x\"\0", 13)), 5},
+        {Kind::SetValue, key, u"two\r\nlines"_s, 1, units(QStringView(u"one\r\ntwo\0", 9)), 6},
         {Kind::SetValue, key, u"d"_s, 4, QByteArray("\x1f\0\0\0", 4), 9},
         {Kind::SetValue, key, u"h"_s, 3, {}, 10},
         {Kind::SetValue, key, u"b"_s, 11, QByteArray("\1\2\xff\0", 4), 11},
@@ -126,10 +105,10 @@ TEST(RegText, IsWrittenAsTheEditorWritesIt)
 {
     regf::Hive hive = regf::Hive::create(u"R"_s);
     regf::Key& root = hive.root();
-    ASSERT_TRUE(root.setValue(u"", 1, utf16(QStringView(u"a\\b\"c\0", 6)), 1));
+    ASSERT_TRUE(root.setValue(u"", 1, units(QStringView(u"a\\b\"c\0", 6)), 1));
     ASSERT_TRUE(root.setValue(u"Start", 4, QByteArray("\3\0\0\0", 4), 1));
     ASSERT_TRUE(root.setValue(u"short", 4, "a", 1));
-    ASSERT_TRUE(root.setValue(u"line", 1, utf16(QStringView(u"\n\0", 2)), 1));
+    ASSERT_TRUE(root.setValue(u"line", 1, units(QStringView(u"\n\0", 2)), 1));
     ASSERT_TRUE(root.setValue(u"bytes", 3, QByteArray(30, '\x5a'), 1));
     ASSERT_TRUE((*root.addChild(u"Sub", 1))->setValue(u"x", 0x20001, {}, 1));
     const QString bytes = u"5a,"_s.repeated(22) + u"\\\r\n  "_s + u"5a,"_s.repeated(7) + u"5a"_s;
@@ -137,12 +116,8 @@ TEST(RegText, IsWrittenAsTheEditorWritesIt)
         = u"[HKLM\\R]\r\n@=\"a\\\\b\\\"c\"\r\n\"Start\"=dword:00000003\r\n\"short\"=hex(4):61\r\n"
           "\"line\"=hex(1):0a,00,00,00\r\n\"bytes\"=hex:%1\r\n\r\n"
           "[HKLM\\R\\Sub]\r\n\"x\"=hex(20001):\r\n\r\n"_s.arg(bytes);
-    const QByteArray written = regtext::write(root, u"HKLM\\R"_s);
-    EXPECT_EQ(QString::fromUtf16(reinterpret_cast<const char16_t*>(written.constData()), written.size() / 2)
-                  .toStdString(),
-        QString::fromUtf16(
-            reinterpret_cast<const char16_t*>(document(expected).constData()), document(expected).size() / 2)
-            .toStdString());
+    EXPECT_EQ(
+        textOf(regtext::write(root, u"HKLM\\R"_s)).toStdString(), textOf(document(expected)).toStdString());
 }
 
 TEST(RegText, EveryTypeAndNameSurvivesTheWayThere)
@@ -151,8 +126,8 @@ TEST(RegText, EveryTypeAndNameSurvivesTheWayThere)
     regf::Key& key = **hive.root().addPath(u"R\\]odd[\\;\"key\"", 1);
     const QString names[] = {{}, u"@"_s, u"a\"b\\"_s, u"\\"_s, u"two\r\nlines"_s, u"=;"_s, QString(QChar(0)),
         QString(QChar(0xDC00)), u"\u0416\U0001F600"_s};
-    const QByteArray contents[] = {{}, "odd", utf16(u"no end"), utf16(QStringView(u"\0", 1)),
-        utf16(QStringView(u"in\0side\0", 8)), QByteArray(300, '\xfe'), QByteArray("\0\xD8\0\0", 4)};
+    const QByteArray contents[] = {{}, "odd", units(u"no end"), units(QStringView(u"\0", 1)),
+        units(QStringView(u"in\0side\0", 8)), QByteArray(300, '\xfe'), QByteArray("\0\xD8\0\0", 4)};
     quint32 type = 0;
     for (const QByteArray& content : contents) {
         for (const QString& name : names) {
@@ -177,7 +152,7 @@ TEST(RegText, EveryTypeAndNameSurvivesTheWayThere)
 TEST(RegText, IsAppliedInOrderUpToTheFirstRefusal)
 {
     regf::Hive hive = regf::Hive::create(u"R"_s);
-    HiveSink sink(hive.root());
+    RefusingSink sink(hive.root());
     const auto operations = regtext::parse(
         document(u"[R\\a\\b]\r\n\"x\"=\"1\"\r\n\"y\"=\"2\"\r\n\"X\"=-\r\n[-R\\A\\B\\none]\r\n"
                  "[R\\gone]\r\n[-R\\gone]\r\n[R\\refused]\r\n[R\\later]\r\n"));

@@ -38,7 +38,7 @@ TEST(VersionBlock, hasItsTextInTheTranslationsTable)
 
     // A tool that counts the size of a text in bytes.
     QByteArray inBytes = versionBlock(u"1.2.3");
-    const qsizetype size = inBytes.indexOf(unitsOf(u"FileVersion")) - 4;
+    const qsizetype size = inBytes.indexOf(units(u"FileVersion")) - 4;
     setAt<quint16>(inBytes, size, 12);
     EXPECT_EQ(*fileVersionOf(inBytes), u"1.2.3");
 }

@@ -1,6 +1,6 @@
 #include "logs/app_event_log.h"
 
-#include "formats/event_record.h"
+#include "support/event_log_samples.h"
 #include "support/fake_machine.h"
 
 #include <gmock/gmock.h>
@@ -12,13 +12,8 @@ using namespace Qt::StringLiterals;
 
 EventEntry entry(const QStringList& inserts, const QString& source = u"QUORIL"_s, quint32 time = 1000)
 {
-    EventEntry made;
-    made.timeGenerated = time;
+    EventEntry made = test::eventOf(time, source, inserts);
     made.eventId = 0xC0000007;
-    made.sourceName = source;
-    for (const QString& text : inserts)
-        made.insertStrings.append(text);
-    made.insertBytes = made.insertStrings.byteSize();
     return made;
 }
 

@@ -1,8 +1,9 @@
 #include "logs/log_table.h"
 
-#include "formats/event_record.h"
 #include "shell/service_info.h"
+#include "support/event_log_samples.h"
 #include "support/fake_machine.h"
+#include "support/utf16.h"
 
 #include <gmock/gmock.h>
 
@@ -23,19 +24,13 @@ protected:
     }
     void putLog(const QString& text)
     {
-        fake.fakeFiles.put(
-            u"C:\\log", QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2));
+        fake.fakeFiles.put(u"C:\\log", test::units(text));
         service.LogFile = u"C:\\log"_s;
     }
     void report(const QString& log, quint32 id, const QString& text)
     {
-        EventEntry entry;
-        entry.timeGenerated = quint32(Now);
-        entry.eventId = id;
-        entry.sourceName = u"QUORIL"_s;
-        entry.insertStrings.append(text);
-        entry.insertBytes = entry.insertStrings.byteSize();
-        fake.fakeEventLogs.logs[log].push_back(entry);
+        fake.fakeEventLogs.logs[log].push_back(test::eventOf(quint32(Now), u"QUORIL"_s, {text}));
+        fake.fakeEventLogs.logs[log].back().eventId = id;
     }
     QStringList rows()
     {

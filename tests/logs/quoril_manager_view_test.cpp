@@ -3,6 +3,7 @@
 #include "resources/resource_module.h"
 #include "shell/service_info.h"
 #include "support/fake_machine.h"
+#include "support/utf16.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -27,8 +28,7 @@ protected:
         QString text = u"20010203:040506:INFO :  00000249"_s + QString(20, u' ') + u"first\r\n"_s;
         for (int i = 0; i < 500; ++i)
             text += u"line %1\r\n"_s.arg(i);
-        fake.fakeFiles.put(
-            u"C:\\log", QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2));
+        fake.fakeFiles.put(u"C:\\log", test::units(text));
         service.LogFile = u"C:\\log"_s;
         view.resize(800, 300);
         view.show();

@@ -2,12 +2,13 @@
 
 #include "platform/tree/machine_choice.h"
 #include "platform/tree/sample_machine.h"
+#include "support/event_log_samples.h"
 #include "support/executable_sample.h"
+#include "support/real_data.h"
 #include "support/temporary_tree.h"
+#include "support/utf16.h"
 
 #include <QCoreApplication>
-#include <QProcess>
-#include <QtEndian>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,18 +22,6 @@ namespace quoril::test {
 
 namespace {
 
-EventEntry entryAt(quint32 time, const QString& source)
-{
-    EventEntry entry;
-    entry.timeGenerated = time;
-    entry.timeWritten = time;
-    entry.eventType = event_type::Warning;
-    entry.sourceName = source;
-    entry.computerName = u"HERE"_s;
-    entry.insertStrings.append(u"text");
-    return entry;
-}
-
 TEST(TreeMachineTest, reportsToAndReadsItsEventLogs)
 {
     const TemporaryTree tree;
@@ -40,7 +29,7 @@ TEST(TreeMachineTest, reportsToAndReadsItsEventLogs)
     EventLogs& logs = machine.eventLogs();
     EXPECT_EQ(logs.open(u"System", {}).errorNumber(), error::FileNotFound);
     for (const quint32 time : {1000u, 2000u, 3000u})
-        ASSERT_TRUE(logs.report(u"System", entryAt(time, u"Source%1"_s.arg(time))));
+        ASSERT_TRUE(logs.report(u"System", eventOf(time, u"Source%1"_s.arg(time), {u"text"_s})));
     TreeMachine other(tree.root());
     const auto log = other.eventLogs().open(u"system", {1500, 3000});
     ASSERT_TRUE(log);
@@ -75,15 +64,12 @@ TEST(TreeMachineTest, takesFilesOfTheHostToItsOwnPathsAndBack)
 
 TEST(TreeMachineTest, unitesBothFilesOfALogInOrderOfTime)
 {
-    const QString real = qEnvironmentVariable("QUORIL_REAL_DATA");
+    const QByteArray real = realData(u"System.evtx"_s);
     if (real.isEmpty())
         GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
     const TemporaryTree tree;
     tree.makeFolder(u"Windows/System32/WINEVT/Logs"_s);
-    QProcess unpack;
-    unpack.setStandardOutputFile(tree.host(u"Windows/System32/WINEVT/Logs/system.EVTX"_s));
-    unpack.start(u"xz"_s, {u"-dc"_s, real + u"/System.evtx.xz"_s});
-    ASSERT_TRUE(unpack.waitForFinished());
+    tree.write(u"Windows/System32/WINEVT/Logs/system.EVTX"_s, real);
     TreeMachine machine(tree.root());
     const auto before = machine.eventLogs().open(u"System", {});
     ASSERT_TRUE(before);
@@ -93,7 +79,7 @@ TEST(TreeMachineTest, unitesBothFilesOfALogInOrderOfTime)
         times.push_back(entry.timeGenerated);
     ASSERT_EQ(times.size(), 5009u);
     const quint32 middle = times[2500];
-    ASSERT_TRUE(machine.eventLogs().report(u"System", entryAt(middle, u"Ours"_s)));
+    ASSERT_TRUE(machine.eventLogs().report(u"System", eventOf(middle, u"Ours"_s, {u"text"_s})));
     const auto after = machine.eventLogs().open(u"System", {middle, middle});
     std::size_t same = 0;
     bool ours = false;
@@ -288,10 +274,7 @@ TEST(SampleMachineTest, isWholeHoweverManyProgramsMakeIt)
 
     const auto log = machine.files().openForReading(u"C:\\emulators\\ceres\\CERES.LOG");
     ASSERT_TRUE(log);
-    const QByteArray bytes = (*log)->readAll();
-    QString text(bytes.size() / 2, Qt::Uninitialized);
-    qFromLittleEndian<quint16>(bytes.constData(), text.size(), text.data());
-    const QStringList lines = text.split(u"\r\n"_s);
+    const QStringList lines = textOf((*log)->readAll()).split(u"\r\n"_s);
     EXPECT_EQ(QStringView(lines[0]).mid(15, 7), u":INFO :");
     EXPECT_EQ(QStringView(lines[0]).mid(24, 8), u"00000249");
     EXPECT_EQ(QStringView(lines[0]).mid(52), u"Start of session: CERES");

@@ -2,6 +2,7 @@
 #include "shell/service_info.h"
 #include "support/fake_machine.h"
 #include "support/person.h"
+#include "support/utf16.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -38,8 +39,7 @@ protected:
         QString text = u"20010203:040506:INFO :  00000249"_s + QString(20, u' ') + u"line 0\r\n"_s;
         for (int i = 1; i < lines; ++i)
             text += u"line %1\r\n"_s.arg(i);
-        fake.fakeFiles.put(
-            u"C:\\log", QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2));
+        fake.fakeFiles.put(u"C:\\log", test::units(text));
         service.LogFile = u"C:\\log"_s;
         view.ShowLogTable(service);
     }

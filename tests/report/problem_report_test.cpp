@@ -34,7 +34,7 @@ const QString SystemLogEnd
 const QString RegistryEnd
     = u"-------------------- End of the service configuration (registry) --------------------\r\n\r\n"_s;
 
-using test::textOf;
+using test::textOfFile;
 using test::units;
 
 /// A temporary directory that is the user's own for the time being.
@@ -107,7 +107,7 @@ TEST_F(ProblemReportTest, IsStoredWithoutWhatThereIsNot)
     // A service that is gone leaves the banners on one line.
     m_service = g_no_service;
     EXPECT_EQ(mail(m_report), stored(m_report));
-    EXPECT_TRUE(textOf(m_report).endsWith(SystemLogEnd
+    EXPECT_TRUE(textOfFile(m_report).endsWith(SystemLogEnd
         + u"\r\nEmulation type                           \r\nHome directory                           "
           u"\r\n\r\n\r\n"
           "\r\n-------------------- Service configuration (registry) --------------------"_s
@@ -117,7 +117,7 @@ TEST_F(ProblemReportTest, IsStoredWithoutWhatThereIsNot)
     m_machine.fakeEventLogs.logs.clear();
     m_service.LogFile = u"C:\\none.log"_s;
     EXPECT_EQ(mail(m_report), stored(m_report));
-    EXPECT_TRUE(textOf(m_report).endsWith(SystemLogEnd
+    EXPECT_TRUE(textOfFile(m_report).endsWith(SystemLogEnd
         + u"-------------------- LOG --------------------\r\n"
           "Can't open QUORIL log file: \"C:\\none.log\"\r\n"
           "-------------------- End of the LOG --------------------\r\n"_s));
@@ -159,7 +159,7 @@ TEST_F(ProblemReportTest, GoesOnWithoutATemporaryFileThatVanished)
         });
         EXPECT_EQ(told, "Can't open temporary data file.");
         EXPECT_EQ(temporaryFiles(), QStringList());
-        const QString text = textOf(m_report);
+        const QString text = textOfFile(m_report);
         // The stages run in the order hardware, registry, log.
         EXPECT_EQ(text.contains(HardwareEnd), gone != 0);
         EXPECT_EQ(text.contains(RegistryEnd), gone != 1);
@@ -179,7 +179,7 @@ TEST_F(ProblemReportTest, TellsThatItHasNoPlaceForTemporaryFiles)
     for (const auto& [directory, told] : cases) {
         useTemporaryDirectory(directory);
         EXPECT_EQ(mail(m_report), told + told + told + stored(m_report));
-        EXPECT_TRUE(textOf(m_report).endsWith(u"(such as RDB, DEC Forms.):\r\n\r\n\r\n"));
+        EXPECT_TRUE(textOfFile(m_report).endsWith(u"(such as RDB, DEC Forms.):\r\n\r\n\r\n"));
     }
 }
 
@@ -228,7 +228,7 @@ TEST_F(ProblemReportTest, NeverCallsACutReportStored)
     disk.emplace(10'000);
     EXPECT_EQ(mail(m_report), "Can't create file for attachment.\n" + stored(m_report));
     disk.reset();
-    EXPECT_TRUE(textOf(m_report).contains(RegistryEnd) && !textOf(m_report).contains(LogBegin));
+    EXPECT_TRUE(textOfFile(m_report).contains(RegistryEnd) && !textOfFile(m_report).contains(LogBegin));
     EXPECT_EQ(temporaryFiles(), QStringList());
 }
 
@@ -276,7 +276,7 @@ TEST_F(ProblemReportTest, TakesTheLogsNameFromAConfigurationFile)
         EXPECT_EQ(data.LogFrom, m_machine.fakeClock.now() - 180);
         EXPECT_EQ(data.LogTo, data.LogFrom + 3);
         EXPECT_EQ(shown(), told);
-        EXPECT_EQ(textOf(data.LogAttachment)
+        EXPECT_EQ(textOfFile(data.LogAttachment)
                       .endsWith(u"line\r\n-------------------- End of the LOG --------------------\r\n"),
             !log.isEmpty());
     }
@@ -294,7 +294,7 @@ TEST_F(ProblemReportTest, AppendsTheConfigurationFileWhenAsked)
         report.SaveReport(data);
         const bool isThere = path == u"C:\\a.cfg"_s;
         EXPECT_EQ(shown(), isThere ? stored(m_report) : "Can't open temporary data file.");
-        EXPECT_EQ(textOf(m_report),
+        EXPECT_EQ(textOfFile(m_report),
             report.FormText + u"\r\n--------------------- Configuration file --------------------\r\n"_s
                 + (isThere ? u"one\r\ntwo"_s : QString())
                 + u"-------------------- End of Configuration file --------------------\r\n"_s);

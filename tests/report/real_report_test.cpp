@@ -1,10 +1,10 @@
 // The registry section over a real machine's hive, with an instance that a registry text brought in.
 
-#include "formats/real_data.h"
 #include "formats/regf_hive.h"
 #include "report/registry_section.h"
 #include "report/report_text.h"
 #include "services/service_walk.h"
+#include "support/real_data.h"
 #include "support/temporary_tree.h"
 
 #include <gtest/gtest.h>
@@ -43,7 +43,7 @@ void expect(const regf::Key& key, const QString& path, QStringList& lines, QMap<
 
 TEST(RealReport, PrintsEveryTypeOfValueThatOccurs)
 {
-    const QByteArray hive = realData(u"SYSTEM-clean"_s);
+    const QByteArray hive = test::realData(u"SYSTEM-clean"_s);
     if (hive.isEmpty())
         GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
     const test::TemporaryTree tree;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "report/report_stream.h"
+#include "support/utf16.h"
 
 #include <QFile>
 #include <QString>
@@ -15,16 +16,11 @@ public:
     QString text;
 };
 
-/// The text as a file of 16-bit units, and back.
-inline QByteArray units(QStringView text)
-{
-    return QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
-}
-inline QString textOf(const QString& path)
+/// The text of a file of 16-bit units; none where there is no such file.
+inline QString textOfFile(const QString& path)
 {
     QFile file(path);
-    const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    return QString::fromUtf16(reinterpret_cast<const char16_t*>(bytes.constData()), bytes.size() / 2);
+    return file.open(QIODevice::ReadOnly) ? textOf(file.readAll()) : QString();
 }
 
 } // namespace quoril::test

@@ -6,6 +6,7 @@
 #include "report/report_text.h"
 #include "shell/quoril_manager_doc.h"
 #include "shell/service_catalogue.h"
+#include "support/event_log_samples.h"
 #include "support/fake_machine.h"
 
 #include <gtest/gtest.h>
@@ -47,13 +48,8 @@ public:
     /// Reports an event of that age at the time of the report.
     void addEvent(const QString& log, quint32 secondsAgo, const QString& source, const QString& text)
     {
-        EventEntry entry;
-        entry.timeGenerated = entry.timeWritten = quint32(fakeClock.now()) - secondsAgo;
-        entry.eventType = event_type::Error;
-        entry.sourceName = source;
-        entry.insertStrings.append(text);
-        entry.insertBytes = entry.insertStrings.byteSize();
-        EXPECT_TRUE(m_tree.eventLogs().report(log, entry));
+        EXPECT_TRUE(m_tree.eventLogs().report(
+            log, test::eventOf(quint32(fakeClock.now()) - secondsAgo, source, {text})));
     }
     QString root() const { return m_folder.filePath(u"machine"_s); }
 
@@ -90,7 +86,7 @@ TEST(SampleReport, IsTheGoldenOne)
     QFile golden(QStringLiteral(QUORIL_TEST_DIR "/report/sample_report.txt"));
     ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
     const QString expected = QString::fromUtf8(golden.readAll());
-    const QString written = test::textOf(path);
+    const QString written = test::textOfFile(path);
     const auto place = std::ranges::mismatch(written, expected).in1 - written.begin();
     EXPECT_TRUE(written == expected && QFileInfo(path).size() == 2 * written.size())
         << "unit " << place << ": " << expected.mid(place, 60).toStdString() << "\nbecame "

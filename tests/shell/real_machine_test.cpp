@@ -5,12 +5,11 @@
 #include "platform/tree/tree_machine.h"
 #include "shell/quoril_manager_doc.h"
 #include "shell/service_catalogue.h"
+#include "support/real_data.h"
+#include "support/temporary_tree.h"
 
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -34,21 +33,13 @@ constexpr QStringView Instances = uR"(Windows Registry Editor Version 5.00
 "TargetPlatformEmulator"="quoril_64"
 )";
 
-QByteArray outputOf(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    return process.waitForFinished(60000) && process.exitCode() == 0 ? process.readAllStandardOutput()
-                                                                     : QByteArray();
-}
-
 /// What another reader sees in the hive: every key and value, without places in the file and times of
 /// writing.
 QStringList seenByOracle(const QString& hive)
 {
     static const QRegularExpression unstable(
         u"<mtime>[^<]*</mtime>|<byte_run[^>]*/>|<byte_runs>\\s*</byte_runs>"_s);
-    QString xml = QString::fromUtf8(outputOf(u"hivexml"_s, {hive}));
+    QString xml = QString::fromUtf8(test::outputOf(u"hivexml"_s, {hive}));
     xml.remove(unstable);
     xml.replace(u"><"_s, u">\n<"_s);
     return xml.split(u'\n', Qt::SkipEmptyParts);
@@ -56,23 +47,18 @@ QStringList seenByOracle(const QString& hive)
 
 TEST(RealMachine, KeepsEverythingButWhatAnImportAsksFor)
 {
-    const QString data = qEnvironmentVariable("QUORIL_REAL_DATA");
-    if (data.isEmpty())
+    const QByteArray real = test::realData(u"SYSTEM-clean"_s);
+    if (real.isEmpty())
         GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
     if (QStandardPaths::findExecutable(u"hivexml"_s).isEmpty())
         GTEST_SKIP() << "hivexml is not installed";
-    const QTemporaryDir folder;
-    const QString config = folder.filePath(u"Windows/System32/config"_s);
-    ASSERT_TRUE(QDir().mkpath(config));
-    const QString hive = config + u"/SYSTEM"_s;
-    QFile file(hive);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(outputOf(u"xz"_s, {u"-dc"_s, data + u"/SYSTEM-clean.xz"_s}));
-    file.close();
+    const test::TemporaryTree tree;
+    tree.write(u"Windows/System32/config/SYSTEM"_s, real);
+    const QString hive = tree.systemHive();
     const QStringList before = seenByOracle(hive);
     ASSERT_GT(before.size(), 10000);
 
-    TreeMachine machine(folder.path());
+    TreeMachine machine(tree.root());
     const ScopedMachine inForce(machine);
     CQuorilManagerDoc document;
     EXPECT_EQ(ScanServices(document), 0);

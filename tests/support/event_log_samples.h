@@ -3,45 +3,22 @@
 #include "formats/event_record.h"
 
 #include <QBuffer>
-#include <QFile>
-#include <QProcess>
-#include <QStandardPaths>
-#include <QTemporaryDir>
+#include <QStringList>
 
-#include <optional>
 #include <vector>
 
 namespace quoril::test {
 
-/// What the program prints to standard output; none where it is missing.
-inline std::optional<QByteArray> outputOf(const QString& program, const QStringList& arguments)
+/// An event with texts.
+inline EventEntry eventOf(quint32 time, const QString& source, const QStringList& texts)
 {
-    if (QStandardPaths::findExecutable(program).isEmpty())
-        return std::nullopt;
-    QProcess process;
-    process.start(program, arguments);
-    return process.waitForFinished() ? std::optional(process.readAllStandardOutput()) : std::nullopt;
-}
-
-/// A real log of the folder QUORIL_REAL_DATA, unpacked; empty where there is none.
-inline QByteArray realLog(const QString& name)
-{
-    const QString folder = qEnvironmentVariable("QUORIL_REAL_DATA");
-    if (folder.isEmpty())
-        return {};
-    return outputOf(QStringLiteral("xz"), {QStringLiteral("-dc"), folder + u'/' + name})
-        .value_or(QByteArray());
-}
-
-/// What an exporting tool prints about the log `bytes`.
-inline std::optional<QByteArray> exported(const QString& tool, QStringList arguments, const QByteArray& bytes)
-{
-    QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("log")));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return std::nullopt;
-    file.close();
-    return outputOf(tool, arguments << file.fileName());
+    EventEntry entry;
+    entry.timeGenerated = entry.timeWritten = time;
+    entry.sourceName = source;
+    for (const QString& text : texts)
+        entry.insertStrings.append(text);
+    entry.insertBytes = entry.insertStrings.byteSize();
+    return entry;
 }
 
 /// All events that a Reader gives from `bytes`; empty where it does not open them.

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QByteArray>
-#include <QStringView>
-#include <QtEndian>
+#include "support/utf16.h"
 
 #include <initializer_list>
 
@@ -11,13 +9,6 @@ namespace quoril::test {
 template <typename Number> void setAt(QByteArray& bytes, qsizetype place, Number number)
 {
     qToLittleEndian(number, bytes.data() + place);
-}
-
-inline QByteArray unitsOf(QStringView text)
-{
-    QByteArray bytes(text.size() * 2, '\0');
-    qToLittleEndian<quint16>(text.utf16(), text.size(), bytes.data());
-    return bytes;
 }
 
 inline void align(QByteArray& bytes)
@@ -29,7 +20,7 @@ inline void align(QByteArray& bytes)
 inline QByteArray versionNode(
     QStringView name, const QByteArray& value, bool isText, const QByteArray& children = {})
 {
-    QByteArray bytes = QByteArray(6, '\0') + unitsOf(name) + QByteArray(2, '\0');
+    QByteArray bytes = QByteArray(6, '\0') + units(name) + QByteArray(2, '\0');
     align(bytes);
     bytes += value;
     if (!children.isEmpty())
@@ -47,8 +38,8 @@ inline QByteArray versionBlock(
     QStringView fileVersion, QStringView table = u"040904B0", bool hasTranslation = true)
 {
     const QByteArray zero(2, '\0');
-    const QByteArray texts = versionNode(u"CompanyName", unitsOf(u"Sample") + zero, true)
-        + versionNode(u"FileVersion", unitsOf(fileVersion) + zero, true);
+    const QByteArray texts = versionNode(u"CompanyName", units(u"Sample") + zero, true)
+        + versionNode(u"FileVersion", units(fileVersion) + zero, true);
     const QByteArray translation = versionNode(u"Translation",
         QByteArray::fromHex("0904b004"
                             "0704b004"),
