@@ -113,11 +113,6 @@ quint64 Hive::lastWritten() const
     return m_image->lastWritten();
 }
 
-quint32 Hive::minorVersion() const
-{
-    return m_image->baseNumber(base::MinorVersion);
-}
-
 bool Hive::damaged() const
 {
     return !problems().isEmpty();

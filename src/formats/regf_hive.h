@@ -32,7 +32,6 @@ public:
     bool notShutDownCleanly() const;
     /// FILETIME of the last write as the base block has it.
     quint64 lastWritten() const;
-    quint32 minorVersion() const;
 
     /// Damage met so far. What has not been touched has not been looked at.
     bool damaged() const;

@@ -81,7 +81,6 @@ public:
     void setClassName(const QString& name) { m_header.className = name; }
     /// FILETIME of the last change.
     quint64 timestamp() const { return m_header.timestamp; }
-    void setTimestamp(quint64 filetime) { m_header.timestamp = filetime; }
     quint16 flags() const { return m_header.flags; }
     const Header& header() const { return m_header; }
 

@@ -1,7 +1,5 @@
 #include "platform/command_line.h"
 
-#include <algorithm>
-
 namespace quoril {
 
 namespace {
@@ -102,23 +100,6 @@ QList<ProgramCandidate> programCandidates(QStringView commandLine)
             candidates.append({commandLine.first(at).toString(), commandLine.mid(at)});
     }
     return candidates;
-}
-
-QString quoteArgument(QStringView text)
-{
-    const bool isPlain = !text.isEmpty()
-        && std::none_of(text.begin(), text.end(), [](QChar unit) { return isBlank(unit) || unit == u'"'; });
-    if (isPlain)
-        return text.toString();
-    QString quoted(1, u'"');
-    qsizetype backslashes = 0;
-    for (const QChar unit : text) {
-        if (unit == u'"')
-            quoted.append(QString(backslashes + 1, u'\\'));
-        backslashes = unit == u'\\' ? backslashes + 1 : 0;
-        quoted.append(unit);
-    }
-    return quoted + QString(backslashes, u'\\') + u'"';
 }
 
 } // namespace quoril

@@ -26,7 +26,4 @@ QList<ProgramCandidate> programCandidates(QStringView commandLine);
 /// The arguments in the text behind the program, by the rules of splitCommandLine().
 QStringList splitArguments(QStringView rest);
 
-/// The text as one argument of a command line, quoted where it has to be.
-QString quoteArgument(QStringView text);
-
 } // namespace quoril

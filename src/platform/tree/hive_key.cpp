@@ -30,25 +30,12 @@ quint32 rightsOf(quint32 access)
     return access;
 }
 
-bool mayOpen(const MountedHive& hive, const QString& path, quint32 access)
-{
-    const TreeRegistry::AccessCheck& check = *hive.check;
-    return !check || check(path.isEmpty() ? hive.name : QString(hive.name + u'\\' + path), access);
-}
-
 QString below(const QString& path, const QString& name)
 {
     return path.isEmpty() ? name : QString(path % u'\\' % name);
 }
 
 } // namespace
-
-Result<RegistryKeyHandle> HiveKey::openRoot(const MountedHive& hive, quint32 access)
-{
-    if (!mayOpen(hive, {}, access))
-        return Error{error::AccessDenied, {}};
-    return RegistryKeyHandle(std::make_unique<HiveKey>(hive, QString(), access));
-}
 
 HiveKey::HiveKey(MountedHive hive, QString path, quint32 access)
     : m_hive(std::move(hive))
@@ -110,15 +97,12 @@ std::optional<std::size_t> HiveKey::linkIndex(const regf::Key& key) const
     return index;
 }
 
-Result<RegistryKeyHandle> HiveKey::handleOf(regf::Key& child, quint32 access) const
+RegistryKeyHandle HiveKey::handleOf(regf::Key& child, quint32 access) const
 {
-    QString path = below(m_path, child.name());
-    if (!mayOpen(m_hive, path, access))
-        return Error{error::AccessDenied, {}};
-    auto handle = std::make_unique<HiveKey>(m_hive, std::move(path), access);
+    auto handle = std::make_unique<HiveKey>(m_hive, below(m_path, child.name()), access);
     handle->m_key = &child;
     handle->m_generation = m_generation;
-    return RegistryKeyHandle(std::move(handle));
+    return handle;
 }
 
 Result<RegistryKeyHandle> HiveKey::open(QStringView name, quint32 access) const

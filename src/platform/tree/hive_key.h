@@ -2,11 +2,12 @@
 
 #include "platform/registry.h"
 #include "platform/tree/hive_store.h"
-#include "platform/tree/tree_registry.h"
 
 #include <QString>
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace quoril {
 
@@ -15,16 +16,13 @@ struct MountedHive
 {
     QString name;
     std::shared_ptr<HiveStore> store;
-    std::shared_ptr<const TreeRegistry::AccessCheck> check;
 };
 
 /// An open key of a hive.
 class HiveKey : public RegistryKey
 {
 public:
-    /// The hive's root key with those rights; 5.
-    static Result<RegistryKeyHandle> openRoot(const MountedHive& hive, quint32 access);
-
+    /// The path lies below the hive's root, links resolved; an empty one is the root.
     HiveKey(MountedHive hive, QString path, quint32 access);
 
     Result<RegistryKeyHandle> open(QStringView name, quint32 access) const override;
@@ -42,14 +40,14 @@ public:
 private:
     Result<regf::Key*> key() const;
     Result<regf::Key*> keyFor(quint32 right) const;
-    Result<RegistryKeyHandle> handleOf(regf::Key& child, quint32 access) const;
+    RegistryKeyHandle handleOf(regf::Key& child, quint32 access) const;
     bool isLink(QStringView name) const;
     QString linkTarget(const regf::Key& root) const;
     std::optional<std::size_t> linkIndex(const regf::Key& key) const;
     Status apply(quint32 right, const std::function<Status(regf::Key&, quint64)>& change);
 
     MountedHive m_hive;
-    QString m_path; // below the hive's root, links resolved
+    QString m_path;
     quint32 m_access;
     mutable quint64 m_generation = 0;
     mutable regf::Key* m_key = nullptr; // of m_generation

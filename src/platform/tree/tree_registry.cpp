@@ -36,7 +36,6 @@ struct TreeRegistry::Hives
     explicit Hives(const TreePaths& paths)
         : software(std::make_shared<HiveFile>(paths, u"SOFTWARE"_s))
         , system(std::make_shared<HiveFile>(paths, u"SYSTEM"_s))
-        , check(std::make_shared<AccessCheck>())
     {
     }
 
@@ -45,22 +44,21 @@ struct TreeRegistry::Hives
     MountedHive mounted(QStringView name)
     {
         if (foldedEquals(name, u"SYSTEM"))
-            return {u"SYSTEM"_s, system, check};
+            return {u"SYSTEM"_s, system};
         if (foldedEquals(name, u"SOFTWARE"))
-            return {u"SOFTWARE"_s, software, check};
+            return {u"SOFTWARE"_s, software};
         if (!foldedEquals(name, u"HARDWARE"))
             return {};
         const QMutexLocker locker(&mutex);
         if (!hardware)
             hardware = std::make_shared<VolatileHive>(makeHardwareHive(hostCpuInfo()));
-        return {u"HARDWARE"_s, hardware, check};
+        return {u"HARDWARE"_s, hardware};
     }
 
     QMutex mutex;
     std::shared_ptr<HiveStore> hardware; // guarded by mutex
     std::shared_ptr<HiveFile> software;
     std::shared_ptr<HiveFile> system;
-    std::shared_ptr<AccessCheck> check;
 };
 
 /// HKEY_LOCAL_MACHINE: nothing but the hives.
@@ -76,7 +74,7 @@ public:
             return Error{error::FileNotFound, {}};
         if (Status status = hive.store->refresh(); !status)
             return status.failure();
-        return HiveKey::openRoot(hive, access);
+        return RegistryKeyHandle(std::make_unique<HiveKey>(hive, QString(), access));
     }
 
     Result<RegistryKeyHandle> create(QStringView name, quint32 access) override
@@ -133,11 +131,6 @@ Result<std::unique_ptr<RegistryTransaction>> TreeRegistry::beginTransaction(QStr
         return status.failure();
     }
     return std::make_unique<RegistryTransaction>(hive);
-}
-
-void TreeRegistry::setAccessCheck(AccessCheck check)
-{
-    *m_hives->check = std::move(check);
 }
 
 } // namespace quoril

@@ -5,7 +5,6 @@
 #include <QString>
 #include <QStringView>
 
-#include <functional>
 #include <memory>
 
 namespace quoril {
@@ -39,7 +38,8 @@ private:
 /// CurrentControlSet is a link that no file holds: it leads to the control set that Select\Current names, and
 /// is listed below SYSTEM at its place as the live registry lists it. Whether a file was replaced is looked
 /// at in localMachine() and when a hive is opened; keys that are open then stay so, and give 1018 when they
-/// are no longer there. A right that a key was not opened with gives 5.
+/// are no longer there. Every right is given to who asks for it: who may read the tree's files may read its
+/// registry. A right that a key was not opened with gives 5.
 class TreeRegistry : public Registry
 {
 public:
@@ -52,12 +52,6 @@ public:
 
     /// For many changes to SYSTEM or SOFTWARE in one write. Errors as for a single change.
     Result<std::unique_ptr<RegistryTransaction>> beginTransaction(QStringView hiveName);
-
-    /// Decides on the opening of keys, by their path below HKEY_LOCAL_MACHINE ("SYSTEM\ControlSet001\...",
-    /// links resolved) and the rights that are asked for. Without one every right is given: who may read the
-    /// tree's files may read its registry.
-    using AccessCheck = std::function<bool(QStringView path, quint32 access)>;
-    void setAccessCheck(AccessCheck check);
 
 private:
     struct Hives;
