@@ -1,4 +1,4 @@
-#include "platform/tree/posix/workstation_lock.h"
+#include "platform/tree/posix/tree_session.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,22 +20,23 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Answers the calls of one interface, and an error to all others.
+/// Answers the one call, and an error to all others; each that it takes is a byte in the pipe.
 class Answerer : public QDBusVirtualObject
 {
 public:
-    explicit Answerer(QString call) : m_call(std::move(call)) { }
+    Answerer(QString call, int taken) : m_call(std::move(call)), m_taken(taken) { }
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override
     {
         QString call = message.path() + u' ' + message.interface() + u'.' + message.member();
         if (!message.arguments().isEmpty())
             call += u' ' + message.arguments().first().toString();
-        return call == m_call && bus.send(message.createReply());
+        return call == m_call && ::write(m_taken, "", 1) == 1 && bus.send(message.createReply());
     }
 
 private:
     QString m_call;
+    int m_taken;
 };
 
 class WorkstationLockTest : public testing::Test
@@ -54,6 +56,7 @@ protected:
             ::kill(pid, SIGKILL);
             ::waitpid(pid, nullptr, 0);
         }
+        ::close(m_calls);
         m_daemon.kill();
         m_daemon.waitForFinished();
     }
@@ -69,7 +72,7 @@ protected:
             int argc = 0;
             QCoreApplication application(argc, nullptr);
             QDBusConnection bus = QDBusConnection::connectToBus(QString::fromUtf8(m_address), u"fake"_s);
-            Answerer answerer(call);
+            Answerer answerer(call, ready[1]);
             const bool serves = bus.registerVirtualObject(u"/"_s, &answerer, QDBusConnection::SubPath)
                 && bus.registerService(name);
             if (serves && ::write(ready[1], "", 1) == 1)
@@ -80,7 +83,14 @@ protected:
         ::close(ready[1]);
         char byte = 0;
         EXPECT_EQ(::read(ready[0], &byte, 1), 1);
-        ::close(ready[0]);
+        m_calls = ready[0];
+    }
+    /// How many calls the program has taken.
+    int taken() const
+    {
+        int bytes = 0;
+        ::ioctl(m_calls, FIONREAD, &bytes);
+        return bytes;
     }
 
     /// The error number of a lock by a program of its own: connections are kept for a process's whole life.
@@ -93,7 +103,7 @@ protected:
             qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_address);
             qputenv("DBUS_SESSION_BUS_ADDRESS", m_address);
             qputenv("XDG_SESSION_ID", session);
-            ::_exit(static_cast<int>(lockWorkstationOverBus().errorNumber()));
+            ::_exit(static_cast<int>(TreeSession().lockWorkstation().errorNumber()));
         }
         int status = 0;
         ::waitpid(pid, &status, 0);
@@ -103,6 +113,7 @@ protected:
     QProcess m_daemon;
     QByteArray m_address;
     std::vector<pid_t> m_services;
+    int m_calls = -1;
 };
 
 TEST_F(WorkstationLockTest, asksWhoeverAnswers)
@@ -117,6 +128,7 @@ TEST_F(WorkstationLockTest, asksTheLoginManagerForTheSession)
     serve(u"org.freedesktop.login1"_s,
         u"/org/freedesktop/login1 org.freedesktop.login1.Manager.LockSession c2"_s);
     EXPECT_EQ(lock("c2"), 0);
+    EXPECT_EQ(taken(), 1);
     EXPECT_EQ(lock("c3"), 120);
     EXPECT_EQ(lock(), 120);
 }
@@ -126,6 +138,7 @@ TEST_F(WorkstationLockTest, asksTheLoginManagerForItsOwnSessionWithoutANumber)
     serve(u"org.freedesktop.login1"_s,
         u"/org/freedesktop/login1/session/auto org.freedesktop.login1.Session.Lock"_s);
     EXPECT_EQ(lock(), 0);
+    EXPECT_EQ(taken(), 1);
 }
 
 } // namespace
