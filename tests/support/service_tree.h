@@ -45,12 +45,11 @@ public:
     };
 
     /// Registers a service that runs the emulator with these options, or a path of its own.
-    void add(const QString& name, const QString& text = {}, Path path = Path::EmulatorOptions,
-        quint32 startType = start_type::Manual)
+    void add(const QString& name, const QString& text = {}, Path path = Path::EmulatorOptions)
     {
         const NewService service{name, name + u" instance"_s,
-            path == Path::Whole ? text : EmulatorPath + u' ' + text, u"TargetPlatformEmulator"_s, startType,
-            {}};
+            path == Path::Whole ? text : EmulatorPath + u' ' + text, u"TargetPlatformEmulator"_s,
+            start_type::Manual, {}};
         EXPECT_EQ(manager()->createService(service).errorNumber(), 0u);
         const auto key = keyAt(machine.registry(), u"SYSTEM\\CurrentControlSet\\Services\\"_s + name);
         const auto parameters = (*key)->create(u"Parameters", key_access::AllAccess);
