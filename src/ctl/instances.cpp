@@ -3,8 +3,7 @@
 #include "ctl/output.h"
 #include "ctl/subcommand.h"
 #include "formats/name_case.h"
-#include "platform/machine.h"
-#include "platform/registry.h"
+#include "platform/services.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "services/service_walk.h"
@@ -50,22 +49,13 @@ template <std::size_t Size> QString wordOf(const std::array<Word, Size>& words, 
     return found == words.end() ? u"unknown"_s : found->word.toString();
 }
 
-/// Why the instances can't be walked.
-quint32 walkError()
-{
-    const auto root = machine().registry().localMachine();
-    if (!root)
-        return root.errorNumber();
-    return openKeyPath(**root, u"SYSTEM\\CurrentControlSet\\Services").errorNumber();
-}
-
 } // namespace
 
 bool Instances::read(Ctl& ctl)
 {
     if (ScanServices(m_document) == 0)
         return true;
-    failure(ctl, u"The instances can't be listed."_s, walkError());
+    failure(ctl, u"The instances can't be listed."_s, openServices().errorNumber());
     return false;
 }
 

@@ -80,9 +80,15 @@ Status RegistryKey::setDWord(QStringView name, quint32 number)
 
 Result<RegistryKeyHandle> openPath(const RegistryKey& key, QStringView path, quint32 access)
 {
+    return openPath(key, path, [access] { return access; });
+}
+
+Result<RegistryKeyHandle> openPath(
+    const RegistryKey& key, QStringView path, const std::function<quint32()>& access)
+{
     RegistryKeyHandle current;
     for (const QStringView name : path.split(u'\\')) {
-        auto next = (current ? *current : key).open(name, access);
+        auto next = (current ? *current : key).open(name, access());
         if (!next)
             return next.failure();
         current = *std::move(next);

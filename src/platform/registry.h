@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringView>
 
+#include <functional>
 #include <memory>
 
 namespace quoril {
@@ -107,5 +108,8 @@ public:
 /// Opens a path of subkeys, separated by backslashes, below the key, with the same rights at each level.
 /// Every key on the way is closed again.
 Result<RegistryKeyHandle> openPath(const RegistryKey& key, QStringView path, quint32 access);
+/// The same with rights that are worked out anew at each level.
+Result<RegistryKeyHandle> openPath(
+    const RegistryKey& key, QStringView path, const std::function<quint32()>& access);
 
 } // namespace quoril

@@ -25,7 +25,7 @@ RegistryKeyHandle openProcessorKey()
     const auto localMachine = machine().registry().localMachine();
     if (!localMachine)
         return nullptr;
-    auto key = openKeyPath(**localMachine, ProcessorPath);
+    auto key = openPath(**localMachine, ProcessorPath, registryAccess);
     return key ? *std::move(key) : nullptr;
 }
 

@@ -2,8 +2,6 @@
 
 #include "platform/machine.h"
 
-#include <QList>
-
 namespace quoril {
 
 quint32 registryAccess()
@@ -11,24 +9,12 @@ quint32 registryAccess()
     return key_access::AllAccess | (machine().registry().isWow64Process() ? key_access::Wow64_64Key : 0);
 }
 
-Result<RegistryKeyHandle> openKeyPath(const RegistryKey& key, QStringView path)
-{
-    RegistryKeyHandle current;
-    for (const QStringView name : path.split(u'\\')) {
-        auto next = (current ? *current : key).open(name, registryAccess());
-        if (!next)
-            return next.failure();
-        current = *std::move(next);
-    }
-    return current;
-}
-
 Result<RegistryKeyHandle> openServices()
 {
     const auto root = machine().registry().localMachine();
     if (!root)
         return root.failure();
-    return openKeyPath(**root, u"SYSTEM\\CurrentControlSet\\Services");
+    return openPath(**root, u"SYSTEM\\CurrentControlSet\\Services", registryAccess);
 }
 
 void walkInstances(const RegistryKey& services, InstanceLimits limits, const InstanceVisitor& visit)

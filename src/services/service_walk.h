@@ -17,9 +17,6 @@ inline constexpr QStringView EmulatorGroup = u"TargetPlatformEmulator";
 /// 64-bit system. Worked out anew at each call.
 quint32 registryAccess();
 
-/// Opens a path of subkeys below the key, level by level, each level with registryAccess() of its own.
-Result<RegistryKeyHandle> openKeyPath(const RegistryKey& key, QStringView path);
-
 /// The sizes of a caller's buffers.
 struct InstanceLimits
 {

@@ -41,7 +41,8 @@ bool isSeparator(QChar unit)
 Result<QString> ReadParameterValue(
     const RegistryKey& parameters, QStringView component, QStringView parameter)
 {
-    const auto key = openKeyPath(parameters, component.toString() + u'\\' + parameter.toString() + u"\\0"_s);
+    const auto key = openPath(
+        parameters, component.toString() + u'\\' + parameter.toString() + u"\\0"_s, registryAccess);
     if (!key)
         return key.failure();
     return (*key)->text(u"Value", ParameterLimitBytes);
