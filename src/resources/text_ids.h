@@ -60,28 +60,6 @@ inline constexpr quint32 TemporaryNotOpened = 62015;
 inline constexpr quint32 OutputNotWritten = 62016;
 inline constexpr quint32 ReportStored = 62017;
 
-// Status-line prompts, numbered as their commands; a tooltip stands behind the line end.
-inline constexpr quint32 SchedulePrompt = 32778;
-inline constexpr quint32 UpdateListPrompt = 32782;
-inline constexpr quint32 ManagePrompt = 32785;
-inline constexpr quint32 EventLogPrompt = 32786;
-inline constexpr quint32 ConfigurationPrompt = 32787;
-inline constexpr quint32 SecurityPrompt = 32789;
-inline constexpr quint32 WakeUpPrompt = 32790;
-inline constexpr quint32 UnlockPrompt = 32791;
-inline constexpr quint32 SystemMonitorPrompt = 32799;
-inline constexpr quint32 RemovePrompt = 32801;
-inline constexpr quint32 PrintSetupPrompt = 57606;
-inline constexpr quint32 PrintPrompt = 57607;
-inline constexpr quint32 PrintPreviewPrompt = 57609;
-inline constexpr quint32 MailPrompt = 57612;
-inline constexpr quint32 AboutPrompt = 57664;
-inline constexpr quint32 ExitPrompt = 57665;
-inline constexpr quint32 HelpTopicsPrompt = 57667;
-inline constexpr quint32 ContextHelpPrompt = 57669;
-inline constexpr quint32 ToolbarPrompt = 59392;
-inline constexpr quint32 StatusBarPrompt = 59393;
-
 // Operations on a service.
 inline constexpr quint32 ManagerConnectFailed = 40000;
 inline constexpr quint32 ServiceConnectFailed = 40001;
@@ -174,10 +152,6 @@ inline constexpr quint32 Ok = 41003;
 inline constexpr quint32 Cancel = 41004;
 inline constexpr quint32 Yes = 41005;
 inline constexpr quint32 No = 41006;
-inline constexpr quint32 Close = 41007;
-inline constexpr quint32 Back = 41008;
-inline constexpr quint32 Forward = 41009;
-inline constexpr quint32 Find = 41010;
 inline constexpr quint32 SaveReportTitle = 41011;
 inline constexpr quint32 OpenConfigurationTitle = 41012;
 
