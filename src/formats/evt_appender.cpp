@@ -9,6 +9,7 @@ namespace quoril {
 namespace {
 
 constexpr quint32 RecordNumberOffset = 8;
+constexpr qsizetype RecordMarkSize = 8;
 
 Error writeFault(const QIODevice& device)
 {
@@ -101,7 +102,11 @@ Status EvtAppender::appendRecord(QByteArray record)
     QByteArray last = record.first(head);
     for (quint32 i = 0; i < filler; i += 4)
         last.append("\x27\0\0\0", std::min<qsizetype>(4, filler - i));
-    if (const Status committed = writeAround(oldEnd, last); !committed)
+    // Without its length and signature a record is none: half of what stands behind them is never read.
+    const qsizetype mark = std::min<qsizetype>(head, RecordMarkSize);
+    if (const Status body = writeAround(m_ring.advance(oldEnd, quint32(mark)), last.sliced(mark)); !body)
+        return body;
+    if (const Status committed = writeAround(oldEnd, last.first(mark)); !committed)
         return committed;
     m_state = next;
     return flush();
