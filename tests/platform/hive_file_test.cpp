@@ -1,12 +1,13 @@
 #include "platform/tree/hive_file.h"
 
+#include "formats/event_record.h"
+#include "platform/event_logs.h"
 #include "support/temporary_tree.h"
 
 #include <QtEndian>
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <random>
+#include <set>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -47,60 +48,20 @@ template <typename Work> pid_t inChild(Work work)
     return pid;
 }
 
-TEST(HiveFileTest, holdsTheOldOrTheNewStateWhenAWriterIsKilled)
-{
-    const TemporaryTree tree;
-    std::mt19937 random(20140305);
-    std::uniform_int_distribution<useconds_t> pause(0, 12000);
-    for (quint32 round = 0; round < 100; ++round) {
-        int told[2] = {};
-        ASSERT_EQ(::pipe(told), 0);
-        const TreePaths paths(tree.root());
-        TreeRegistry before(paths);
-        const quint32 start = number(before, u"One");
-        const pid_t writer = inChild([&] {
-            TreeRegistry registry(paths);
-            for (quint32 i = start + 1; setBoth(registry, i); ++i) {
-                if (::write(told[1], &i, sizeof i) != sizeof i)
-                    return 1;
-            }
-            return 2;
-        });
-        ::close(told[1]);
-        ::usleep(pause(random));
-        ::kill(writer, SIGKILL);
-        int status = 0;
-        ::waitpid(writer, &status, 0);
-        ASSERT_TRUE(WIFSIGNALED(status)) << "a change failed in round " << round;
-        quint32 acknowledged = start;
-        while (::read(told[0], &acknowledged, sizeof acknowledged) == sizeof acknowledged) { }
-        ::close(told[0]);
-
-        TreeRegistry after(paths);
-        const quint32 found = number(after, u"One");
-        ASSERT_EQ(found, number(after, u"Two"));
-        ASSERT_GE(found, acknowledged);
-        ASSERT_LE(found, acknowledged + 1);
-    }
-    const TreePaths paths(tree.root());
-    TreeRegistry last(paths);
-    EXPECT_GT(number(last, u"One"), 20u); // the writers did get to write
-    ASSERT_TRUE(setBoth(last, 1));
-    EXPECT_FALSE(QFile::exists(tree.host(u"Windows/System32/config/.SYSTEM.new"_s)));
-}
-
 TEST(HiveFileTest, losesNoChangeOfTwoPrograms)
 {
     const TemporaryTree tree;
-    constexpr int count = 40;
+    constexpr int count = 25;
     std::vector<pid_t> children;
     for (const char16_t who : {u'a', u'b', u'c'}) {
         children.push_back(inChild([&] {
-            const TreePaths paths(tree.root());
-            TreeRegistry registry(paths);
+            TreeMachine machine(tree.root());
             for (int i = 0; i < count; ++i) {
-                const auto system = keyAt(registry, u"SYSTEM");
-                if (!system || !(*system)->setDWord(QString(who + QString::number(i)), 1))
+                const auto system = keyAt(machine.registry(), u"SYSTEM");
+                EventEntry event;
+                event.insertStrings.append(QString(who + QString::number(i)));
+                if (!system || !(*system)->setDWord(QString(who + QString::number(i)), 1)
+                    || !machine.eventLogs().report(u"System", event))
                     return 1;
             }
             return 0;
@@ -111,9 +72,13 @@ TEST(HiveFileTest, losesNoChangeOfTwoPrograms)
         ::waitpid(child, &status, 0);
         EXPECT_EQ(status, 0);
     }
-    const TreePaths paths(tree.root());
-    TreeRegistry registry(paths);
-    EXPECT_TRUE((*keyAt(registry, u"SYSTEM"))->valueName(3 * count - 1));
+    TreeMachine machine(tree.root());
+    EXPECT_TRUE((*keyAt(machine.registry(), u"SYSTEM"))->valueName(3 * count - 1));
+    const auto log = machine.eventLogs().open(u"System", {});
+    std::set<QString> events;
+    for (EventEntry event; (*log)->next(event);)
+        events.insert(event.insertStrings.toList().value(0));
+    EXPECT_EQ(events.size(), 3U * count);
 }
 
 /// Without the user's right to write into the folder, whoever the user is.

@@ -77,6 +77,14 @@ Result<QString> madeFolder(const TreePaths& paths, const QString& machinePath)
     return *place;
 }
 
+/// Where a file of a service can't be made, the tree can't be written.
+Error asChange(Error failure)
+{
+    if (failure.number == error::AccessDenied)
+        failure.number = error::WriteProtect;
+    return failure;
+}
+
 constexpr QStringView ParentPath = u"C:\\ProgramData\\Quoril\\services";
 
 } // namespace
@@ -174,10 +182,7 @@ bool ServiceFolder::isStopAsked() const
 Status ServiceFolder::askStop() const
 {
     const auto made = openRegularFile(file(u"stop"), HostOpen::ReadWrite);
-    if (made)
-        return {};
-    const bool isDenied = made.errorNumber() == error::AccessDenied;
-    return isDenied ? Error{error::WriteProtect, file(u"stop")} : made.failure();
+    return made ? Status() : asChange(made.failure());
 }
 
 void ServiceFolder::clearRun() const
@@ -227,12 +232,12 @@ Status ServiceFolder::write(QStringView name, const ServiceRecord& record) const
     const QString temporary = file(u"."_s + name.toString() + u".new"_s);
     const QByteArray text = record.toText();
     QFile::remove(temporary);
-    QFile out(temporary);
-    if (!out.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-        return Error{error::WriteProtect, temporary};
-    const bool written = out.write(text) == text.size() && out.flush();
-    out.close();
-    if (written && moveHostFile(temporary, file(name)))
+    const auto out = openRegularFile(temporary, HostOpen::Write);
+    if (!out)
+        return asChange(out.failure());
+    const bool isWritten = (*out)->write(text) == text.size() && (*out)->flush();
+    (*out)->close();
+    if (isWritten && moveHostFile(temporary, file(name)))
         return {};
     QFile::remove(temporary);
     return Error{error::WriteFault, file(name)};
