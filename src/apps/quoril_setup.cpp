@@ -2,6 +2,7 @@
 
 #include "platform/machine.h"
 #include "platform/system_info.h"
+#include "platform/terminal.h"
 #include "platform/tree/machine_choice.h"
 #include "platform/tree/tree_machine.h"
 #include "services/installer_command_line.h"
@@ -12,8 +13,6 @@
 
 #include <QApplication>
 
-#include <cstdio>
-
 namespace {
 
 using namespace quoril;
@@ -21,11 +20,6 @@ using namespace Qt::StringLiterals;
 
 constexpr int Failed = 1;
 constexpr int WrongUsage = 2;
-
-void say(std::FILE* stream, const QString& text)
-{
-    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stream);
-}
 
 int runDialogs(const SetupArguments& arguments)
 {
@@ -37,7 +31,7 @@ int runDialogs(const SetupArguments& arguments)
     dialog.Installer = &installer;
     dialog.exec();
     if (installer.installed() > 0)
-        say(stdout, dialog.ResultName);
+        say(dialog.ResultName, StandardStream::Output);
     return installer.installed() == installer.asked() ? 0 : Failed;
 }
 
@@ -59,7 +53,8 @@ int main(int argc, char** argv)
     const SetupArguments arguments = readArguments(argc, argv);
     if (arguments.kind != SetupArguments::Kind::Run) {
         const bool isHelp = arguments.kind == SetupArguments::Kind::Help;
-        say(isHelp ? stdout : stderr, isHelp ? arguments.told : u"QuorilSetup: "_s + arguments.told);
+        say(isHelp ? arguments.told : u"QuorilSetup: "_s + arguments.told,
+            isHelp ? StandardStream::Output : StandardStream::Error);
         return isHelp ? 0 : WrongUsage;
     }
     QApplication application(argc, argv);

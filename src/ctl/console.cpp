@@ -1,6 +1,6 @@
 #include "ctl/console.h"
 
-#include "ctl/terminal_text.h"
+#include "platform/terminal_text.h"
 #include "platform/terminal.h"
 
 #include <QList>

@@ -1,6 +1,6 @@
 #include "ctl/output.h"
 
-#include "ctl/terminal_text.h"
+#include "platform/terminal_text.h"
 #include "logs/log_table.h"
 
 #include <QJsonDocument>

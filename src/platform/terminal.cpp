@@ -1,6 +1,9 @@
 #include "platform/terminal.h"
 
-#include <QtGlobal>
+#include "platform/terminal_text.h"
+
+#include <QList>
+#include <QString>
 
 #include <cstdio>
 
@@ -31,6 +34,14 @@ std::FILE* fileOf(StandardStream stream)
 }
 
 } // namespace
+
+void say(QStringView text, StandardStream stream)
+{
+    QString shown;
+    for (const QStringView line : text.split(u'\n'))
+        shown += (isTerminal(stream) ? terminalText(line) : line.toString()) + u'\n';
+    std::fputs(shown.toLocal8Bit().constData(), fileOf(stream));
+}
 
 #ifdef Q_OS_WIN
 

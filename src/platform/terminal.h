@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QStringView>
+
 namespace quoril {
 
 enum class StandardStream
@@ -11,6 +13,9 @@ enum class StandardStream
 
 /// Whether the stream of this process is a terminal and neither a file nor a pipe.
 bool isTerminal(StandardStream stream);
+
+/// Puts lines of text out in the host's encoding. What is in them can't command a terminal.
+void say(QStringView text, StandardStream stream = StandardStream::Error);
 
 /// Makes the standard streams carry UTF-8 byte by byte, and a terminal understand colours, where the system
 /// doesn't do so by itself. The console's code page is put back when the process ends.

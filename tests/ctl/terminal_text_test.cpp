@@ -1,5 +1,5 @@
 #include "ctl/moment.h"
-#include "ctl/terminal_text.h"
+#include "platform/terminal_text.h"
 
 #include <gtest/gtest.h>
 

@@ -88,7 +88,7 @@ TEST(EvtAppender, GrowsThenWrapsOverTheOldest)
 TEST(EvtAppender, EveryInterruptedAppendLeavesAReadableLog)
 {
     QByteArray bytes = appended({}, 1, 80);
-    for (quint32 number = 81; number < 400; ++number) {
+    for (quint32 number = 81; number < 280; ++number) {
         for (int writes = 0; writes < 10; ++writes) {
             QByteArray interrupted = bytes;
             DyingBuffer buffer(&interrupted, writes);

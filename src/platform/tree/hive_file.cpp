@@ -1,5 +1,6 @@
 #include "platform/tree/hive_file.h"
 
+#include "platform/terminal.h"
 #include "platform/tree/message_table.h"
 #include "platform/tree/tree_paths.h"
 
@@ -8,7 +9,6 @@
 #include <QMutexLocker>
 
 #include <array>
-#include <cstdio>
 
 namespace quoril {
 
@@ -19,11 +19,6 @@ namespace {
 constexpr qsizetype baseBlockSize = 512;
 // The registry itself holds no hive of more than 2 GB.
 constexpr qint64 largestHive = 0x7FFFFFFF;
-
-void say(const QString& text)
-{
-    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stderr);
-}
 
 } // namespace
 

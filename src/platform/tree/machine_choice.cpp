@@ -1,24 +1,14 @@
 #include "platform/tree/machine_choice.h"
 
+#include "platform/terminal.h"
 #include "platform/tree/sample_machine.h"
 #include "platform/tree/tree_machine.h"
 
 #include <QFileInfo>
 
-#include <cstdio>
-
 namespace quoril {
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-void say(const QString& text)
-{
-    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stderr);
-}
-
-} // namespace
 
 MachineChoice chooseMachine(const QString& option)
 {

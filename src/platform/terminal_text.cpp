@@ -1,4 +1,4 @@
-#include "ctl/terminal_text.h"
+#include "platform/terminal_text.h"
 
 namespace quoril {
 
