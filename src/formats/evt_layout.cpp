@@ -130,13 +130,29 @@ QByteArrayView EvtRing::bytes(quint32 offset, quint32 size)
     return m_joined;
 }
 
+std::optional<quint32> EvtRing::wordAt(quint32 offset)
+{
+    std::array<char, 4> word{};
+    if (offset >= m_windowOffset
+        && quint64(offset) + word.size() <= quint64(m_windowOffset) + quint64(m_window.size()))
+        std::copy_n(m_window.constData() + (offset - m_windowOffset), word.size(), word.begin());
+    else if (!m_device->seek(offset) || m_device->read(word.data(), word.size()) != qint64(word.size()))
+        return std::nullopt;
+    return qFromLittleEndian<quint32>(word.data());
+}
+
 std::optional<EventRecordView> EvtRing::record(quint32 offset)
 {
     const QByteArrayView start = bytes(offset, 8);
     if (start.isEmpty())
         return std::nullopt;
     const auto [length, signature] = words<2>(start);
-    if (signature != EventRecordView::Signature || length < EventRecordView::FixedSize || length % 4 != 0)
+    if (signature != EventRecordView::Signature || length < EventRecordView::FixedSize || length % 4 != 0
+        || length > capacity())
+        return std::nullopt;
+    // A length that its end doesn't confirm must not cost the reading of so many bytes: in damaged ground
+    // there can be one at every boundary.
+    if (wordAt(advance(offset, length - 4)) != length)
         return std::nullopt;
     const auto record = EventRecordView::first(bytes(offset, length));
     return record && record->isClosed() ? record : std::nullopt;

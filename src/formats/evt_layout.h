@@ -72,6 +72,8 @@ public:
 
 private:
     bool fill(quint32 offset, quint32 size);
+    /// The number at `offset`, read without moving the window; none where the file doesn't give it.
+    std::optional<quint32> wordAt(quint32 offset);
 
     QIODevice* m_device;
     quint32 m_fileSize;

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 namespace quoril {
 namespace {
 
@@ -164,6 +166,25 @@ TEST(EvtReader, SurvivesDamage)
         buffer.open(QIODevice::ReadOnly);
         EXPECT_EQ(EvtReader::open(buffer).errorNumber(), error::EventLogFileCorrupt);
     }
+}
+
+TEST(EvtReader, EndsSoonOnGroundMadeToHurt)
+{
+    // At every boundary begins what may be a record, as long as half of the file.
+    constexpr quint32 Size = 8 << 20;
+    EvtState state;
+    state.fileSize = Size;
+    state.endOffset = Size - EvtRing::EndRecordSize;
+    state.nextNumber = 2;
+    state.oldestNumber = 1;
+    QByteArray ground("\x00\x00\x40\x00LfLe", 8);
+    QByteArray bytes
+        = evtHeaderBytes(state) + ground.repeated(qsizetype(Size) / 8 - 11) + evtEndRecordBytes(state);
+    ASSERT_EQ(bytes.size(), qsizetype(Size));
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_TRUE(readAll<EvtReader>(bytes).empty());
+    EXPECT_EQ(appended(bytes, 2, 2, true, Size).size(), qsizetype(Size));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
 }
 
 TEST(EvtRealLog, IsReadAsEvtexportReadsIt)

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <functional>
 
 using namespace quoril;
@@ -276,6 +277,54 @@ TEST(Regf, NoChangeOfAByteCrashes)
         }
     }
     EXPECT_GT(refused, 100U);
+}
+
+/// A key of the name k, its list of one subkey behind it, as cells.
+QByteArray keyAndList(quint32 list, quint32 subkey, quint32 count)
+{
+    QByteArray bytes(104, '\0');
+    const auto number = [&](qsizetype at, quint32 value) { qToLittleEndian(value, bytes.data() + at); };
+    number(0, quint32(-88));
+    bytes.replace(4, 2, "nk");
+    bytes[6] = 0x20;
+    number(4 + 20, count);
+    for (const qsizetype none : {32, 40, 44, 48})
+        number(4 + none, 0xFFFFFFFF);
+    number(4 + 28, list);
+    bytes[4 + 72] = 1;
+    bytes[4 + 76] = 'k';
+    number(88, quint32(-16));
+    bytes.replace(92, 4, QByteArray("li\1\0", 4));
+    number(96, subkey);
+    return bytes;
+}
+
+TEST(Regf, AHiveMadeToHurtIsReadInBoundedTimeAndDepth)
+{
+    constexpr quint32 Keys = 100'000;
+    const auto hive = [](const std::function<quint32(quint32)>& subkeyOf, quint32 count) {
+        QByteArray bytes = regf::Hive::create(u"R"_s).serialize(1)->first(regf::base::Size + 32);
+        for (quint32 i = 0; i < Keys; ++i)
+            bytes += keyAndList(32 + i * 104 + 88, 32 + subkeyOf(i) * 104, count);
+        putBase(regf::base::DataLength, quint32(bytes.size()) - regf::base::Size)(bytes);
+        putBase(regf::base::RootCell, 32)(bytes);
+        return bytes;
+    };
+    const QByteArray hurting[]
+        = {hive([](quint32 i) { return (i + 1) % Keys; }, 1), // deeper than any registry, and around
+            hive([](quint32 i) { return i; }, 1), hive([](quint32) { return 7U; }, 0xFFFFFFFF)};
+    for (const QByteArray& bytes : hurting) {
+        const auto begin = std::chrono::steady_clock::now();
+        const Result<regf::Hive> read = regf::Hive::parse(bytes);
+        ASSERT_TRUE(read);
+        int depth = 0;
+        for (const regf::Key* key = &read->root(); key->childCount() > 0; key = key->childAt(0))
+            ++depth;
+        EXPECT_LE(depth, regf::Key::MaximumDepth);
+        EXPECT_TRUE(read->damaged());
+        EXPECT_EQ(read->serialize(2).errorNumber(), error::RegistryCorrupt);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+    }
 }
 
 TEST(Regf, AnUncleanHiveIsReadAndSaysSo)
