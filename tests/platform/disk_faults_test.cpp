@@ -235,6 +235,7 @@ protected:
 
 TEST_P(DiskFaultsTest, AFullDiskIsToldAndLosesNothing)
 {
+    int steps = 0;
     for (const Fault fault : {Fault::FullOnce, Fault::Full}) {
         bool hasCome = true;
         for (int at = 1; hasCome; ++at) {
@@ -252,8 +253,10 @@ TEST_P(DiskFaultsTest, AFullDiskIsToldAndLosesNothing)
                 made || made.errorNumber() == error::DiskFull || made.errorNumber() == error::WriteFault)
                 << made.errorNumber();
             expectNewStateAfterAnother(tree, old);
+            steps += hasCome ? 1 : 0;
         }
     }
+    RecordProperty("steps", steps);
 }
 
 TEST_P(DiskFaultsTest, AKilledChangeIsThereOrNot)
@@ -264,7 +267,9 @@ TEST_P(DiskFaultsTest, AKilledChangeIsThereOrNot)
     ASSERT_TRUE(make(whole));
     const QByteArray changed = stateOf(whole);
     int status = SIGKILL;
-    for (int at = 1; WIFSIGNALED(status); ++at) {
+    int at = 0;
+    while (WIFSIGNALED(status)) {
+        ++at;
         SCOPED_TRACE(at);
         const TemporaryTree tree;
         fill(tree);
@@ -280,6 +285,7 @@ TEST_P(DiskFaultsTest, AKilledChangeIsThereOrNot)
         EXPECT_TRUE(now == old || now == changed) << now.constData();
         expectNewStateAfterAnother(tree, old);
     }
+    RecordProperty("steps", at - 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, DiskFaultsTest, testing::ValuesIn(Changes),
@@ -310,6 +316,7 @@ TEST(SampleMachineFaultsTest, AKilledMakingLeavesNoMachineOrAWholeOne)
         }
     }
     EXPECT_GT(kills, 5);
+    RecordProperty("steps", kills);
     EXPECT_TRUE(QFile::exists(place) && !QFile::exists(place + u".new"_s));
 }
 

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 namespace quoril::test {
 
 namespace {
@@ -116,6 +118,29 @@ TEST_F(TreeRegistryTest, takesAndGivesTheEditorsText)
         importRegistryText(registry, head + "[HKEY_LOCAL_MACHINE\\SYSTEM\\New]\n\"a\"=what\n").errorNumber(),
         error::BadDatabase);
     EXPECT_EQ(keyAt(registry, u"SYSTEM\\New").errorNumber(), error::FileNotFound);
+}
+
+TEST_F(TreeRegistryTest, refusesATextMadeToHurtAndTakesNothingOfIt)
+{
+    const QByteArray before = tree.read(u"Windows/System32/config/SYSTEM"_s);
+    const QByteArray head = "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\SYSTEM\\New]\n";
+    const std::pair<QByteArray, quint32> cases[] = {
+        {"[HKLM\\SYSTEM" + QByteArray("\\a").repeated(300'000) + "]\n", error::InvalidParameter},
+        {"[HKLM\\SYSTEM\\" + QByteArray(5'000'000, 'n') + "]\n", error::InvalidParameter},
+        {"\"" + QByteArray(100'000, 'n') + "\"=dword:1\n", error::InvalidParameter},
+        {"\"a\"=hex:" + QByteArray("00,\\\n  ").repeated(500'000) + "xx\n", error::BadDatabase},
+        {"\"a\"=\"" + QByteArray("\\\\").repeated(2'000'000), error::BadDatabase},
+        {QByteArray("[").repeated(3'000'000), error::BadDatabase},
+    };
+    for (const auto& [text, number] : cases) {
+        const auto begin = std::chrono::steady_clock::now();
+        const Status taken = importRegistryText(registry, head + text);
+        EXPECT_EQ(taken.errorNumber(), number) << text.left(20).constData();
+        EXPECT_TRUE(
+            !taken && taken.failure().detail.size() < 10'000 && taken.failure().detail.startsWith(u"line "));
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+    }
+    EXPECT_EQ(tree.read(u"Windows/System32/config/SYSTEM"_s), before);
 }
 
 TEST_F(TreeRegistryTest, tellsOfTheProcessors)
