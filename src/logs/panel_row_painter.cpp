@@ -1,5 +1,7 @@
 #include "logs/panel_row_painter.h"
 
+#include "platform/terminal_text.h"
+
 #include <QApplication>
 #include <QPainter>
 #include <QStyle>
@@ -53,7 +55,7 @@ void PanelRowPainter::paint(
     }
     const int gap = margin(option.widget);
     const QRect place = option.rect.adjusted(gap, 0, -gap, 0);
-    const QString text = index.data(Qt::DisplayRole).toString().left(DrawnUnits);
+    const QString text = shownText(index.data(Qt::DisplayRole).toString().left(DrawnUnits));
     painter->setFont(option.font);
     painter->setPen(readableOn(ground));
     const bool cut = option.fontMetrics.horizontalAdvance(text) > place.width();

@@ -89,7 +89,13 @@ void QuorilLogMessage::AddLine(QStringView line)
 class QuorilLog::Reader
 {
 public:
-    Reader(QuorilLog& log, QIODevice& device, Keep keep) : m_log(log), m_device(device), m_keep(keep) { }
+    Reader(QuorilLog& log, QIODevice& device, Keep keep)
+        : m_log(log)
+        , m_device(device)
+        , m_keep(keep)
+        , m_left(bytesToRead(device))
+    {
+    }
 
     void run();
 
@@ -110,6 +116,7 @@ private:
     QuorilLog& m_log;
     QIODevice& m_device;
     Keep m_keep;
+    qint64 m_left; ///< bytes
     bool m_ended = false;
 };
 
@@ -128,9 +135,10 @@ quint32 QuorilLog::Reader::fill(char16_t* units, quint32 size)
     constexpr qint64 Room = qint64(BlockUnits) * 2;
     char* const data = reinterpret_cast<char*>(units);
     while (bytes < Room && !m_ended) {
-        const qint64 got = m_device.read(data + bytes, Room - bytes);
-        m_ended = got <= 0;
+        const qint64 got = m_device.read(data + bytes, std::min(Room - bytes, m_left));
+        m_ended = got <= 0 || got == m_left;
         bytes += std::max<qint64>(got, 0);
+        m_left -= std::max<qint64>(got, 0);
     }
     return quint32(bytes / 2);
 }

@@ -7,9 +7,18 @@
 #include <QStringList>
 #include <QStringView>
 
+#include <limits>
 #include <memory>
 
 namespace quoril {
+
+/// How many bytes a reader takes from here on, so that it comes to an end though a program goes on writing as
+/// fast as it reads. A device that knows no size is read until it ends.
+inline qint64 bytesToRead(const QIODevice& device)
+{
+    const qint64 left = device.isSequential() ? 0 : device.size() - device.pos();
+    return left > 0 ? left : std::numeric_limits<qint64>::max();
+}
 
 /// Files under the machine's own paths ("C:\dir\file", either separator, without regard to case).
 class Files

@@ -32,9 +32,8 @@ QString escaped(QChar unit)
     }
 }
 
-} // namespace
-
-QString terminalText(QStringView text)
+/// With escapes for what is harmful and not `kept`.
+QString escapedBut(QStringView kept, QStringView text)
 {
     QString shown;
     shown.reserve(text.size());
@@ -42,7 +41,7 @@ QString terminalText(QStringView text)
         const bool pair = text[at].isHighSurrogate() && at + 1 < text.size() && text[at + 1].isLowSurrogate();
         const QStringView units = text.mid(at, pair ? 2 : 1);
         const char32_t character = pair ? QChar::surrogateToUcs4(units[0], units[1]) : units[0].unicode();
-        if (isHarmful(character)) {
+        if (isHarmful(character) && !kept.contains(units.front())) {
             for (const QChar unit : units)
                 shown += escaped(unit);
         } else {
@@ -51,6 +50,18 @@ QString terminalText(QStringView text)
         at += units.size();
     }
     return shown;
+}
+
+} // namespace
+
+QString terminalText(QStringView text)
+{
+    return escapedBut({}, text);
+}
+
+QString shownText(QStringView text)
+{
+    return escapedBut(u"\t\r\n", text);
 }
 
 } // namespace quoril

@@ -11,4 +11,7 @@ namespace quoril {
 /// is the text of a valid JSON document in its meaning.
 QString terminalText(QStringView text);
 
+/// The same for a window, which breaks lines and has tabs: those stay.
+QString shownText(QStringView text);
+
 } // namespace quoril

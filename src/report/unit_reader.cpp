@@ -1,6 +1,8 @@
 #include "report/unit_reader.h"
 
-#include <QIODevice>
+#include "platform/files.h"
+
+#include <algorithm>
 
 namespace quoril {
 
@@ -11,7 +13,9 @@ static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
 
 } // namespace
 
-UnitReader::UnitReader(QIODevice& device) : m_device(device), m_units(PieceUnits) { }
+UnitReader::UnitReader(QIODevice& device) : m_device(device), m_left(bytesToRead(device)), m_units(PieceUnits)
+{
+}
 
 QStringView UnitReader::next()
 {
@@ -20,10 +24,11 @@ QStringView UnitReader::next()
     qint64 bytes = 0;
     // A device may give less than was asked for, and half a unit at that.
     while (bytes < Room) {
-        const qint64 got = m_device.read(data + bytes, Room - bytes);
+        const qint64 got = m_device.read(data + bytes, std::min(Room - bytes, m_left));
         if (got <= 0)
             break;
         bytes += got;
+        m_left -= got;
     }
     return {m_units.data(), bytes / 2};
 }

@@ -21,6 +21,7 @@ public:
 
 private:
     QIODevice& m_device;
+    qint64 m_left; ///< bytes
     std::vector<char16_t> m_units;
 };
 

@@ -1,5 +1,6 @@
 #include "schedule/schedule_model.h"
 
+#include "platform/terminal_text.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "schedule/schedule_time.h"
@@ -41,7 +42,7 @@ QVariant ScheduleModel::data(const QModelIndex& index, int role) const
     if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::ToolTipRole))
         return {};
     const ScheduledOrder& order = m_orders[std::size_t(index.row())];
-    QString text = order.name;
+    QString text = shownText(order.name);
     if (index.column() == ScheduleDate)
         text = ScheduleTimeText(order.time);
     else if (index.column() == Action)

@@ -1,5 +1,6 @@
 #include "services/prompt_dialogs.h"
 
+#include "platform/terminal_text.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "services/inform_dialog.h"
@@ -21,7 +22,7 @@ class Box : public QMessageBox
 {
 public:
     Box(Icon icon, const QString& title, const QString& text, QWidget* parent)
-        : QMessageBox(icon, title, text, QMessageBox::NoButton, parent)
+        : QMessageBox(icon, title, shownText(text), QMessageBox::NoButton, parent)
     {
         // Names of services and paths are part of the text: nothing in it is markup.
         setTextFormat(Qt::PlainText);

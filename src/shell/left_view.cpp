@@ -3,6 +3,7 @@
 #include "logs/quoril_manager_view.h"
 #include "platform/machine.h"
 #include "platform/system_info.h"
+#include "platform/terminal_text.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "shell/main_frame.h"
@@ -11,6 +12,7 @@
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QStyle>
+#include <QStyledItemDelegate>
 
 namespace quoril {
 
@@ -44,10 +46,22 @@ constexpr PopupCommand PopupCommands[] = {
     {command::TreeEventLog, &CMainFrame::OnViewEventLog},
 };
 
+/// Shows a name as it is spelt: no mark in it may turn it into another's.
+class NameDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QString displayText(const QVariant& value, const QLocale&) const override
+    {
+        return shownText(value.toString());
+    }
+};
+
 } // namespace
 
 CLeftView::CLeftView(CQuorilManagerDoc& document, QWidget* parent) : QTreeWidget(parent), m_document(document)
 {
+    setItemDelegate(new NameDelegate(this));
     setHeaderHidden(true);
     setRootIsDecorated(true);
     setUniformRowHeights(true);
@@ -151,7 +165,7 @@ bool CLeftView::isOnText(QTreeWidgetItem* item, const QPoint& position) const
 {
     QRect label = visualItemRect(item);
     const int margin = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
-    label.setWidth(fontMetrics().horizontalAdvance(item->text(0)) + margin);
+    label.setWidth(fontMetrics().horizontalAdvance(shownText(item->text(0))) + margin);
     return label.contains(position);
 }
 

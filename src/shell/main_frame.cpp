@@ -7,6 +7,7 @@
 #include "platform/clock.h"
 #include "platform/machine.h"
 #include "platform/session.h"
+#include "platform/terminal_text.h"
 #include "report/problem_report.h"
 #include "report/report_file_dialog.h"
 #include "resources/resource_module.h"
@@ -362,7 +363,7 @@ void CMainFrame::updateCaption(const QString& title)
     // The toolkit has a use of its own for this mark.
     QString shown = title;
     shown.replace(u"[*]"_s, u"[*][*]"_s);
-    setWindowTitle(shown.isEmpty() ? program : shown + u" - "_s + program);
+    setWindowTitle(shown.isEmpty() ? program : shownText(shown) + u" - "_s + program);
 }
 
 void CMainFrame::showLockKeys()

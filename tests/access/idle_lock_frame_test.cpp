@@ -43,6 +43,15 @@ void mouseMove(QWidget& window)
         QEvent::MouseMove, Qt::NoModifier, 0);
 }
 
+void click(QWidget& window, const QPoint& place)
+{
+    for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
+        qt_handleMouseEvent(window.windowHandle(), place, window.mapToGlobal(place),
+            type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton, type,
+            Qt::NoModifier, 0);
+    QCoreApplication::processEvents();
+}
+
 class IdleLockFrameTest : public testing::Test
 {
 protected:
@@ -149,13 +158,18 @@ TEST_F(IdleLockFrameTest, LocksBehindADialogAndOrdersFireInReadOnlyMode)
             return (log += m_machine.calls.takeLog()).count(u"lock workstation"_s) >= 2;
         };
         EXPECT_TRUE(Person::waitFor(locks));
+        // Behind the dialog nothing can be operated.
+        const QRect other = tree().visualItemRect(service(1));
+        click(frame(), tree().viewport()->mapTo(&frame(), other.center()));
+        key(frame(), Qt::Key_Down);
+        EXPECT_TRUE(service(0)->isSelected());
         Person::press(window, 2);
     });
     frame().commands().action(command::Schedule)->trigger();
     EXPECT_TRUE(frame().m_read_only);
     frame().document().m_lock_timeout = 0;
 
-    tree().setCurrentItem(service(1));
+    click(frame(), tree().viewport()->mapTo(&frame(), tree().visualItemRect(service(1)).center()));
     EXPECT_EQ(frame().windowTitle(), caption);
     EXPECT_EQ(tree().GetSelectedService().Name, u"Beta");
 

@@ -181,6 +181,12 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
                                                      << done.errors.toStdString();
     }
     EXPECT_TRUE(m_machine.calls.takeLog().filter(u"start Iris"_s).isEmpty()) << "nothing is half done";
+    // One that can't be asked is told of, and the others stand.
+    m_machine.fakeServices.service(u"Locked"_s).errors = {{u"queryStatus"_s, error::AccessDenied}};
+    const CtlRun all = run({u"status"_s});
+    EXPECT_EQ(all.code, 1);
+    EXPECT_EQ(all.output.simplified(), "CERES stopped manual Iris stopped manual Locked unknown unknown");
+    EXPECT_TRUE(all.errors.contains("Locked") && all.errors.contains("(0x5)")) << all.errors.toStdString();
     const CtlRun nowhere = runCtlOn(nullptr, {u"list"_s, u"--machine"_s, u"/x"_s});
     EXPECT_EQ(nowhere.code, 1);
     EXPECT_EQ(nowhere.errors, "no machine in /x\n");

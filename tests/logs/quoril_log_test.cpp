@@ -2,6 +2,8 @@
 #include "support/fake_machine.h"
 
 #include <QBuffer>
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -104,6 +106,16 @@ TEST(QuorilLog, CutsLinesByUnits)
             u"lone "_s + QChar(0xD800)}));
 }
 
+TEST(QuorilLog, EndsLinesAtUnitsAndNotAtTheBytesOfOthers)
+{
+    // Each holds the bytes of a line feed, or makes them together with its neighbour.
+    const QString near = u"\u0A0D\u0D0A\u0A0A\u0D0D\u0A00\u000B\u0A00x\u100A\u0A10"_s;
+    for (const QString& gap : {QString(), u"y"_s}) {
+        const QuorilLog log = read(header() + gap + near + u"\r\n\n"_s + near.repeated(40) + u"\n"_s);
+        EXPECT_EQ(linesOf(log.GetMessage(0)), QStringList({u"text"_s, gap + near, {}, near.repeated(40)}));
+    }
+}
+
 TEST(QuorilLog, SurvivesAFileCutAnywhere)
 {
     const QByteArray whole = bytesOf(header(u"00000249"_s, u"te\u0416t"_s));
@@ -177,6 +189,72 @@ TEST(QuorilLog, CutsALineLongerThanABlock)
     EXPECT_EQ(log.lineText(Pieces), QString(512, u'x'));
     EXPECT_EQ(log.lineText(Pieces + 1), u"piece"_s);
     EXPECT_EQ(log.lineText(Pieces + 2), u"end"_s);
+}
+
+/// A log that somebody else works on whenever a piece of it was read.
+class BusyFile : public QFile
+{
+public:
+    BusyFile(const QString& name, std::function<void()> work) : QFile(name), m_work(std::move(work)) { }
+
+protected:
+    qint64 readData(char* data, qint64 size) override
+    {
+        const qint64 got = QFile::readData(data, std::min<qint64>(size, 1 << 20));
+        m_work();
+        return got;
+    }
+
+private:
+    std::function<void()> m_work;
+};
+
+TEST(QuorilLog, IsReadToAnEndWhileItIsCutRotatedRewrittenAndWritten)
+{
+    const QTemporaryDir folder;
+    const QString name = folder.filePath(u"a.log"_s);
+    const QString oldLine = QString(40, u'o');
+    const QString newLine = QString(90, u'n');
+    constexpr int Lines = 60'000;
+    const auto write = [&](const QString& text, QIODevice::OpenMode mode) {
+        QFile file(name);
+        ASSERT_TRUE(file.open(mode) && file.write(bytesOf(text)) == 2 * text.size());
+    };
+    const QString rewritten = header() + (newLine + u"\r\n"_s).repeated(Lines);
+    const struct
+    {
+        std::function<void()> work;
+        qsizetype least, most; ///< old lines
+    } cases[] = {
+        {[&] { EXPECT_TRUE(QFile::resize(name, 0)); }, 10'000, Lines / 2},
+        {[&] { EXPECT_TRUE(QFile::resize(name, 3'000'001)); }, 30'000, 40'000},
+        {[&] {
+             QFile::rename(name, name + u".1"_s);
+             write(header(), QIODevice::WriteOnly);
+         },
+            Lines, Lines},
+        {[&] { write(rewritten, QIODevice::WriteOnly); }, 10'000, Lines / 2},
+        // As fast as it is read.
+        {[&] { write((newLine + u"\r\n"_s).repeated(6'000), QIODevice::Append); }, Lines, Lines},
+    };
+    for (const auto& [work, least, most] : cases) {
+        QFile::remove(name + u".1"_s);
+        write(header() + (oldLine + u"\r\n"_s).repeated(Lines), QIODevice::WriteOnly);
+        BusyFile file(name, work);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        QuorilLog log;
+        log.read(file, QuorilLog::Keep::All);
+        qsizetype old = 0, cut = 0;
+        for (qsizetype i = 1; i < log.lineCount(); ++i) {
+            const QString line = log.lineText(i);
+            old += line == oldLine ? 1 : 0;
+            cut += line != oldLine && line != newLine ? 1 : 0;
+        }
+        EXPECT_GE(old, least);
+        EXPECT_LE(old, most);
+        EXPECT_LE(cut, 2); // the one in which it happened, and the last
+        EXPECT_LE(log.lineCount(), Lines + 1);
+    }
 }
 
 TEST(QuorilLog, LoadTellsHowItWent)

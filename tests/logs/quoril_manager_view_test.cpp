@@ -82,6 +82,20 @@ TEST_F(QuorilManagerView, ShowsTheLastRowsOfALog)
     EXPECT_EQ(view.horizontalScrollBar()->value(), 0);
 }
 
+TEST_F(QuorilManagerView, ShowsMarksThatTurnTextAsTheyAreSpelt)
+{
+    const auto shown = [this](const QString& line) {
+        const QString text = u"20010203:040506:INFO :  00000249"_s + QString(20, u' ') + line + u"\r\n"_s;
+        fake.fakeFiles.put(
+            u"C:\\log", QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2));
+        view.ShowLogTable(service);
+        view.setColumnWidth(2, 400);
+        return view.viewport()->grab().toImage();
+    };
+    EXPECT_EQ(shown(u"exe\u202Egpj\x1b."_s), shown(u"exe\\u202egpj\\u001b."_s));
+    EXPECT_NE(shown(u"exe\u202Egpj\x1b."_s), shown(u"exegpj."_s));
+}
+
 TEST_F(QuorilManagerView, CopiesTheSelectedRows)
 {
     QClipboard* const clipboard = QApplication::clipboard();

@@ -3,6 +3,7 @@
 #include "platform/session.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "services/prompt_dialogs.h"
 #include "shell/help_view.h"
 #include "shell/left_view.h"
 #include "shell/quoril_manager_app.h"
@@ -20,6 +21,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QStyledItemDelegate>
 #include <QTextBrowser>
 #include <QTimer>
 #include <QToolBar>
@@ -140,6 +142,21 @@ TEST_F(MainFrameTest, TheSelectionDrivesCommandsPanelAndCaption)
     EXPECT_EQ(frame().windowTitle(), StartCaption);
     EXPECT_TRUE(enabledServiceCommands().isEmpty());
     EXPECT_EQ(columns(), 3);
+}
+
+TEST_F(MainFrameTest, MarksInANameAreShownAndTurnNothing)
+{
+    const QString name = u"exe\u202Egpj\x1b"_s;
+    m_machine.addInstance(name);
+    action(command::UpdateList).trigger();
+    tree().setCurrentItem(service(2));
+    EXPECT_EQ(tree().GetSelectedService().Name, name);
+    EXPECT_TRUE(frame().windowTitle().startsWith(u"exe\\u202egpj"));
+    const auto* delegate = qobject_cast<QStyledItemDelegate*>(tree().itemDelegate());
+    EXPECT_EQ(delegate->displayText(service(2)->text(0), {}), u"exe\\u202egpj\\u001b");
+    NextBox box;
+    DialogPrompts(&frame()).message(name + u'\n');
+    EXPECT_EQ(box.text, u"exe\\u202egpj\\u001b\n");
 }
 
 TEST_F(MainFrameTest, ARefreshKeepsTheCommandsAndDropsTheSelection)
