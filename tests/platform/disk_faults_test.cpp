@@ -74,6 +74,7 @@ long writeStep(long number, int file, const void* bytes, std::size_t count, auto
 } // namespace
 
 // The program's own definitions of these calls stand in the place of the library's, for all that it links.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 ssize_t write(int file, const void* bytes, std::size_t count)
 {
@@ -115,6 +116,7 @@ int unlink(const char* path) noexcept
     return fails(false) ? -1 : int(::syscall(SYS_unlinkat, AT_FDCWD, path, 0));
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 namespace quoril::test {
 
