@@ -63,5 +63,18 @@ TEST_F(QuorilctlSessionTest, HostileNamesAndPathsChangeNothingOrArriveWhole)
     EXPECT_EQ(shell(u"quorilctl --machine demo list > /dev/full"_s).code, 1);
 }
 
+TEST_F(QuorilctlSessionTest, NoPathCommandsTheTerminal)
+{
+    ASSERT_EQ(run({u"machine"_s, u"create"_s, m_folder.filePath(u"demo"_s)}).code, 0);
+    const QByteArray told
+        = shell(u"export QUORIL_MACHINE=$'d\\e[2J\\xe2\\x80\\xae\\xc2\\x9b' LC_ALL=C.UTF-8\n"
+                "script -qec 'quorilctl list' /dev/null\n"
+                "mv demo \"$QUORIL_MACHINE\" && cd \"$QUORIL_MACHINE\"/Windows/System32/config\n"
+                "rm SYSTEM && mkdir SYSTEM && cd - && script -qec 'quorilctl list' /dev/null"_s)
+              .output;
+    EXPECT_GE(told.count("d\\u001b[2J\\u202e\\u009b"), 2) << told.constData();
+    EXPECT_FALSE(told.contains("\x1b[2J") || told.contains("\u202e") || told.contains("\u009b"));
+}
+
 } // namespace
 } // namespace quoril::test
