@@ -5,8 +5,11 @@
 #include <QEventLoop>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
+
+#include <gtest/gtest.h>
 
 #include <deque>
 #include <functional>
@@ -14,7 +17,8 @@
 namespace quoril::test {
 
 /// Sits before the windows of a test: sees each modal window once, as it comes up, and does with it what the
-/// script has for it. A window that the script has nothing for is looked at only.
+/// script has for it. A window that the script has nothing for is looked at only; one that nobody has
+/// answered for half a minute is a failure and is closed, so that the test comes to its end.
 class Person : public QObject
 {
 public:
@@ -73,6 +77,15 @@ private:
         QTimer::singleShot(1, this, [this] {
             look();
             QWidget* window = QApplication::activeModalWidget();
+            if (window != m_standing) {
+                m_standing = window;
+                m_standsSince.start();
+            }
+            if (window && m_standsSince.elapsed() > 30'000) {
+                ADD_FAILURE() << "nobody answers "
+                              << qPrintable(window->windowTitle() + QStringLiteral(": ") + textOf(*window));
+                window->close();
+            }
             if (!window || window->property("seen").toBool())
                 return;
             window->setProperty("seen", true);
@@ -91,6 +104,8 @@ private:
         Action action;
     };
     std::deque<Step> m_script;
+    QPointer<QWidget> m_standing;
+    QElapsedTimer m_standsSince;
 };
 
 } // namespace quoril::test
