@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build, the tests and the programs need on Debian, as far as it is missing; with "windows" also
-# what the build for Windows and its tests need.
+# what the build for Windows and its tests need, with "packages" what Debian's packages are made with.
 set -euo pipefail
 
 packages=(
@@ -23,6 +23,12 @@ if [ "${1:-}" = windows ]; then
     dpkg-dev                # unpacks Qt's source package where no Qt for mingw is at hand
     zip                     # packs the release
     wine wine64 xvfb xauth
+  )
+fi
+if [ "${1:-}" = packages ]; then
+  packages+=(
+    debhelper dpkg-dev
+    lintian appstream desktop-file-utils    # look at what was made
   )
 fi
 

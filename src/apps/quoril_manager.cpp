@@ -6,8 +6,37 @@
 
 #include <QApplication>
 
+#include <algorithm>
+#include <cstdio>
+#include <initializer_list>
+#include <string_view>
+
+namespace {
+
+constexpr const char* Usage = "Usage: QuorilManager [file]\n"
+                              "Console for the instances of the Quoril emulator on a machine.\n"
+                              "\n"
+                              "  -h, --help     Shows this help.\n"
+                              "  -v, --version  Shows the version.\n"
+                              "\n"
+                              "QUORIL_MACHINE names the folder of the machine, a Windows system tree.\n";
+
+} // namespace
+
 int main(int argc, char** argv)
 {
+    // Neither needs a display.
+    const auto asked = [argc, argv](std::initializer_list<std::string_view> options) {
+        return std::find_first_of(argv + 1, argv + argc, options.begin(), options.end()) != argv + argc;
+    };
+    if (asked({"-h", "--help"})) {
+        std::fputs(Usage, stdout);
+        return 0;
+    }
+    if (asked({"-v", "--version"})) {
+        std::puts("QuorilManager " QUORIL_VERSION);
+        return 0;
+    }
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("QuorilManager"));
     const auto machine = quoril::openMachine(quoril::chooseMachine({}));
