@@ -32,8 +32,10 @@ set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 set(icons ${PROJECT_SOURCE_DIR}/src/resources/icons)
 install(FILES ${packaging}/linux/quoril-services-manager.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications
   COMPONENT manager)
-install(FILES ${packaging}/linux/com.quoril.ServicesManager.metainfo.xml
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT manager)
+configure_file(${packaging}/linux/com.quoril.ServicesManager.metainfo.xml.in
+  ${PROJECT_BINARY_DIR}/com.quoril.ServicesManager.metainfo.xml @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/com.quoril.ServicesManager.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo
+  COMPONENT manager)
 install(FILES ${packaging}/completions/quorilctl DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
   COMPONENT manager)
 set(hicolor ${CMAKE_INSTALL_DATADIR}/icons/hicolor)

@@ -23,6 +23,8 @@ quoril-services-manager ($version) bookworm; urgency=medium
 END
 dpkg-buildpackage --build=binary --no-sign >"$out/build.txt" 2>&1 || { tail -n 40 "$out/build.txt" >&2; exit 1; }
 cd "$out"
+find source/debian -name '*.desktop' -exec desktop-file-validate {} +
+find source/debian -name '*.metainfo.xml' -exec appstreamcli validate --no-net {} +
 rm -rf source
 lintian --fail-on error,warning --display-info ./*.changes
 ls "$out"/*.deb

@@ -39,6 +39,8 @@ int main(int argc, char** argv)
     }
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("QuorilManager"));
+    // The desktop finds the window's entry and icon by it.
+    QApplication::setDesktopFileName(QStringLiteral("quoril-services-manager"));
     const auto machine = quoril::openMachine(quoril::chooseMachine({}));
     const quoril::ScopedMachine inForce(*machine);
 
