@@ -1,13 +1,42 @@
 #!/usr/bin/env bash
-# Takes the pictures of docs/pictures anew, on a fresh sample machine.
+# Takes the pictures of docs/pictures anew, each kind on a fresh sample machine: every window and dialog in English and
+# German, and in German, whose texts are the longest, at twice the size.
+#   PRESET=release    the build that they are taken of
 set -euo pipefail
 cd "$(dirname "$0")/.."
-cmake --preset release -Wno-dev >/dev/null
-cmake --build --preset release --target quoril-pictures quoril_help
+preset=${PRESET:-release}
+cmake --preset "$preset" -Wno-dev >/dev/null
+cmake --build --preset "$preset" --target quoril-pictures quoril_help quoril_german
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-XDG_DATA_HOME=$folder QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 \
-  build/release/bin/quoril-pictures "$folder/pictures"
-mkdir -p docs/pictures
-cp "$folder"/pictures/*.png docs/pictures/
-pdftoppm -png -r 80 -singlefile "$folder/pictures/page.pdf" docs/pictures/page
+# A screen on which the windows have their room at twice the size, too.
+cat >"$folder/screen.json" <<'END'
+{"screens": [{"name": "wide", "x": 0, "y": 0, "width": 2560, "height": 1600,
+              "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]}
+END
+
+# take KIND LOCALE SCALE: the pictures of one kind, into docs/pictures/KIND.
+take()
+{
+  XDG_DATA_HOME=$folder/$1-data QT_QPA_PLATFORM=offscreen:configfile=$folder/screen.json LC_ALL=$2 QT_SCALE_FACTOR=$3 \
+    "build/$preset/bin/quoril-pictures" "$folder/$1"
+  mkdir -p "docs/pictures/$1"
+  cp "$folder/$1"/*.png "docs/pictures/$1/"
+}
+take . C.UTF-8 1
+pdftoppm -png -r 80 -singlefile "$folder/page.pdf" docs/pictures/page
+take german de_DE.UTF-8 1
+take german-200 de_DE.UTF-8 2
+
+{
+  echo "# Pictures of all windows and dialogs"
+  echo
+  echo "Taken by \`scripts/pictures.sh\` off screen. \`small\` is the main window at 800 by 600."
+  echo
+  echo "| | English | German | German at 200 % |"
+  echo "|---|---|---|---|"
+  for picture in docs/pictures/german/*.png; do
+    name=$(basename "$picture")
+    echo "| ${name%.png} | ![]($name) | ![](german/$name) | ![](german-200/$name) |"
+  done
+} >docs/pictures/README.md
