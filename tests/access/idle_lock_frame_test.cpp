@@ -8,6 +8,7 @@
 #include "support/fake_machine.h"
 #include "support/person.h"
 
+#include <QAbstractEventDispatcher>
 #include <QAction>
 #include <QComboBox>
 #include <QEventLoop>
@@ -73,9 +74,14 @@ protected:
     QTreeWidgetItem* service(int index) { return tree().topLevelItem(0)->child(index); }
     static void settle()
     {
-        // A loop of its own: only one that may wait has an idle moment.
+        // A loop of its own: only one that may wait has an idle moment. On a busy computer the moment comes
+        // late.
         QEventLoop loop;
         QTimer::singleShot(10, &loop, &QEventLoop::quit);
+        loop.exec();
+        QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, &loop,
+            &QEventLoop::quit);
+        QTimer::singleShot(2000, &loop, &QEventLoop::quit);
         loop.exec();
     }
     /// Whether the input ended the measuring, so that the next idle moment began it anew.

@@ -229,8 +229,9 @@ TEST(QuorilLog, IsReadToAnEndWhileItIsCutRotatedRewrittenAndWritten)
         {[&] { EXPECT_TRUE(QFile::resize(name, 0)); }, 10'000, Lines / 2},
         {[&] { EXPECT_TRUE(QFile::resize(name, 3'000'001)); }, 30'000, 40'000},
         {[&] {
-             QFile::rename(name, name + u".1"_s);
-             write(header(), QIODevice::WriteOnly);
+             // A file that is open can't be moved on Windows.
+             if (QFile::rename(name, name + u".1"_s))
+                 write(header(), QIODevice::WriteOnly);
          },
             Lines, Lines},
         {[&] { write(rewritten, QIODevice::WriteOnly); }, 10'000, Lines / 2},
