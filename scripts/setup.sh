@@ -22,7 +22,8 @@ if [ "${1:-}" = windows ]; then
     googletest              # its sources: the library is built for Windows with the tests
     dpkg-dev                # unpacks Qt's source package where no Qt for mingw is at hand
     zip                     # packs the release
-    wine wine64 xvfb xauth
+    wine wine64 xvfb
+    openbox xdotool x11-utils   # windows with frames and keys, and a look at which there are
   )
 fi
 if [ "${1:-}" = packages ]; then

@@ -48,7 +48,7 @@ ctl report DIANA --output "Z:${home//\//\\}\\report.txt"
 ctl stop DIANA
 expect '"stopped"' --json status DIANA
 ctl remove --yes DIANA
-if ctl list --names | grep -q DIANA; then
+if grep -q DIANA <<<"$(ctl list --names)"; then
   echo "DIANA is still listed." >&2
   exit 1
 fi

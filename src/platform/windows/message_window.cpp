@@ -46,6 +46,8 @@ LRESULT CALLBACK MessageWindow::procedure(HWND window, UINT message, WPARAM word
     const auto* self = reinterpret_cast<const MessageWindow*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
     if (!self || message != self->m_message)
         return ::DefWindowProcW(window, message, word, number);
+    // A sender in another program doesn't wait until the message box that the handler shows is closed.
+    ::ReplyMessage(0);
     // The handler may take the subscription away.
     const std::function<void()> handler = self->m_handler;
     handler();

@@ -1,0 +1,87 @@
+#!/usr/bin/env bash
+# The windows of the programs for Windows under Wine, on a screen of its own: wine-windows.sh FOLDER [PICTURES]. FOLDER
+# is where the programs lie. The console stands open over the live machine with an instance that runs; QuorilSetup
+# installs another by its dialogs; the console hears of that by the announcement. With PICTURES, a folder, the windows
+# are taken there as windows-*.png, with ImageMagick. Ends with "passed" as its last line.
+set -euo pipefail
+bin=$(realpath "$1")
+pictures=${2:+$(realpath "$2")}
+export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64 LC_ALL=C.UTF-8
+unset WAYLAND_DISPLAY QUORIL_MACHINE
+
+template=$("$(dirname "$(realpath "$0")")/wine-template.sh")
+WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/quoril-wine.XXXXXX")
+export WINEPREFIX
+screen=
+trap 'wineserver -k || true; [ -z "$screen" ] || kill "$screen"; rm -rf "$WINEPREFIX"' EXIT
+cp -a --reflink=auto "$template/." "$WINEPREFIX"
+exec 8>"$WINEPREFIX/display"
+Xvfb -displayfd 8 -screen 0 1040x740x24 >/dev/null 2>&1 &
+screen=$!
+exec 8>&-
+until [ -s "$WINEPREFIX/display" ]; do sleep 0.1; done
+DISPLAY=:$(cat "$WINEPREFIX/display")
+export DISPLAY
+openbox >/dev/null 2>&1 &
+registry() { timeout 60 wine reg "$@" /f </dev/null >/dev/null 2>&1; }
+registry delete 'HKCU\Software\Wine\Drivers' /v Graphics
+for font in Tahoma 'MS Shell Dlg' 'MS Shell Dlg 2' 'Segoe UI'; do # which Debian doesn't have
+  registry add 'HKCU\Software\Wine\Fonts\Replacements' /v "$font" /d 'DejaVu Sans'
+done
+timeout 60 wineserver -w
+wineserver -p300 </dev/null >/dev/null 2>&1
+
+home=$WINEPREFIX/drive_c/quoril
+mkdir "$home"
+cp "$bin/quoril-emulator.exe" "$home"
+for name in CERES IRIS; do
+  printf 'type = quoril_64\r\nhome = C:\\quoril\r\nsession.log = %s.log\r\nram.size = 512\r\n' $name >"$home/$name.cfg"
+done
+ctl() { timeout 120 wine "$bin/quorilctl.exe" "$@" </dev/null | tr -d '\r'; }
+picture() { [ -z "$pictures" ] || import -window root "$pictures/windows-$1.png"; }
+# seen PROGRAM TITLE: waits for the window, and gives it a moment to be painted.
+seen() {
+  local tries
+  for ((tries = 0; tries < 300; ++tries)); do
+    if grep -q "\"$2.*(\"$1.exe\"" <<<"$(xwininfo -root -tree)"; then
+      sleep 2
+      return
+    fi
+    sleep 0.2
+  done
+  echo "$1 shows no window \"$2\"." >&2
+  exit 1
+}
+
+ctl install CERES --config 'C:\quoril\CERES.cfg' --executable 'C:\quoril\quoril-emulator.exe'
+ctl start CERES
+timeout 240 wine "$bin/QuorilManager.exe" </dev/null >/dev/null 2>&1 &
+console=$!
+seen quorilmanager 'Select QUORIL Service'
+xdotool key Down Down # the machine, and CERES below it
+seen quorilmanager CERES
+picture console
+
+timeout 240 wine "$bin/QuorilSetup.exe" --product quoril_64 --config 'C:\quoril\IRIS.cfg' \
+  --executable 'C:\quoril\quoril-emulator.exe' </dev/null >"$home/setup.txt" 2>&1 &
+setup=$!
+seen quorilsetup 'Update / Install service dialog'
+xdotool key Tab Tab space
+seen quorilsetup 'Service Install Dialog'
+picture setup
+xdotool type IRIS
+sleep 1 # typed keys and single ones overtake each other
+xdotool key Return
+seen quorilsetup 'Quoril Services Manager'
+xdotool key Return
+seen quorilmanager 'Quoril Services Manager'
+picture announcement
+# QuorilSetup doesn't wait for the console's message box.
+wait $setup
+grep -q '^IRIS' "$home/setup.txt" || { echo "QuorilSetup: $(cat "$home/setup.txt")" >&2; exit 1; }
+grep -q '^IRIS$' <<<"$(ctl list --names)" || { echo "IRIS is not listed." >&2; exit 1; }
+xdotool key Return
+sleep 1
+xdotool key alt+F4
+wait $console
+echo passed
