@@ -1,7 +1,7 @@
 // Shows an emulator log in the panel of an off-screen window, as one process:
 //     panel FOLDER      FOLDER/panel.log is written by make_emulator_log.py
-// It prints how long the load takes by itself, how much longer the view takes to hold the table, what the
-// first paint takes then, the memory that the panel takes beyond the text that it keeps, and the time to
+// It prints how long the load takes by itself, how long until the view holds the table, what the first paint
+// takes then, the memory that the panel takes beyond the text that it keeps, and the time to
 // scroll by one page.
 #include "logs/log_table.h"
 #include "logs/quoril_log.h"
@@ -110,9 +110,9 @@ int main(int argc, char** argv)
 
     // The generator's text has no unit above 0xFF, so that it is kept in half the bytes of the file.
     const qsizetype rows = view.table().rowCount();
-    std::printf("%lld rows\nload %.1f ms\ntable into the view %.1f ms\nfirst paint %.1f ms\n"
+    std::printf("%lld rows\nload %.1f ms\nload into the view %.1f ms\nfirst paint %.1f ms\n"
                 "memory a row %.1f bytes\nmemory a row beyond the text %.1f bytes\npage %.2f ms\n",
-        static_cast<long long>(rows), load, shown - load, painted - shown, double(memory) / double(rows),
+        static_cast<long long>(rows), load, shown, painted - shown, double(memory) / double(rows),
         double(memory - fileSize / 2) / double(rows), page);
     return page < 0 || table.rowCount() != rows ? 1 : 0;
 }
