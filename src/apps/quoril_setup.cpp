@@ -1,7 +1,6 @@
 // Installs a product as a new service, or updates one of its services, through the dialogs.
 
 #include "platform/machine.h"
-#include "platform/system_info.h"
 #include "platform/terminal.h"
 #include "platform/tree/machine_choice.h"
 #include "platform/tree/tree_machine.h"
@@ -42,8 +41,7 @@ SetupArguments readArguments(int argc, char** argv)
     const auto machine = openMachine(chooseMachine({}));
     const ScopedMachine inForce(*machine);
     LoadLanguageModule(QCoreApplication::applicationDirPath() + u'/');
-    const auto version = machine->systemInfo().fileVersion(QCoreApplication::applicationFilePath());
-    return SetupArguments::read(QCoreApplication::arguments(), version ? *version : QString());
+    return SetupArguments::read(QCoreApplication::arguments(), QStringLiteral(QUORIL_VERSION));
 }
 
 } // namespace
