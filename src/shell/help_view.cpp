@@ -2,6 +2,7 @@
 
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "shell/screen_fit_widget.h"
 
 #include <QFile>
 #include <QHBoxLayout>
@@ -76,7 +77,7 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
         if (item)
             m_text->scrollToAnchor(item->data(0, SectionRole).toString());
     });
-    resize(FirstSize);
+    ResizeToScreen(*this, FirstSize);
 }
 
 void CHelpView::fillContents(const QString& html)

@@ -22,6 +22,7 @@
 #include "shell/help_view.h"
 #include "shell/left_view.h"
 #include "shell/quoril_manager_doc.h"
+#include "shell/screen_fit_widget.h"
 #include "shell/service_catalogue.h"
 #include "shell/system_monitor.h"
 
@@ -31,7 +32,6 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QScreen>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
@@ -82,7 +82,7 @@ bool CMainFrame::OnCreate()
     RefreshServiceList();
     checkPanelCommands(true);
     m_commands->update(m_flags);
-    resize(FirstSize.boundedTo(screen()->availableSize()));
+    ResizeToScreen(*this, FirstSize);
     return true;
 }
 
