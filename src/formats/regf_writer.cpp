@@ -72,7 +72,7 @@ private:
         closeBin();
         const std::size_t size = (content + BinHeader + BinUnit - 1) / BinUnit * BinUnit;
         const std::size_t start = m_binEnd;
-        const auto end = qsizetype(start + size);
+        const qsizetype end = qsizetype(start) + qsizetype(size);
         if (m_bytes.capacity() < end)
             m_bytes.reserve(std::max(end + end / 2, qsizetype(1) << 20));
         m_bytes.resize(end);

@@ -6,8 +6,8 @@ class QWidget;
 
 namespace quoril {
 
-/// Gives `window`, which is not shown yet, a size in device-independent pixels without its frame; less where it would be
-/// larger with a frame than the free part of its screen.
+/// Gives `window`, which is not shown yet, a size in device-independent pixels without its frame; less where
+/// it would be larger with a frame than the free part of its screen.
 void ResizeToScreen(QWidget& window, QSize size);
 
 } // namespace quoril
