@@ -39,11 +39,14 @@ for name in CERES IRIS; do
 done
 ctl() { timeout 120 wine "$bin/quorilctl.exe" "$@" </dev/null | tr -d '\r'; }
 picture() { [ -z "$pictures" ] || import -window root "$pictures/windows-$1.png"; }
-# seen PROGRAM TITLE: waits for the window, and gives it a moment to be painted.
+# seen PROGRAM TITLE: waits until the window is there and has the focus, and gives it a moment to be painted.
 seen() {
-  local tries
+  local tries active shown
   for ((tries = 0; tries < 300; ++tries)); do
-    if grep -q "\"$2.*(\"$1.exe\"" <<<"$(xwininfo -root -tree)"; then
+    active=$(xdotool getactivewindow 2>/dev/null || true)
+    # A window may be gone before it is asked.
+    shown=$([ -z "$active" ] || xprop -id "$active" WM_CLASS WM_NAME 2>/dev/null || true)
+    if grep -q "\"$1.exe\"" <<<"$shown" && grep -q "= \"$2" <<<"$shown"; then
       sleep 2
       return
     fi
