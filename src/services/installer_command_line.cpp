@@ -60,11 +60,12 @@ QString unsafeArgument(const InstallRequest& request)
 
 InstallerFile findInstallerFile(const QString& named)
 {
-    const Files& files = machine().files();
+    Files& files = machine().files();
     const QString name = withoutQuotes(named).toString();
     const auto known = files.hostPath(name);
     const QString host = known ? *known : QFileInfo(name).absoluteFilePath();
-    if (!known && !QFileInfo(host).isFile())
+    // A folder is no more a file of an installation than a name that leads nowhere.
+    if (known ? !files.openForReading(name) : !QFileInfo(host).isFile())
         return {{}, LoadText(text::DocumentNotFound).replace(u"%s"_s, name)};
     const auto path = files.machinePath(host);
     if (!path)

@@ -52,6 +52,9 @@ TEST_F(QuorilctlSessionTest, HostileNamesAndPathsChangeNothingOrArriveWhole)
             EXPECT_NE(install(subcommand, u"CERES"_s, Configuration, text).code, 0) << name;
         }
     }
+    // Folders are found too late if a service is removed first.
+    EXPECT_NE(install(u"update"_s, u"CERES"_s, u"C:\\Windows"_s).code, 0);
+    EXPECT_NE(install(u"update"_s, u"CERES"_s, Configuration, u"C:\\Program Files"_s).code, 0);
     EXPECT_EQ(run({u"list"_s, u"--names"_s}).output, before);
 
     for (const QString& name :
