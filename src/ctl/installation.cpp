@@ -7,6 +7,8 @@
 
 namespace quoril {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct InstallOptions
@@ -57,8 +59,12 @@ int run(Ctl& ctl, const InstallOptions& options, bool isUpdate)
     Instances instances;
     if (installer.installed() == 0 || !instances.read(ctl))
         return exit_code::Failed;
-    ServiceInfo* const service = instances.find(ctl, options.name);
-    return service ? printStatus(ctl, {service}, true) : exit_code::Failed;
+    if (!instances.has(options.name)) {
+        prompts.message(
+            options.name + u" is installed, but not as an instance of the emulator: it is not listed."_s);
+        return exit_code::Failed;
+    }
+    return printStatus(ctl, {instances.find(ctl, options.name)}, true);
 }
 
 int install(Ctl& ctl, const InstallOptions& options)

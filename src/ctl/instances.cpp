@@ -59,14 +59,19 @@ bool Instances::read(Ctl& ctl)
     return false;
 }
 
-ServiceInfo* Instances::find(Ctl& ctl, const QString& name)
+ServiceInfo* Instances::lookUp(const QString& name)
 {
     if (ServiceInfo* const exact = m_document.findService(name))
         return exact;
     const auto found = std::find_if(all().begin(), all().end(),
         [&name](const ServiceInfo& service) { return foldedEquals(service.Name, name); });
-    if (found != all().end())
-        return &*found;
+    return found != all().end() ? &*found : nullptr;
+}
+
+ServiceInfo* Instances::find(Ctl& ctl, const QString& name)
+{
+    if (ServiceInfo* const found = lookUp(name))
+        return found;
     failure(ctl, LoadText(text::ServiceConnectFailed) + u' ' + name, error::ServiceDoesNotExist);
     return nullptr;
 }

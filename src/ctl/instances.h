@@ -23,10 +23,14 @@ public:
     /// The instance of that name, case counting only where two names differ by nothing else. Null, and told,
     /// if there is none.
     ServiceInfo* find(Ctl& ctl, const QString& name);
+    /// Whether find() has one.
+    bool has(const QString& name) { return lookUp(name) != nullptr; }
     /// The instances of the names, without a name all of them. None, and told, if one isn't there.
     std::optional<std::vector<ServiceInfo*>> select(Ctl& ctl, const QStringList& names);
 
 private:
+    ServiceInfo* lookUp(const QString& name);
+
     CQuorilManagerDoc m_document;
 };
 
