@@ -21,6 +21,9 @@ public:
     QString ResultName; ///< empty if the person left
     ServiceApp* Installer = nullptr; ///< not owned
 
+    /// Escape and the window's button are the way back, too.
+    void reject() override { accept(); }
+
 private:
     void OnInstall();
     void OnUpdate();

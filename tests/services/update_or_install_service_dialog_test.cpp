@@ -138,10 +138,14 @@ TEST(UpdateOrInstallServiceDlg, LeavingInstallsNothing)
         EXPECT_EQ(bench.dialog.ResultName, QString());
         EXPECT_EQ(bench.installer.asked(), 0);
     }
-    Bench bench;
-    bench.person.on(u"Update / Install"_s, Person::presses(choice::Return));
-    EXPECT_EQ(bench.dialog.exec(), QDialog::Accepted);
-    EXPECT_EQ(bench.person.seen.size(), 1);
+    for (const bool byKey : {false, true}) {
+        Bench bench;
+        bench.person.on(u"Update / Install"_s, [&](QWidget& window) {
+            byKey ? key(window, Qt::Key_Escape) : Person::press(window, choice::Return);
+        });
+        EXPECT_EQ(bench.dialog.exec(), QDialog::Accepted);
+        EXPECT_EQ(bench.person.seen.size(), 1);
+    }
 }
 
 TEST(UpdateOrInstallServiceDlg, ThePickerTakesFilesOfTheMachineOnly)
