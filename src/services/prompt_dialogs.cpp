@@ -6,6 +6,7 @@
 #include "services/inform_dialog.h"
 #include "services/remove_service_dialog.h"
 
+#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -26,7 +27,16 @@ public:
     {
         // Names of services and paths are part of the text: nothing in it is markup.
         setTextFormat(Qt::PlainText);
+        // What waits meanwhile is the program for the person.
+        if (m_isBusy)
+            QApplication::setOverrideCursor(Qt::ArrowCursor);
     }
+    ~Box() override
+    {
+        if (m_isBusy)
+            QApplication::restoreOverrideCursor();
+    }
+    Q_DISABLE_COPY_MOVE(Box)
 
     QPushButton* add(int id, quint32 textId, ButtonRole role)
     {
@@ -34,6 +44,9 @@ public:
         button->setObjectName(QString::number(id));
         return button;
     }
+
+private:
+    const bool m_isBusy = QApplication::overrideCursor() != nullptr;
 };
 
 } // namespace
