@@ -18,7 +18,7 @@ if is_qt "$target"; then
   exit 0
 fi
 
-# What follows takes about 20 minutes on two cores, 3 GB of disk, and the network. Only the last line is output.
+# What follows takes about half an hour on two idle cores, 3 GB of disk, and the network. Only the last line is output.
 exec 3>&1 >&2
 mkdir -p "$cache"
 exec 9>"$cache/qt-mingw.lock"
