@@ -1,9 +1,11 @@
+#include "platform/tree/file_lock.h"
 #include "support/service_tree.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -146,6 +148,28 @@ TEST_F(TreeServiceFaultsTest, knowsAServiceWhoseHostWasKilled)
     EXPECT_EQ(service->queryStatus()->win32ExitCode, 0u);
     ASSERT_EQ(service->start().errorNumber(), 0u);
     EXPECT_TRUE(tree.comesTo(*service, Running));
+}
+
+TEST_F(TreeServiceFaultsTest, countsAProcessAsAliveUntilItsLocksAreFree)
+{
+    const QString fileName = tree.root() + u"/lock"_s;
+    for (int i = 0; i < 50; ++i) {
+        const pid_t holder = ::fork();
+        if (holder == 0) {
+            const TryLock lock(fileName);
+            const int watch = ::inotify_init1(IN_CLOEXEC); // what makes the end of a host take its time
+            ::inotify_add_watch(watch, "/", IN_CREATE);
+            ::pause();
+            ::_exit(0);
+        }
+        while (!TryLock::isTaken(fileName))
+            std::this_thread::sleep_for(1ms);
+        const auto identity = ProcessIdentity::of(holder);
+        ASSERT_TRUE(identity && identity->signal(SIGKILL));
+        while (identity->isAlive()) { }
+        ASSERT_TRUE(TryLock(fileName).isHeld()) << i;
+        ASSERT_EQ(::waitpid(holder, nullptr, 0), holder);
+    }
 }
 
 TEST_F(TreeServiceFaultsTest, outlivesTheProgramThatStartedIt)

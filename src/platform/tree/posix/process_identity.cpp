@@ -53,7 +53,11 @@ std::optional<ProcessIdentity> ProcessIdentity::of(int pid)
 
 bool ProcessIdentity::isAlive() const
 {
-    return of(pid) == *this;
+    auto now = of(pid);
+    // A process that is ending has lost its program before it lets go of its files and locks.
+    if (now && now->image.isEmpty())
+        now->image = image;
+    return now == *this;
 }
 
 bool ProcessIdentity::signal(int number) const
