@@ -12,11 +12,13 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace quoril {
@@ -34,6 +36,20 @@ quint32 startLimit()
     bool isNumber = false;
     const int limit = qEnvironmentVariableIntValue("QUORIL_SERVICE_START_LIMIT", &isNumber);
     return isNumber && limit > 0 ? static_cast<quint32>(limit) : DefaultStartLimitMilliseconds;
+}
+
+/// A process that was just started, once it runs its program: the kernel lets the starter go on a moment
+/// before.
+std::optional<ProcessIdentity> startedProcess(pid_t pid, const std::optional<ProcessIdentity>& starter)
+{
+    using namespace std::chrono_literals;
+    const QDeadlineTimer until(1s);
+    auto started = ProcessIdentity::of(pid);
+    while (started && starter && started->image == starter->image && !until.hasExpired()) {
+        std::this_thread::sleep_for(1ms);
+        started = ProcessIdentity::of(pid);
+    }
+    return started;
 }
 
 /// What wakes the host: a file put into the service's folder, and the end of the process.
@@ -148,8 +164,8 @@ Status Host::spawn(const ServiceFolder& folder)
     m_wakeups->watchProcess(m_process->pid());
     m_startDeadline.setRemainingTime(startLimit());
     m_record.status.currentState = service_state::StartPending;
-    m_record.service = ProcessIdentity::of(m_process->pid());
     m_record.host = ProcessIdentity::of(::getpid());
+    m_record.service = startedProcess(m_process->pid(), m_record.host);
     Status kept = m_folder->record(m_record);
     if (!kept) {
         // A process that nobody knows of would run beside the next start's.
