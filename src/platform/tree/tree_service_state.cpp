@@ -199,10 +199,11 @@ ServiceRecord ServiceFolder::current() const
     if (found->status.currentState == service_state::Stopped)
         return *found;
     const bool hasHost = found->host && found->host->isAlive();
-    // Without its host a service still tells of itself.
+    const bool hasProcess = hasHost || (found->service && found->service->isAlive());
+    // Without its host a service still tells of itself, its end last: so this is read when it may have ended.
     const auto told = hasHost ? std::nullopt : reported();
     const bool hasTold = told && told->status.currentState == service_state::Stopped;
-    if (!hasHost && !(found->service && found->service->isAlive())) {
+    if (!hasProcess) {
         // The host records the end of the service before its own: it may have done so since.
         const auto again = recorded();
         if (again && again->status.currentState == service_state::Stopped)
