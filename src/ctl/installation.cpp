@@ -59,12 +59,11 @@ int run(Ctl& ctl, const InstallOptions& options, bool isUpdate)
     Instances instances;
     if (installer.installed() == 0 || !instances.read(ctl))
         return exit_code::Failed;
-    if (!instances.has(options.name)) {
-        prompts.message(
-            options.name + u" is installed, but not as an instance of the emulator: it is not listed."_s);
-        return exit_code::Failed;
-    }
-    return printStatus(ctl, {instances.find(ctl, options.name)}, true);
+    if (ServiceInfo* const service = instances.lookUp(options.name))
+        return printStatus(ctl, {service}, true);
+    prompts.message(
+        options.name + u" is installed, but not as an instance of the emulator: it is not listed."_s);
+    return exit_code::Failed;
 }
 
 int install(Ctl& ctl, const InstallOptions& options)

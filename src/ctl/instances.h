@@ -23,14 +23,12 @@ public:
     /// The instance of that name, case counting only where two names differ by nothing else. Null, and told,
     /// if there is none.
     ServiceInfo* find(Ctl& ctl, const QString& name);
-    /// Whether find() has one.
-    bool has(const QString& name) { return lookUp(name) != nullptr; }
+    /// The same, and nothing is told.
+    ServiceInfo* lookUp(const QString& name);
     /// The instances of the names, without a name all of them. None, and told, if one isn't there.
     std::optional<std::vector<ServiceInfo*>> select(Ctl& ctl, const QStringList& names);
 
 private:
-    ServiceInfo* lookUp(const QString& name);
-
     CQuorilManagerDoc m_document;
 };
 
