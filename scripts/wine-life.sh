@@ -3,25 +3,12 @@
 # quorilctl.exe and quoril-emulator.exe lie. Ends with "passed" as its last line.
 set -euo pipefail
 bin=$(realpath "$1")
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64 LC_ALL=C.UTF-8
-unset DISPLAY WAYLAND_DISPLAY QUORIL_MACHINE
-
-template=$("$(dirname "$(realpath "$0")")/wine-template.sh")
-WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/quoril-wine.XXXXXX")
-export WINEPREFIX
-trap 'wineserver -k || true; rm -rf "$WINEPREFIX"' EXIT
-cp -a --reflink=auto "$template/." "$WINEPREFIX"
-# Without it services die with the last program.
-wineserver -p300 </dev/null >/dev/null 2>&1
-
-home=$WINEPREFIX/drive_c/quoril
-mkdir "$home"
-cp "$bin/quoril-emulator.exe" "$home"
+. "$(dirname "$(realpath "$0")")/wine-machine.sh"
+keep_server
 printf 'type = quoril_64\r\nhome = C:\\quoril\r\nsession.log = licence.log\r\n' >"$home/licence.cfg"
 printf 'type = quoril_64\r\nhome = C:\\quoril\r\ndepends = LICENCE\r\nsession.log = diana.log\r\nram.size = 512\r\n' \
   >"$home/diana.cfg"
 
-ctl() { timeout 120 wine "$bin/quorilctl.exe" "$@" </dev/null | tr -d '\r'; }
 # expect TEXT COMMAND...: the command succeeds and its output has the text.
 expect() {
   local text=$1 output

@@ -6,15 +6,9 @@
 set -euo pipefail
 bin=$(realpath "$1")
 pictures=${2:+$(realpath "$2")}
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64 LC_ALL=C.UTF-8
-unset WAYLAND_DISPLAY QUORIL_MACHINE
-
-template=$("$(dirname "$(realpath "$0")")/wine-template.sh")
-WINEPREFIX=$(mktemp -d "${TMPDIR:-/tmp}/quoril-wine.XXXXXX")
-export WINEPREFIX
+. "$(dirname "$(realpath "$0")")/wine-machine.sh"
 screen=
-trap 'wineserver -k || true; [ -z "$screen" ] || kill "$screen"; rm -rf "$WINEPREFIX"' EXIT
-cp -a --reflink=auto "$template/." "$WINEPREFIX"
+end_after() { [ -z "$screen" ] || kill "$screen"; }
 exec 8>"$WINEPREFIX/display"
 Xvfb -displayfd 8 -screen 0 1040x740x24 >/dev/null 2>&1 &
 screen=$!
@@ -29,15 +23,11 @@ for font in Tahoma 'MS Shell Dlg' 'MS Shell Dlg 2' 'Segoe UI'; do # which Debian
   registry add 'HKCU\Software\Wine\Fonts\Replacements' /v "$font" /d 'DejaVu Sans'
 done
 timeout 60 wineserver -w
-wineserver -p300 </dev/null >/dev/null 2>&1
+keep_server
 
-home=$WINEPREFIX/drive_c/quoril
-mkdir "$home"
-cp "$bin/quoril-emulator.exe" "$home"
 for name in CERES IRIS; do
   printf 'type = quoril_64\r\nhome = C:\\quoril\r\nsession.log = %s.log\r\nram.size = 512\r\n' $name >"$home/$name.cfg"
 done
-ctl() { timeout 120 wine "$bin/quorilctl.exe" "$@" </dev/null | tr -d '\r'; }
 picture() { [ -z "$pictures" ] || import -window root "$pictures/windows-$1.png"; }
 # seen PROGRAM TITLE: waits until the window is there and has the focus, and gives it a moment to be painted.
 seen() {
