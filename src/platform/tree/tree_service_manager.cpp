@@ -5,9 +5,12 @@
 #include "platform/tree/host_system.h"
 #include "platform/tree/tree_machine.h"
 
+#include <QDeadlineTimer>
 #include <QFile>
 
 #include <array>
+#include <chrono>
+#include <thread>
 
 namespace quoril {
 
@@ -44,6 +47,29 @@ public:
 private:
     TryLock m_lock;
 };
+
+struct LockHolder
+{
+    QString name;
+    qint64 since; // seconds since 1970
+};
+
+/// Who holds the lock. Whoever takes it or lets it go has no name in it for a moment, which is waited for.
+std::optional<LockHolder> lockHolder(const QString& fileName, qint64 now)
+{
+    using namespace std::chrono_literals;
+    const QDeadlineTimer until(1s);
+    while (TryLock::isTaken(fileName)) {
+        const auto file = openRegularFile(fileName, HostOpen::Read);
+        const QList<QByteArray> lines = file ? (*file)->read(1024).split('\n') : QList<QByteArray>();
+        if (lines.size() == 3)
+            return LockHolder{QString::fromUtf8(lines[1]), lines[0].toLongLong()};
+        if (until.hasExpired())
+            return LockHolder{{}, now};
+        std::this_thread::sleep_for(1ms);
+    }
+    return std::nullopt;
+}
 
 /// Removes a service that was marked while it ran or was open, when nobody is left who would do it.
 void removeIfForgotten(TreeMachine& machine, QStringView name)
@@ -131,13 +157,11 @@ Result<ServiceLockStatus> TreeServiceManager::queryLockStatus(qsizetype limitByt
         return Error{error::AccessDenied, {}};
     ServiceLockStatus status;
     const QString parent = ServiceFolder::parent(m_machine.paths());
-    if (!parent.isEmpty() && TryLock::isTaken(lockFile(parent))) {
+    const qint64 now = m_machine.clock().now();
+    if (const auto holder = parent.isEmpty() ? std::nullopt : lockHolder(lockFile(parent), now)) {
         status.isLocked = true;
-        if (const auto file = openRegularFile(lockFile(parent), HostOpen::Read)) {
-            const qint64 since = (*file)->readLine(64).trimmed().toLongLong();
-            status.owner = QString::fromUtf8((*file)->readLine(1024).trimmed());
-            status.secondsHeld = static_cast<quint32>(qMax<qint64>(0, m_machine.clock().now() - since));
-        }
+        status.owner = holder->name;
+        status.secondsHeld = static_cast<quint32>(qMax<qint64>(0, now - holder->since));
     }
     if (limitBytes < LockStatusFixedBytes + 2 * (status.owner.size() + 1))
         return Error{error::InsufficientBuffer, {}};
