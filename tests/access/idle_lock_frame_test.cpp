@@ -81,7 +81,7 @@ protected:
         loop.exec();
         QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, &loop,
             &QEventLoop::quit);
-        QTimer::singleShot(2000, &loop, &QEventLoop::quit);
+        QTimer::singleShot(20'000, &loop, &QEventLoop::quit);
         loop.exec();
     }
     /// Whether the input ended the measuring, so that the next idle moment began it anew.
@@ -153,7 +153,7 @@ TEST_F(IdleLockFrameTest, LocksBehindADialogAndOrdersFireInReadOnlyMode)
 {
     tree().setCurrentItem(service(0));
     const QString caption = frame().windowTitle();
-    m_machine.fakeClock.timerScale = 0.002; // ten seconds are twenty milliseconds
+    m_machine.fakeClock.timerScale = 0.01; // ten seconds are a hundred milliseconds
     frame().document().m_lock_timeout = 10'000;
     frame().KillIdleTimers();
     m_machine.calls.takeLog();

@@ -24,7 +24,21 @@ class Person : public QObject
 public:
     using Action = std::function<void(QWidget& window)>;
 
-    Person() { look(); }
+    Person()
+    {
+        qApp->installEventFilter(this);
+        m_patience.callOnTimeout(this, [this] { checkPatience(); });
+        m_patience.start(1000);
+        lookSoon();
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const bool changes = event->type() == QEvent::Show || event->type() == QEvent::Hide;
+        if (changes && watched->isWidgetType() && static_cast<QWidget*>(watched)->isModal())
+            lookSoon();
+        return QObject::eventFilter(watched, event);
+    }
 
     /// Acts on the next window in which the text is seen; the actions are used up in their order.
     Person& on(const QString& text, Action action)
@@ -71,31 +85,39 @@ private:
         return label ? label->text() : QString();
     }
 
-    // One shot at a time, armed before acting, so that windows above the one acted on are seen too.
+    // Not at once, but when the window is up and events run; no polling, which would leave a busy computer no
+    // idle moment.
+    void lookSoon()
+    {
+        QTimer::singleShot(0, this, [this] { look(); });
+    }
+
     void look()
     {
-        QTimer::singleShot(1, this, [this] {
-            look();
-            QWidget* window = QApplication::activeModalWidget();
-            if (window != m_standing) {
-                m_standing = window;
-                m_standsSince.start();
-            }
-            if (window && m_standsSince.elapsed() > 30'000) {
-                ADD_FAILURE() << "nobody answers "
-                              << qPrintable(window->windowTitle() + QStringLiteral(": ") + textOf(*window));
-                window->close();
-            }
-            if (!window || window->property("seen").toBool())
-                return;
-            window->setProperty("seen", true);
-            seen.append(window->windowTitle() + QStringLiteral(": ") + textOf(*window));
-            if (m_script.empty() || !seen.last().contains(m_script.front().text))
-                return;
-            const Action action = std::move(m_script.front().action);
-            m_script.pop_front();
-            action(*window);
-        });
+        QWidget* window = QApplication::activeModalWidget();
+        if (!window || window->property("seen").toBool())
+            return;
+        window->setProperty("seen", true);
+        seen.append(window->windowTitle() + QStringLiteral(": ") + textOf(*window));
+        if (m_script.empty() || !seen.last().contains(m_script.front().text))
+            return;
+        const Action action = std::move(m_script.front().action);
+        m_script.pop_front();
+        action(*window);
+    }
+
+    void checkPatience()
+    {
+        QWidget* window = QApplication::activeModalWidget();
+        if (window != m_standing) {
+            m_standing = window;
+            m_standsSince.start();
+        }
+        if (!window || m_standsSince.elapsed() <= 30'000)
+            return;
+        ADD_FAILURE() << "nobody answers "
+                      << qPrintable(window->windowTitle() + QStringLiteral(": ") + textOf(*window));
+        window->close();
     }
 
     struct Step
@@ -104,6 +126,7 @@ private:
         Action action;
     };
     std::deque<Step> m_script;
+    QTimer m_patience;
     QPointer<QWidget> m_standing;
     QElapsedTimer m_standsSince;
 };
