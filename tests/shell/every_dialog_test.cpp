@@ -6,6 +6,7 @@
 #include "schedule/schedule_dialog.h"
 #include "schedule/schedule_table.h"
 #include "services/remove_service_dialog.h"
+#include "services/service_by_name.h"
 #include "services/service_install_dialog.h"
 #include "services/service_update_dialog.h"
 #include "services/update_or_install_service_dialog.h"
@@ -120,6 +121,8 @@ TEST(EveryDialog, CanBeReadAndIsDrivenByTheKeyboard)
         UpdateOrInstallServiceDlg choice(nullptr);
         ServiceInstallDialog install(product, configuration, nullptr);
         ServiceUpdateDialog update(product, configuration, nullptr);
+        ServiceApp installer;
+        update.Installer = &installer;
         RemoveServiceDialog remove(u"CERES"_s, nullptr);
         SecurityDialog security;
         CAboutDlg about(VersionRecord{});
