@@ -40,8 +40,13 @@ std::optional<ProcessIdentity> ProcessIdentity::of(int pid)
     const QByteArray stat = contentOf(folder + "/stat");
     // The name in the second field may hold anything, parentheses and blanks included; the state follows it.
     const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
+    constexpr qsizetype threadsField = 20 - 3;
     constexpr qsizetype startTimeField = 22 - 3;
-    if (fields.size() <= startTimeField || fields[0] == "Z" || fields[0] == "X")
+    if (fields.size() <= startTimeField)
+        return std::nullopt;
+    // The first thread may be gone while others go on.
+    const bool hasEnded = (fields[0] == "Z" && fields[threadsField].toInt() <= 1) || fields[0] == "X";
+    if (hasEnded)
         return std::nullopt;
     ProcessIdentity identity;
     identity.pid = pid;
