@@ -6,7 +6,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QMutexLocker>
 
 #include <array>
 
@@ -99,7 +98,7 @@ void HiveFile::tellDamage()
 
 Status HiveFile::refresh()
 {
-    const QMutexLocker locker(&mutex());
+    const std::lock_guard locker(mutex());
     if (m_inTransaction)
         return {};
     Status status = readIfReplaced();
@@ -146,7 +145,7 @@ Status HiveFile::begin()
 
 Status HiveFile::change(const Change& apply)
 {
-    const QMutexLocker locker(&mutex());
+    const std::lock_guard locker(mutex());
     const bool isAlone = !m_inTransaction;
     if (isAlone) {
         if (Status status = begin(); !status)

@@ -2,7 +2,6 @@
 
 #include "formats/reg_text.h"
 
-#include <QMutexLocker>
 #include <QStringBuilder>
 #include <QtEndian>
 
@@ -107,7 +106,7 @@ RegistryKeyHandle HiveKey::handleOf(regf::Key& child, quint32 access) const
 
 Result<RegistryKeyHandle> HiveKey::open(QStringView name, quint32 access) const
 {
-    const QMutexLocker locker(&m_hive.store->mutex());
+    const std::lock_guard locker(m_hive.store->mutex());
     if (m_path.isEmpty()) {
         if (Status status = m_hive.store->refresh(); !status)
             return status.failure();
@@ -127,7 +126,7 @@ Result<RegistryKeyHandle> HiveKey::open(QStringView name, quint32 access) const
 
 Result<RegistryKeyHandle> HiveKey::create(QStringView name, quint32 access)
 {
-    const QMutexLocker locker(&m_hive.store->mutex());
+    const std::lock_guard locker(m_hive.store->mutex());
     Result<RegistryKeyHandle> existing = open(name, access);
     if (existing || existing.errorNumber() != error::FileNotFound)
         return existing;
@@ -150,7 +149,7 @@ Status HiveKey::apply(quint32 right, const std::function<Status(regf::Key&, quin
 {
     if ((m_access & right) != right)
         return Error{error::AccessDenied, {}};
-    const QMutexLocker locker(&m_hive.store->mutex());
+    const std::lock_guard locker(m_hive.store->mutex());
     return m_hive.store->change([&](regf::Key&, quint64 filetime) -> Status {
         const Result<regf::Key*> here = key();
         return here ? change(**here, filetime) : Status(here.failure());
@@ -169,7 +168,7 @@ Status HiveKey::removeTree(QStringView name)
 
 Result<QString> HiveKey::subkeyName(quint32 index, qsizetype roomUnits) const
 {
-    const QMutexLocker locker(&m_hive.store->mutex());
+    const std::lock_guard locker(m_hive.store->mutex());
     const Result<regf::Key*> here = keyFor(key_access::EnumerateSubKeys);
     if (!here)
         return here.failure();
@@ -196,7 +195,7 @@ Result<QString> HiveKey::subkeyName(quint32 index, qsizetype roomUnits) const
 
 Result<QString> HiveKey::valueName(quint32 index) const
 {
-    const QMutexLocker locker(&m_hive.store->mutex());
+    const std::lock_guard locker(m_hive.store->mutex());
     const Result<regf::Key*> here = keyFor(key_access::QueryValue);
     if (!here)
         return here.failure();
@@ -208,7 +207,7 @@ Result<QString> HiveKey::valueName(quint32 index) const
 
 Result<RegistryValue> HiveKey::value(QStringView name, qsizetype limitBytes) const
 {
-    const QMutexLocker locker(&m_hive.store->mutex());
+    const std::lock_guard locker(m_hive.store->mutex());
     const Result<regf::Key*> here = keyFor(key_access::QueryValue);
     if (!here)
         return here.failure();
@@ -238,7 +237,7 @@ Status HiveKey::removeValue(QStringView name)
 
 Result<QByteArray> HiveKey::exportText(const QString& path) const
 {
-    const QMutexLocker locker(&m_hive.store->mutex());
+    const std::lock_guard locker(m_hive.store->mutex());
     const Result<regf::Key*> here = keyFor(key_access::Read);
     if (!here)
         return here.failure();

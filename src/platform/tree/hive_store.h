@@ -3,9 +3,8 @@
 #include "formats/error.h"
 #include "formats/regf_hive.h"
 
-#include <QRecursiveMutex>
-
 #include <functional>
+#include <mutex>
 #include <optional>
 
 namespace quoril {
@@ -34,7 +33,7 @@ public:
     /// To be called by a change that removes a key.
     void noteRemoval() { ++m_generation; }
 
-    QRecursiveMutex& mutex() { return m_mutex; }
+    std::recursive_mutex& mutex() { return m_mutex; }
     quint64 generation() const { return m_generation; }
     /// The root key; null after a refresh that failed.
     regf::Key* root() { return m_hive ? &m_hive->root() : nullptr; }
@@ -48,7 +47,7 @@ protected:
     std::optional<regf::Hive>& hive() { return m_hive; }
 
 private:
-    QRecursiveMutex m_mutex;
+    std::recursive_mutex m_mutex;
     std::optional<regf::Hive> m_hive;
     quint64 m_generation = 0;
 };

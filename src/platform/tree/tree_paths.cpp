@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMutexLocker>
 
 #include <algorithm>
 #include <array>
@@ -130,7 +129,7 @@ Result<QStringList> TreePaths::components(QStringView path) const
             return Error{error::PathNotFound, {}}; // a share of another machine
         }
         if (path.isEmpty() || !isSeparator(path[0])) {
-            const QMutexLocker lock(&m_mutex);
+            const std::lock_guard lock(m_mutex);
             names = m_current;
         }
     }
@@ -211,7 +210,7 @@ QString TreePaths::machinePath(const QString& hostPath) const
 
 QString TreePaths::currentDirectory() const
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return u"C:\\"_s + m_current.join(u'\\');
 }
 
@@ -225,7 +224,7 @@ Status TreePaths::setCurrentDirectory(QStringView path)
         return host.failure();
     if (!QFileInfo(*host).isDir())
         return Error{ErrorDirectory, {}};
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_current = *names;
     return {};
 }

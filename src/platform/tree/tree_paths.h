@@ -2,10 +2,11 @@
 
 #include "formats/error.h"
 
-#include <QMutex>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
+
+#include <mutex>
 
 namespace quoril {
 
@@ -57,7 +58,7 @@ private:
     bool contains(const QString& hostPath) const;
 
     QString m_root;
-    mutable QMutex m_mutex;
+    mutable std::mutex m_mutex;
     QStringList m_current; // guarded by m_mutex
 };
 

@@ -5,7 +5,7 @@
 #include "platform/tree/hive_key.h"
 #include "platform/tree/tree_paths.h"
 
-#include <QMutexLocker>
+#include <mutex>
 
 namespace quoril {
 
@@ -49,13 +49,13 @@ struct TreeRegistry::Hives
             return {u"SOFTWARE"_s, software};
         if (!foldedEquals(name, u"HARDWARE"))
             return {};
-        const QMutexLocker locker(&mutex);
+        const std::lock_guard locker(mutex);
         if (!hardware)
             hardware = std::make_shared<VolatileHive>(makeHardwareHive(hostCpuInfo()));
         return {u"HARDWARE"_s, hardware};
     }
 
-    QMutex mutex;
+    std::mutex mutex;
     std::shared_ptr<HiveStore> hardware; // guarded by mutex
     std::shared_ptr<HiveFile> software;
     std::shared_ptr<HiveFile> system;
