@@ -78,13 +78,13 @@ Key* Key::lookUp(QStringView name) const
             all.begin(), all.end(), [&](const auto& key) { return foldedEquals(key->name(), name); });
         return found == all.end() ? nullptr : found->get();
     }
-    if (m_childIndex.empty()) {
-        m_childIndex.reserve(all.size());
+    if (!m_childIndex) {
+        m_childIndex = std::make_unique<NameMap<Key*>>(all.size());
         for (const auto& key : all)
-            m_childIndex.emplace(key->name(), key.get());
+            m_childIndex->emplace(key->name(), key.get());
     }
-    const auto found = m_childIndex.find(name);
-    return found == m_childIndex.end() ? nullptr : found->second;
+    const auto found = m_childIndex->find(name);
+    return found == m_childIndex->end() ? nullptr : found->second;
 }
 
 const Key* Key::find(QStringView path) const
@@ -127,8 +127,8 @@ Result<Key*> Key::addChild(QStringView name, quint64 filetime)
     Key* added
         = m_children.insert(place, std::make_unique<Key>(*m_image, std::move(header), m_depth + 1, NoCell))
               ->get();
-    if (!m_childIndex.empty())
-        m_childIndex.emplace(added->name(), added);
+    if (m_childIndex)
+        m_childIndex->emplace(added->name(), added);
     m_header.timestamp = filetime;
     return added;
 }
@@ -150,7 +150,7 @@ bool Key::removeChild(QStringView name, quint64 filetime)
     const Key* removed = lookUp(name);
     if (!removed)
         return false;
-    m_childIndex.clear();
+    m_childIndex.reset();
     std::erase_if(m_children, [removed](const auto& key) { return key.get() == removed; });
     m_header.timestamp = filetime;
     return true;
@@ -178,13 +178,13 @@ std::ptrdiff_t Key::valueIndex(QStringView name) const
             all.begin(), all.end(), [&](const Value& value) { return foldedEquals(value.name, name); });
         return found == all.end() ? -1 : found - all.begin();
     }
-    if (m_valueIndex.empty()) {
-        m_valueIndex.reserve(all.size());
+    if (!m_valueIndex) {
+        m_valueIndex = std::make_unique<NameMap<std::size_t>>(all.size());
         for (std::size_t i = 0; i < all.size(); ++i)
-            m_valueIndex.emplace(all[i].name, i);
+            m_valueIndex->emplace(all[i].name, i);
     }
-    const auto found = m_valueIndex.find(name);
-    return found == m_valueIndex.end() ? -1 : std::ptrdiff_t(found->second);
+    const auto found = m_valueIndex->find(name);
+    return found == m_valueIndex->end() ? -1 : std::ptrdiff_t(found->second);
 }
 
 const Value* Key::value(QStringView name) const
@@ -206,8 +206,8 @@ Status Key::setValue(QStringView name, quint32 type, const QByteArray& data, qui
             return Error{error::InvalidParameter, QStringLiteral("the name of a value is too long")};
         const quint16 flags = !name.isEmpty() && fitsLatin1(name) ? vk::LatinNameFlag : quint16(0);
         m_values.push_back(Value{name.toString(), type, data, flags});
-        if (!m_valueIndex.empty())
-            m_valueIndex.emplace(m_values.back().name, m_values.size() - 1);
+        if (m_valueIndex)
+            m_valueIndex->emplace(m_values.back().name, m_values.size() - 1);
     }
     m_header.timestamp = filetime;
     return {};
@@ -218,7 +218,7 @@ bool Key::removeValue(QStringView name, quint64 filetime)
     const std::ptrdiff_t index = valueIndex(name);
     if (index < 0)
         return false;
-    m_valueIndex.clear();
+    m_valueIndex.reset();
     m_values.erase(m_values.begin() + index);
     m_header.timestamp = filetime;
     return true;

@@ -121,6 +121,7 @@ public:
 
 private:
     using Children = std::vector<std::unique_ptr<Key>>;
+    template <typename T> using NameMap = std::unordered_map<QStringView, T, FoldedHash, FoldedEqual>;
 
     Children& children() const;
     std::vector<Value>& loadedValues() const;
@@ -137,9 +138,10 @@ private:
     mutable bool m_valuesLoaded = false;
     mutable Children m_children;
     mutable std::vector<Value> m_values;
-    /// Made on the first look-up among many; views of names that live in m_children and m_values.
-    mutable std::unordered_map<QStringView, Key*, FoldedHash, FoldedEqual> m_childIndex;
-    mutable std::unordered_map<QStringView, std::size_t, FoldedHash, FoldedEqual> m_valueIndex;
+    /// Made on the first look-up among many, which few keys have; views of names that live in m_children and
+    /// m_values.
+    mutable std::unique_ptr<NameMap<Key*>> m_childIndex;
+    mutable std::unique_ptr<NameMap<std::size_t>> m_valueIndex;
 };
 
 } // namespace quoril::regf
