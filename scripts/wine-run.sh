@@ -7,32 +7,22 @@
 #   QUORIL_WINE_PREFIX    a prefix to run in that stays, instead of a copy
 set -euo pipefail
 
-here=$(dirname "$(realpath "$0")")
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64 LC_ALL=C.UTF-8
-unset DISPLAY WAYLAND_DISPLAY
+. "$(dirname "$(realpath "$0")")/wine-environment.sh"
 
-copy=
 output=
 program=
 end() {
   [ -z "$program" ] || kill "$program" || true
   rm -f "$output"
-  if [ -n "$copy" ]; then
-    wineserver -k || true
-    rm -rf "$copy"
-  fi
+  end_copy
 }
 trap end EXIT
 
 if [ -n "${QUORIL_WINE_PREFIX:-}" ]; then
   export WINEPREFIX=$QUORIL_WINE_PREFIX
 else
-  template=$("$here/wine-template.sh")
-  copy=$(mktemp -d "${TMPDIR:-/tmp}/quoril-wine.XXXXXX")
-  export WINEPREFIX=$copy
-  cp -a --reflink=auto "$template/." "$WINEPREFIX"
-  # Without it services die with the last program. It holds nothing of the caller's open.
-  wineserver -p300 </dev/null >/dev/null 2>&1
+  copy_prefix
+  keep_server
 fi
 
 # The output takes the road over a file, since services that stay would keep a pipe open. It is passed on as it comes:

@@ -2,8 +2,7 @@
 # Makes the Wine prefix that the runs of the tests are copies of, where it is missing, and prints its folder: no
 # window, no crash dialog, no debugger.
 set -euo pipefail
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64 LC_ALL=C.UTF-8
-unset DISPLAY WAYLAND_DISPLAY
+. "$(dirname "$(realpath "$0")")/wine-environment.sh"
 
 template=${QUORIL_WINE_TEMPLATE:-${XDG_CACHE_HOME:-$HOME/.cache}/quoril/wine-template}
 mkdir -p "$(dirname "$template")"
