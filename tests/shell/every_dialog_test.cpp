@@ -82,7 +82,8 @@ void expectMnemonicsOnce(const QDialog& dialog)
     }
 }
 
-void lookAt(QDialog& dialog, const char* name)
+/// Leaving the dialog ends it with the result.
+void lookAt(QDialog& dialog, const char* name, int leaving)
 {
     SCOPED_TRACE(name);
     int result = -1;
@@ -97,9 +98,7 @@ void lookAt(QDialog& dialog, const char* name)
         dialog.reject();
     });
     result = dialog.exec();
-    // The choice has one way back, and that is its OK.
-    const bool isChoice = dynamic_cast<UpdateOrInstallServiceDlg*>(&dialog) != nullptr;
-    EXPECT_EQ(result, isChoice ? QDialog::Accepted : QDialog::Rejected);
+    EXPECT_EQ(result, leaving);
 }
 
 TEST(EveryDialog, CanBeReadAndIsDrivenByTheKeyboard)
@@ -129,11 +128,12 @@ TEST(EveryDialog, CanBeReadAndIsDrivenByTheKeyboard)
         PrintSetupDialog setup(printer);
         ScheduleDialog schedule(
             table, [] { return nullptr; }, machine.fakeClock.now());
+        lookAt(choice, "choice", QDialog::Accepted); // its one way back is its OK
         const std::pair<const char*, QDialog*> dialogs[]
-            = {{"choice", &choice}, {"install", &install}, {"update", &update}, {"remove", &remove},
-                {"security", &security}, {"about", &about}, {"print setup", &setup}, {"schedule", &schedule}};
+            = {{"install", &install}, {"update", &update}, {"remove", &remove}, {"security", &security},
+                {"about", &about}, {"print setup", &setup}, {"schedule", &schedule}};
         for (const auto& [name, dialog] : dialogs)
-            lookAt(*dialog, name);
+            lookAt(*dialog, name, QDialog::Rejected);
     }
     ActivateResourceModule(ResourceModule());
 }

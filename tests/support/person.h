@@ -27,8 +27,8 @@ public:
     Person()
     {
         qApp->installEventFilter(this);
-        m_patience.callOnTimeout(this, [this] { checkPatience(); });
-        m_patience.start(1000);
+        m_patience.setInterval(30'000);
+        m_patience.callOnTimeout(this, [] { giveUp(); });
         lookSoon();
     }
 
@@ -95,6 +95,10 @@ private:
     void look()
     {
         QWidget* window = QApplication::activeModalWidget();
+        if (window != m_standing) {
+            m_standing = window;
+            m_patience.start();
+        }
         if (!window || window->property("seen").toBool())
             return;
         window->setProperty("seen", true);
@@ -106,14 +110,10 @@ private:
         action(*window);
     }
 
-    void checkPatience()
+    static void giveUp()
     {
         QWidget* window = QApplication::activeModalWidget();
-        if (window != m_standing) {
-            m_standing = window;
-            m_standsSince.start();
-        }
-        if (!window || m_standsSince.elapsed() <= 30'000)
+        if (!window)
             return;
         ADD_FAILURE() << "nobody answers "
                       << qPrintable(window->windowTitle() + QStringLiteral(": ") + textOf(*window));
@@ -128,7 +128,6 @@ private:
     std::deque<Step> m_script;
     QTimer m_patience;
     QPointer<QWidget> m_standing;
-    QElapsedTimer m_standsSince;
 };
 
 } // namespace quoril::test
