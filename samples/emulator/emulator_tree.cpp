@@ -3,8 +3,8 @@
 #include "emulator.h"
 #include "emulator_log.h"
 
-#include "platform/tree/exit_code.h"
-#include "platform/tree/machine_choice.h"
+#include "platform/host/exit_code.h"
+#include "platform/machine_choice.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_state.h"
 

@@ -1,6 +1,6 @@
 // The console.
 
-#include "platform/tree/machine_choice.h"
+#include "platform/machine_choice.h"
 #include "platform/tree/tree_machine.h"
 #include "shell/quoril_manager_app.h"
 

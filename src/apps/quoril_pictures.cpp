@@ -3,7 +3,7 @@
 
 #include "logs/quoril_manager_view.h"
 #include "platform/clock.h"
-#include "platform/tree/machine_choice.h"
+#include "platform/machine_choice.h"
 #include "platform/tree/tree_machine.h"
 #include "printing/page_painter.h"
 #include "resources/resource_module.h"

@@ -1,8 +1,8 @@
 // Installs a product as a new service, or updates one of its services, through the dialogs.
 
 #include "platform/machine.h"
+#include "platform/machine_choice.h"
 #include "platform/terminal.h"
-#include "platform/tree/machine_choice.h"
 #include "platform/tree/tree_machine.h"
 #include "services/installer_command_line.h"
 #include "services/setup_arguments.h"

@@ -1,8 +1,8 @@
 // The console's work for scripts: one subcommand, one result.
 
 #include "ctl/ctl.h"
+#include "platform/machine_choice.h"
 #include "platform/terminal.h"
-#include "platform/tree/machine_choice.h"
 #include "platform/tree/message_table.h"
 #include "platform/tree/sample_machine.h"
 #include "platform/tree/tree_machine.h"

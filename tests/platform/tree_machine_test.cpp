@@ -1,6 +1,6 @@
 #include "platform/tree/tree_machine.h"
 
-#include "platform/tree/machine_choice.h"
+#include "platform/machine_choice.h"
 #include "platform/tree/sample_machine.h"
 #include "support/event_log_samples.h"
 #include "support/executable_sample.h"

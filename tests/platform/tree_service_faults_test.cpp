@@ -1,4 +1,4 @@
-#include "platform/tree/file_lock.h"
+#include "platform/host/file_lock.h"
 #include "support/service_tree.h"
 
 #include <gtest/gtest.h>

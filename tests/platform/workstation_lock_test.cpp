@@ -1,4 +1,4 @@
-#include "platform/tree/posix/tree_session.h"
+#include "platform/host/posix/posix_session.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -103,7 +103,7 @@ protected:
             qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_address);
             qputenv("DBUS_SESSION_BUS_ADDRESS", m_address);
             qputenv("XDG_SESSION_ID", session);
-            ::_exit(static_cast<int>(TreeSession().lockWorkstation().errorNumber()));
+            ::_exit(static_cast<int>(PosixSession().lockWorkstation().errorNumber()));
         }
         int status = 0;
         ::waitpid(pid, &status, 0);

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/tree/file_lock.h"
+#include "platform/host/file_lock.h"
+#include "platform/host/host_file.h"
 #include "platform/tree/hive_store.h"
-#include "platform/tree/host_file.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,10 +1,10 @@
 #include "platform/tree/sample_machine.h"
 
 #include "formats/regf_hive.h"
-#include "platform/tree/file_lock.h"
+#include "platform/host/file_lock.h"
+#include "platform/host/host_command.h"
+#include "platform/host/host_file.h"
 #include "platform/tree/hive_store.h"
-#include "platform/tree/host_command.h"
-#include "platform/tree/host_file.h"
 #include "platform/tree/registry_text.h"
 #include "platform/tree/tree_paths.h"
 #include "platform/tree/tree_registry.h"

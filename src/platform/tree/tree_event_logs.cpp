@@ -3,8 +3,8 @@
 #include "formats/evt_appender.h"
 #include "formats/evt_reader.h"
 #include "formats/evtx_reader.h"
-#include "platform/tree/file_lock.h"
-#include "platform/tree/host_file.h"
+#include "platform/host/file_lock.h"
+#include "platform/host/host_file.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QFileInfo>

@@ -2,7 +2,7 @@
 
 #include "formats/name_case.h"
 #include "formats/version_block.h"
-#include "platform/tree/host_file.h"
+#include "platform/host/host_file.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QDir>

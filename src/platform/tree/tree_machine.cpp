@@ -1,5 +1,7 @@
 #include "platform/tree/tree_machine.h"
 
+#include "platform/host/host_session.h"
+
 namespace quoril {
 
 TreeMachine::TreeMachine(const QString& root)

@@ -52,7 +52,4 @@ private:
 /// The service manager of the tree. The machine is not owned and lives longer.
 std::unique_ptr<ServiceControl> makeTreeServiceControl(TreeMachine& machine);
 
-/// The session of the person on the host, whose machine a tree is.
-std::unique_ptr<Session> openHostSession();
-
 } // namespace quoril

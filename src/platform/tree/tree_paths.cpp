@@ -1,6 +1,6 @@
 #include "platform/tree/tree_paths.h"
 
-#include "platform/tree/host_file.h"
+#include "platform/host/host_file.h"
 
 #include <QDir>
 #include <QFile>

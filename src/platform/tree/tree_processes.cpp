@@ -1,9 +1,9 @@
 #include "platform/tree/tree_processes.h"
 
 #include "platform/command_line.h"
-#include "platform/tree/desktop_programs.h"
-#include "platform/tree/exit_code.h"
-#include "platform/tree/host_command.h"
+#include "platform/host/desktop_programs.h"
+#include "platform/host/exit_code.h"
+#include "platform/host/host_command.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "platform/tree/file_lock.h"
+#include "platform/host/file_lock.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_host.h"
 #include "platform/tree/tree_service_manager.h"

@@ -1,7 +1,7 @@
 #include "platform/tree/tree_service_database.h"
 
 #include "formats/name_case.h"
-#include "platform/tree/host_command.h"
+#include "platform/host/host_command.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_state.h"
 

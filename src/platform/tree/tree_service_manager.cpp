@@ -1,8 +1,8 @@
 #include "platform/tree/tree_service_manager.h"
 
-#include "platform/tree/file_lock.h"
-#include "platform/tree/host_file.h"
-#include "platform/tree/host_system.h"
+#include "platform/host/file_lock.h"
+#include "platform/host/host_file.h"
+#include "platform/host/host_system.h"
 #include "platform/tree/tree_machine.h"
 
 #include <QDeadlineTimer>

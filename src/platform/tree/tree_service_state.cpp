@@ -1,7 +1,7 @@
 #include "platform/tree/tree_service_state.h"
 
 #include "formats/name_case.h"
-#include "platform/tree/host_file.h"
+#include "platform/host/host_file.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QCryptographicHash>

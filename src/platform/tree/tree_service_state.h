@@ -1,9 +1,9 @@
 #pragma once
 
 #include "formats/error.h"
+#include "platform/host/file_lock.h"
+#include "platform/host/process_identity.h"
 #include "platform/services.h"
-#include "platform/tree/file_lock.h"
-#include "platform/tree/process_identity.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,7 +1,7 @@
 #include "platform/tree/tree_system_info.h"
 
+#include "platform/host/host_system.h"
 #include "platform/registry.h"
-#include "platform/tree/host_system.h"
 #include "platform/tree/message_table.h"
 #include "platform/tree/tree_system_version.h"
 

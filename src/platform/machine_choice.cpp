@@ -1,4 +1,4 @@
-#include "platform/tree/machine_choice.h"
+#include "platform/machine_choice.h"
 
 #include "platform/terminal.h"
 #include "platform/tree/sample_machine.h"

@@ -1,5 +1,6 @@
-#include "platform/tree/machine_choice.h"
-#include "platform/tree/tree_machine.h"
+#include "platform/machine_choice.h"
+
+#include "platform/machine.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

@@ -1,4 +1,4 @@
-#include "platform/tree/posix/host_error.h"
+#include "platform/host/posix/host_error.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,9 +1,9 @@
 #include "platform/tree/tree_service_host.h"
 
-#include "platform/tree/exit_code.h"
-#include "platform/tree/posix/host_error.h"
-#include "platform/tree/posix/host_process.h"
-#include "platform/tree/process_identity.h"
+#include "platform/host/exit_code.h"
+#include "platform/host/posix/host_error.h"
+#include "platform/host/posix/host_process.h"
+#include "platform/host/process_identity.h"
 #include "platform/tree/tree_machine.h"
 
 #include <QDeadlineTimer>

@@ -1,7 +1,6 @@
-#include "platform/tree/machine_choice.h"
-#include "platform/tree/tree_machine.h"
+#include "platform/machine_choice.h"
+
 #include "platform/windows/windows_machine.h"
-#include "platform/windows/windows_session.h"
 
 namespace quoril {
 
@@ -13,11 +12,6 @@ MachineChoice unnamedMachine()
 std::unique_ptr<Machine> openHostMachine()
 {
     return openLiveMachine();
-}
-
-std::unique_ptr<Session> openHostSession()
-{
-    return std::make_unique<WindowsSession>();
 }
 
 } // namespace quoril

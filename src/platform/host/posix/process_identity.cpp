@@ -1,4 +1,4 @@
-#include "platform/tree/process_identity.h"
+#include "platform/host/process_identity.h"
 
 #include <QFile>
 #include <QList>

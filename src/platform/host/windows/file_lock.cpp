@@ -1,7 +1,7 @@
-#include "platform/tree/file_lock.h"
+#include "platform/host/file_lock.h"
 
-#include "platform/tree/host_file.h"
-#include "platform/tree/windows/host_handle.h"
+#include "platform/host/host_file.h"
+#include "platform/host/windows/host_handle.h"
 
 #include <QFileInfo>
 

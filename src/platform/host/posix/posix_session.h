@@ -1,15 +1,15 @@
 #pragma once
 
+#include "platform/host/posix/broadcast_channel.h"
 #include "platform/session.h"
-#include "platform/tree/posix/broadcast_channel.h"
 
 namespace quoril {
 
 /// The session of the person on the host, whose machine is the tree.
-class TreeSession : public Session
+class PosixSession : public Session
 {
 public:
-    TreeSession();
+    PosixSession();
 
     QString abbreviatedLanguageName(Locale locale) const override;
     std::unique_ptr<ForeignWindow> findWindow(QStringView title) override;

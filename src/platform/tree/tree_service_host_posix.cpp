@@ -1,7 +1,7 @@
 #include "platform/tree/tree_service_host.h"
 
-#include "platform/tree/file_lock.h"
-#include "platform/tree/posix/host_process.h"
+#include "platform/host/file_lock.h"
+#include "platform/host/posix/host_process.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_database.h"
 #include "platform/tree/tree_service_state.h"

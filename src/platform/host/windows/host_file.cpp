@@ -1,6 +1,6 @@
-#include "platform/tree/host_file.h"
+#include "platform/host/host_file.h"
 
-#include "platform/tree/windows/host_handle.h"
+#include "platform/host/windows/host_handle.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,8 +1,8 @@
-#include "platform/tree/posix/host_process.h"
+#include "platform/host/posix/host_process.h"
 
-#include "platform/tree/host_file.h"
-#include "platform/tree/exit_code.h"
-#include "platform/tree/posix/host_error.h"
+#include "platform/host/exit_code.h"
+#include "platform/host/host_file.h"
+#include "platform/host/posix/host_error.h"
 
 #include <QFile>
 

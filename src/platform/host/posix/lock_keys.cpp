@@ -1,4 +1,4 @@
-#include "platform/tree/posix/lock_keys.h"
+#include "platform/host/posix/lock_keys.h"
 
 #include <QLibrary>
 #include <QString>

@@ -1,6 +1,6 @@
-#include "platform/tree/posix/tree_session.h"
+#include "platform/host/posix/posix_session.h"
 
-#include "platform/tree/posix/language_names.h"
+#include "platform/host/posix/language_names.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -122,10 +122,10 @@ TEST_F(BroadcastTest, trustsNoFolderOfOthers)
     EXPECT_TRUE(sockets().isEmpty());
 }
 
-TEST(TreeSessionTest, findsNoWindowWithoutADisplay)
+TEST(PosixSessionTest, findsNoWindowWithoutADisplay)
 {
     qputenv("DISPLAY", "");
-    TreeSession session;
+    PosixSession session;
     EXPECT_FALSE(session.findWindow(u"Performance Monitor"));
     qputenv("DISPLAY", ":65000");
     EXPECT_FALSE(session.findWindow(u"Performance Monitor"));

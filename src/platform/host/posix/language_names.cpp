@@ -1,4 +1,4 @@
-#include "platform/tree/posix/language_names.h"
+#include "platform/host/posix/language_names.h"
 
 #include <QFile>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "platform/tree/posix/workstation_lock.h"
+#include "platform/host/posix/workstation_lock.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

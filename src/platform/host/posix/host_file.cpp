@@ -1,6 +1,6 @@
-#include "platform/tree/host_file.h"
+#include "platform/host/host_file.h"
 
-#include "platform/tree/posix/host_error.h"
+#include "platform/host/posix/host_error.h"
 
 #include <QFileInfo>
 

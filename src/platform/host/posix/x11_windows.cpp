@@ -1,4 +1,4 @@
-#include "platform/tree/posix/x11_windows.h"
+#include "platform/host/posix/x11_windows.h"
 
 #if __has_include(<xcb/xcb.h>)
 

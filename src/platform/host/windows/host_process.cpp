@@ -1,31 +1,17 @@
 // On Windows a tree is examined and configured; nothing in it is run. It is another machine's disk, whose
 // programs and services would act on this one.
-#include "platform/tree/host_command.h"
-#include "platform/tree/host_file.h"
-#include "platform/tree/process_identity.h"
-#include "platform/tree/tree_service_host.h"
+#include "platform/host/host_command.h"
+#include "platform/host/host_file.h"
+#include "platform/host/process_identity.h"
 
 namespace quoril {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-Error notRun(const QString& program)
-{
-    return {error::NotSupported, program + u" lies in a tree, and its programs are not run here"_s};
-}
-
-} // namespace
-
 Result<std::unique_ptr<Process>> startHostProgram(const HostCommand& command)
 {
-    return notRun(command.program);
-}
-
-Status launchServiceHost(TreeMachine&, QStringView service)
-{
-    return notRun(u"The service "_s + service.toString());
+    return Error{
+        error::NotSupported, command.program + u" lies in a tree, and its programs are not run here"_s};
 }
 
 bool isHostProgram(const QString& hostPath)

@@ -1,4 +1,4 @@
-#include "platform/tree/desktop_programs.h"
+#include "platform/host/desktop_programs.h"
 
 #include <QStandardPaths>
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/host/host_command.h"
 #include "platform/processes.h"
-#include "platform/tree/host_command.h"
 
 #include <optional>
 #include <sys/types.h>

@@ -1,4 +1,4 @@
-#include "platform/tree/exit_code.h"
+#include "platform/host/exit_code.h"
 
 #include <QByteArray>
 

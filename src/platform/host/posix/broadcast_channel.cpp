@@ -1,4 +1,4 @@
-#include "platform/tree/posix/broadcast_channel.h"
+#include "platform/host/posix/broadcast_channel.h"
 
 #include <QCoreApplication>
 #include <QDir>

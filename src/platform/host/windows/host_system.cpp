@@ -1,6 +1,6 @@
-#include "platform/tree/host_system.h"
+#include "platform/host/host_system.h"
 
-#include "platform/tree/windows/host_handle.h"
+#include "platform/host/windows/host_handle.h"
 
 #include <array>
 
