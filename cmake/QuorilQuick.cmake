@@ -1,0 +1,11 @@
+# What shortens the wait after a small change, as far as it is installed: a compiler cache and a fast linker.
+find_program(QUORIL_CCACHE ccache)
+if(QUORIL_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${QUORIL_CCACHE})
+endif()
+find_program(QUORIL_LINKER NAMES mold ld.lld)
+if(QUORIL_LINKER)
+  cmake_path(GET QUORIL_LINKER FILENAME linker)
+  string(REPLACE "ld.lld" "lld" linker ${linker})
+  add_link_options(-fuse-ld=${linker})
+endif()
