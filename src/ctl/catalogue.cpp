@@ -22,9 +22,9 @@ struct ListOptions
     bool namesOnly = false;
 };
 
-void declareList(CLI::App& app, ListOptions& options)
+void declareList(const CommandParser& parser, ListOptions& options)
 {
-    app.add_flag("--names", options.namesOnly, "Print the names alone, one on each line");
+    parser.addFlag("--names", options.namesOnly, "Print the names alone, one on each line");
 }
 
 int list(Ctl& ctl, const ListOptions& options)
@@ -59,9 +59,9 @@ struct NameOptions
     QString name;
 };
 
-void declareName(CLI::App& app, NameOptions& options)
+void declareName(const CommandParser& parser, NameOptions& options)
 {
-    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
+    parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
 }
 
 /// The services that have to run before this one; none where its configuration can't be read.
@@ -118,9 +118,9 @@ struct StatusOptions
     QStringList names;
 };
 
-void declareStatus(CLI::App& app, StatusOptions& options)
+void declareStatus(const CommandParser& parser, StatusOptions& options)
 {
-    addTexts(app, "names", options.names, "Names of instances; all without one")->type_name("NAME");
+    parser.addTexts("names", options.names, "Names of instances; all without one").valueName("NAME");
 }
 
 int status(Ctl& ctl, const StatusOptions& options)
@@ -134,12 +134,12 @@ int status(Ctl& ctl, const StatusOptions& options)
 
 } // namespace
 
-void addCatalogueSubcommands(Ctl& ctl, CLI::App& app)
+void addCatalogueSubcommands(Ctl& ctl, const CommandParser& parser)
 {
-    addSubcommand(ctl, app, "list", "List the instances", Needs::Machine, declareList, list);
+    addSubcommand(ctl, parser, "list", "List the instances", Needs::Machine, declareList, list);
     addSubcommand(
-        ctl, app, "show", "Show the configuration of an instance", Needs::Machine, declareName, show);
-    addSubcommand(ctl, app, "status", "Show state and start type", Needs::Machine, declareStatus, status);
+        ctl, parser, "show", "Show the configuration of an instance", Needs::Machine, declareName, show);
+    addSubcommand(ctl, parser, "status", "Show state and start type", Needs::Machine, declareStatus, status);
 }
 
 } // namespace quoril

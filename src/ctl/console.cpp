@@ -1,7 +1,7 @@
 #include "ctl/console.h"
 
-#include "platform/terminal_text.h"
 #include "platform/terminal.h"
+#include "platform/terminal_text.h"
 
 #include <QList>
 

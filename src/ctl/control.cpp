@@ -30,21 +30,21 @@ struct ControlOptions
     quint32 timeoutSeconds = 60;
 };
 
-void declareControl(CLI::App& app, ControlOptions& options)
+void declareControl(const CommandParser& parser, ControlOptions& options)
 {
-    addTexts(app, "names", options.names, "Names of instances")->required()->type_name("NAME");
-    CLI::Option* const noWait
-        = app.add_flag("--no-wait", options.noWait, "Come back as soon as the request is made");
-    app.add_option("--timeout", options.timeoutSeconds, "Longest wait in seconds, 60 if not given")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(1, 86400))
-        ->excludes(noWait);
+    parser.addTexts("names", options.names, "Names of instances").required().valueName("NAME");
+    const ParsedOption noWait
+        = parser.addFlag("--no-wait", options.noWait, "Come back as soon as the request is made");
+    parser.addNumber("--timeout", options.timeoutSeconds, "Longest wait in seconds, 60 if not given")
+        .valueName("SECONDS")
+        .range(1, 86400)
+        .excludes(noWait);
 }
 
-void declareStart(CLI::App& app, ControlOptions& options)
+void declareStart(const CommandParser& parser, ControlOptions& options)
 {
-    declareControl(app, options);
-    app.add_flag("--no-prerequisites", options.alone, "Leave the services that it needs as they are");
+    declareControl(parser, options);
+    parser.addFlag("--no-prerequisites", options.alone, "Leave the services that it needs as they are");
 }
 
 /// What is waited for, and what is told meanwhile and on a failure.
@@ -157,13 +157,13 @@ struct StartTypeOptions
     QString type;
 };
 
-void declareStartType(CLI::App& app, StartTypeOptions& options)
+void declareStartType(const CommandParser& parser, StartTypeOptions& options)
 {
-    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
-    addText(app, "type", options.type, "automatic, manual or disabled")
-        ->required()
-        ->type_name("TYPE")
-        ->check(CLI::IsMember({"automatic", "manual", "disabled"}, CLI::ignore_case));
+    parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
+    parser.addText("type", options.type, "automatic, manual or disabled")
+        .required()
+        .valueName("TYPE")
+        .oneOf({u"automatic"_s, u"manual"_s, u"disabled"_s});
 }
 
 int setStartType(Ctl& ctl, const StartTypeOptions& options)
@@ -186,10 +186,10 @@ struct RemoveOptions
     bool yes = false;
 };
 
-void declareRemove(CLI::App& app, RemoveOptions& options)
+void declareRemove(const CommandParser& parser, RemoveOptions& options)
 {
-    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
-    app.add_flag("-y,--yes", options.yes, "Remove without asking");
+    parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
+    parser.addFlag("-y,--yes", options.yes, "Remove without asking");
 }
 
 int remove(Ctl& ctl, const RemoveOptions& options)
@@ -206,15 +206,15 @@ int remove(Ctl& ctl, const RemoveOptions& options)
 
 } // namespace
 
-void addControlSubcommands(Ctl& ctl, CLI::App& app)
+void addControlSubcommands(Ctl& ctl, const CommandParser& parser)
 {
-    addSubcommand(ctl, app, "start", "Start instances, and first the services that they need", Needs::Machine,
-        declareStart, start);
-    addSubcommand(ctl, app, "stop", "Stop instances", Needs::Machine, declareControl, stop);
-    addSubcommand(ctl, app, "set-start-type", "Change when an instance starts", Needs::Machine,
+    addSubcommand(ctl, parser, "start", "Start instances, and first the services that they need",
+        Needs::Machine, declareStart, start);
+    addSubcommand(ctl, parser, "stop", "Stop instances", Needs::Machine, declareControl, stop);
+    addSubcommand(ctl, parser, "set-start-type", "Change when an instance starts", Needs::Machine,
         declareStartType, setStartType);
     addSubcommand(
-        ctl, app, "remove", "Remove an instance that is stopped", Needs::Machine, declareRemove, remove);
+        ctl, parser, "remove", "Remove an instance that is stopped", Needs::Machine, declareRemove, remove);
 }
 
 } // namespace quoril

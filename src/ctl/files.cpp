@@ -25,10 +25,10 @@ struct FileOptions
     bool summary = false;
 };
 
-void declareFile(CLI::App& app, FileOptions& options)
+void declareFile(const CommandParser& parser, FileOptions& options)
 {
-    addText(app, "file", options.path, "The file")->required()->type_name("FILE");
-    app.add_flag("--summary", options.summary, "Print counts only");
+    parser.addText("file", options.path, "The file").required().valueName("FILE");
+    parser.addFlag("--summary", options.summary, "Print counts only");
 }
 
 /// Opens the file; the failure is told.
@@ -198,11 +198,11 @@ int events(Ctl& ctl, const FileOptions& options)
 
 } // namespace
 
-void addFileSubcommands(Ctl& ctl, CLI::App& app)
+void addFileSubcommands(Ctl& ctl, const CommandParser& parser)
 {
-    addSubcommand(ctl, app, "log", "Print a log file of the emulator", Needs::Nothing, declareFile, log);
-    addSubcommand(
-        ctl, app, "events", "Print an event log file (.evtx or .Evt)", Needs::Nothing, declareFile, events);
+    addSubcommand(ctl, parser, "log", "Print a log file of the emulator", Needs::Nothing, declareFile, log);
+    addSubcommand(ctl, parser, "events", "Print an event log file (.evtx or .Evt)", Needs::Nothing,
+        declareFile, events);
 }
 
 } // namespace quoril

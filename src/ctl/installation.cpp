@@ -18,15 +18,15 @@ struct InstallOptions
     QString executable;
 };
 
-void declareInstall(CLI::App& app, InstallOptions& options)
+void declareInstall(const CommandParser& parser, InstallOptions& options)
 {
-    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
-    addText(app, "--config", options.configuration, "Configuration file, a path of the machine or the host")
-        ->required()
-        ->type_name("FILE");
-    addText(app, "--executable", options.executable, "The product's executable, a path of the same kinds")
-        ->required()
-        ->type_name("FILE");
+    parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
+    parser.addText("--config", options.configuration, "Configuration file, a path of the machine or the host")
+        .required()
+        .valueName("FILE");
+    parser.addText("--executable", options.executable, "The product's executable, a path of the same kinds")
+        .required()
+        .valueName("FILE");
 }
 
 /// Whether the executable's command line can carry the texts as they were given; told if not.
@@ -78,11 +78,11 @@ int update(Ctl& ctl, const InstallOptions& options)
 
 } // namespace
 
-void addInstallationSubcommands(Ctl& ctl, CLI::App& app)
+void addInstallationSubcommands(Ctl& ctl, const CommandParser& parser)
 {
-    addSubcommand(ctl, app, "install", "Have the product's executable register a new instance",
+    addSubcommand(ctl, parser, "install", "Have the product's executable register a new instance",
         Needs::Machine, declareInstall, install);
-    addSubcommand(ctl, app, "update", "Remove an instance and have the executable register it anew",
+    addSubcommand(ctl, parser, "update", "Remove an instance and have the executable register it anew",
         Needs::Machine, declareInstall, update);
 }
 

@@ -22,17 +22,17 @@ struct LogsOptions
     bool lastRun = false;
 };
 
-void declareLogs(CLI::App& app, LogsOptions& options)
+void declareLogs(const CommandParser& parser, LogsOptions& options)
 {
-    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
-    CLI::Option* const from
-        = addText(app, "--from", options.from, "Events of the Windows logs from this local time on");
-    CLI::Option* const to = addText(app, "--to", options.to, "Events up to 15 seconds behind this time");
-    from->type_name("TIME");
-    to->type_name("TIME");
-    app.add_flag("--last-run", options.lastRun, "Events of the instance's last run; this is the default")
-        ->excludes(from)
-        ->excludes(to);
+    parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
+    const ParsedOption from
+        = parser.addText("--from", options.from, "Events of the Windows logs from this local time on");
+    const ParsedOption to = parser.addText("--to", options.to, "Events up to 15 seconds behind this time");
+    from.valueName("TIME");
+    to.valueName("TIME");
+    parser.addFlag("--last-run", options.lastRun, "Events of the instance's last run; this is the default")
+        .excludes(from)
+        .excludes(to);
 }
 
 /// False for a time that is none; told.
@@ -79,9 +79,9 @@ int logs(Ctl& ctl, const LogsOptions& options)
 
 } // namespace
 
-void addLogSubcommands(Ctl& ctl, CLI::App& app)
+void addLogSubcommands(Ctl& ctl, const CommandParser& parser)
 {
-    addSubcommand(ctl, app, "logs", "Show the logs of an instance", Needs::Machine, declareLogs, logs);
+    addSubcommand(ctl, parser, "logs", "Show the logs of an instance", Needs::Machine, declareLogs, logs);
 }
 
 } // namespace quoril

@@ -1,7 +1,7 @@
 #include "ctl/output.h"
 
-#include "platform/terminal_text.h"
 #include "logs/log_table.h"
+#include "platform/terminal_text.h"
 
 #include <QJsonDocument>
 

@@ -21,12 +21,12 @@ struct ReportOptions
     bool executables = false;
 };
 
-void declareReport(CLI::App& app, ReportOptions& options)
+void declareReport(const CommandParser& parser, ReportOptions& options)
 {
-    addText(app, "name", options.name, "Name of the instance")->required()->type_name("NAME");
-    addText(app, "-o,--output", options.output, "File to write; QuorilMailReport.txt if not given")
-        ->type_name("FILE");
-    app.add_flag("--executables", options.executables, "Describe executables and drivers, too");
+    parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
+    parser.addText("-o,--output", options.output, "File to write; QuorilMailReport.txt if not given")
+        .valueName("FILE");
+    parser.addFlag("--executables", options.executables, "Describe executables and drivers, too");
 }
 
 int report(Ctl& ctl, const ReportOptions& options)
@@ -56,10 +56,10 @@ int report(Ctl& ctl, const ReportOptions& options)
 
 } // namespace
 
-void addReportSubcommand(Ctl& ctl, CLI::App& app)
+void addReportSubcommand(Ctl& ctl, const CommandParser& parser)
 {
-    addSubcommand(
-        ctl, app, "report", "Write the problem report of an instance", Needs::Machine, declareReport, report);
+    addSubcommand(ctl, parser, "report", "Write the problem report of an instance", Needs::Machine,
+        declareReport, report);
 }
 
 } // namespace quoril

@@ -25,12 +25,13 @@ struct ScheduleOptions
     QStringList orders;
 };
 
-void declareSchedule(CLI::App& app, ScheduleOptions& options)
+void declareSchedule(const CommandParser& parser, ScheduleOptions& options)
 {
-    addTexts(app, "orders", options.orders,
-        "start@TIME=NAME or stop@TIME=NAME; TIME is 18:00, 2026-11-30T18:00 or +90s, +15m, +2h from now")
-        ->required()
-        ->type_name("ORDER");
+    parser
+        .addTexts("orders", options.orders,
+            "start@TIME=NAME or stop@TIME=NAME; TIME is 18:00, 2026-11-30T18:00 or +90s, +15m, +2h from now")
+        .required()
+        .valueName("ORDER");
 }
 
 /// What became of one order.
@@ -135,10 +136,11 @@ int schedule(Ctl& ctl, const ScheduleOptions& options)
 
 } // namespace
 
-void addScheduleSubcommand(Ctl& ctl, CLI::App& app)
+void addScheduleSubcommand(Ctl& ctl, const CommandParser& parser)
 {
-    addSubcommand(ctl, app, "schedule", "Start and stop instances at given times, and wait until it is done",
-        Needs::Machine, declareSchedule, schedule);
+    addSubcommand(ctl, parser, "schedule",
+        "Start and stop instances at given times, and wait until it is done", Needs::Machine, declareSchedule,
+        schedule);
 }
 
 } // namespace quoril

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "ctl/command_parser.h"
 #include "ctl/ctl.h"
-
-#include <CLI/CLI.hpp>
 
 #include <QString>
 
@@ -29,22 +28,16 @@ enum class Needs
 
 /// Adds a subcommand with options of its own. `declare` binds the options to the record that `run` gets.
 template <typename Options>
-void addSubcommand(Ctl& ctl, CLI::App& app, const char* name, const char* description, Needs needs,
-    void (*declare)(CLI::App&, Options&), int (*run)(Ctl&, const Options&))
+void addSubcommand(Ctl& ctl, const CommandParser& parser, const char* name, const char* description,
+    Needs needs, void (*declare)(const CommandParser&, Options&), int (*run)(Ctl&, const Options&))
 {
-    CLI::App* const subcommand = app.add_subcommand(name, description);
     const auto options = std::make_shared<Options>();
-    declare(*subcommand, *options);
-    subcommand->callback([&ctl, options, needs, run] {
+    const auto chosen = [&ctl, options, needs, run] {
         ctl.needsMachine = needs == Needs::Machine;
         ctl.run = [&ctl, options, run] { return run(ctl, *options); };
-    });
+    };
+    declare(parser.addSubcommand(name, description, chosen), *options);
 }
-
-/// A name, path or other text that is given once.
-CLI::Option* addText(CLI::App& app, const char* name, QString& text, const char* description);
-/// Several of them.
-CLI::Option* addTexts(CLI::App& app, const char* name, QStringList& texts, const char* description);
 
 /// Tells why a command line can't be carried out: the exit code for that.
 int usageError(Ctl& ctl, const QString& text);
@@ -53,13 +46,13 @@ int usageError(Ctl& ctl, const QString& text);
 int failure(Ctl& ctl, const QString& text, quint32 reason);
 
 // The groups of subcommands.
-void addCatalogueSubcommands(Ctl& ctl, CLI::App& app);
-void addControlSubcommands(Ctl& ctl, CLI::App& app);
-void addLogSubcommands(Ctl& ctl, CLI::App& app);
-void addFileSubcommands(Ctl& ctl, CLI::App& app);
-void addScheduleSubcommand(Ctl& ctl, CLI::App& app);
-void addReportSubcommand(Ctl& ctl, CLI::App& app);
-void addInstallationSubcommands(Ctl& ctl, CLI::App& app);
-void addMachineSubcommands(Ctl& ctl, CLI::App& app);
+void addCatalogueSubcommands(Ctl& ctl, const CommandParser& parser);
+void addControlSubcommands(Ctl& ctl, const CommandParser& parser);
+void addLogSubcommands(Ctl& ctl, const CommandParser& parser);
+void addFileSubcommands(Ctl& ctl, const CommandParser& parser);
+void addScheduleSubcommand(Ctl& ctl, const CommandParser& parser);
+void addReportSubcommand(Ctl& ctl, const CommandParser& parser);
+void addInstallationSubcommands(Ctl& ctl, const CommandParser& parser);
+void addMachineSubcommands(Ctl& ctl, const CommandParser& parser);
 
 } // namespace quoril

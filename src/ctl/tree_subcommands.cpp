@@ -23,11 +23,11 @@ struct CreateOptions
     QString folder;
 };
 
-void declareCreate(CLI::App& app, CreateOptions& options)
+void declareCreate(const CommandParser& parser, CreateOptions& options)
 {
-    addText(app, "folder", options.folder, "Folder to make; it must not exist")
-        ->required()
-        ->type_name("FOLDER");
+    parser.addText("folder", options.folder, "Folder to make; it must not exist")
+        .required()
+        .valueName("FOLDER");
 }
 
 /// Tells a failure on a path of the host, with what is known of it.
@@ -53,17 +53,17 @@ struct RegistryOptions
     QString key;
 };
 
-void declareImport(CLI::App& app, RegistryOptions& options)
+void declareImport(const CommandParser& parser, RegistryOptions& options)
 {
-    addText(app, "file", options.file, "Text of the registry editor (.reg)")->required()->type_name("FILE");
+    parser.addText("file", options.file, "Text of the registry editor (.reg)").required().valueName("FILE");
 }
 
-void declareExport(CLI::App& app, RegistryOptions& options)
+void declareExport(const CommandParser& parser, RegistryOptions& options)
 {
-    addText(app, "key", options.key, "Key below HKEY_LOCAL_MACHINE, with all below it")
-        ->required()
-        ->type_name("KEY");
-    addText(app, "-o,--output", options.file, "File to write instead of the output")->type_name("FILE");
+    parser.addText("key", options.key, "Key below HKEY_LOCAL_MACHINE, with all below it")
+        .required()
+        .valueName("KEY");
+    parser.addText("-o,--output", options.file, "File to write instead of the output").valueName("FILE");
 }
 
 /// The registry of the tree in force; 50 where the machine in force is the live one, whose registry editor
@@ -109,17 +109,14 @@ int exportText(Ctl& ctl, const RegistryOptions& options)
 
 } // namespace
 
-void addMachineSubcommands(Ctl& ctl, CLI::App& app)
+void addMachineSubcommands(Ctl& ctl, const CommandParser& parser)
 {
-    CLI::App* const machine = app.add_subcommand("machine", "Make a machine and change its registry");
-    machine->require_subcommand(1);
-    machine->fallthrough();
-    addSubcommand(ctl, *machine, "create", "Make the sample machine in a new folder", Needs::Nothing,
+    const CommandParser machine = parser.addGroup("machine", "Make a machine and change its registry");
+    addSubcommand(ctl, machine, "create", "Make the sample machine in a new folder", Needs::Nothing,
         declareCreate, create);
+    addSubcommand(ctl, machine, "import", "Carry out a .reg text", Needs::Machine, declareImport, importText);
     addSubcommand(
-        ctl, *machine, "import", "Carry out a .reg text", Needs::Machine, declareImport, importText);
-    addSubcommand(
-        ctl, *machine, "export", "Print a key as a .reg text", Needs::Machine, declareExport, exportText);
+        ctl, machine, "export", "Print a key as a .reg text", Needs::Machine, declareExport, exportText);
 }
 
 } // namespace quoril

@@ -1,0 +1,133 @@
+#include "ctl/command_parser.h"
+
+#include <CLI/CLI.hpp>
+
+#include <sstream>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The arguments after the program's name, the last first.
+std::vector<std::string> reversed(const QStringList& arguments)
+{
+    std::vector<std::string> reversed;
+    for (qsizetype index = arguments.size() - 1; index > 0; --index)
+        reversed.push_back(arguments[index].toStdString());
+    return reversed;
+}
+
+} // namespace
+
+const ParsedOption& ParsedOption::required() const
+{
+    m_option->required();
+    return *this;
+}
+
+const ParsedOption& ParsedOption::valueName(const char* name) const
+{
+    m_option->type_name(name);
+    return *this;
+}
+
+const ParsedOption& ParsedOption::excludes(const ParsedOption& other) const
+{
+    m_option->excludes(other.m_option);
+    return *this;
+}
+
+const ParsedOption& ParsedOption::range(quint32 first, quint32 last) const
+{
+    m_option->check(CLI::Range(first, last));
+    return *this;
+}
+
+const ParsedOption& ParsedOption::oneOf(const QStringList& words) const
+{
+    std::vector<std::string> known;
+    for (const QString& word : words)
+        known.push_back(word.toStdString());
+    m_option->check(CLI::IsMember(known, CLI::ignore_case));
+    return *this;
+}
+
+const ParsedOption& ParsedOption::notEmpty() const
+{
+    m_option->check([](const std::string& value) { return value.empty() ? "it is empty" : ""; });
+    return *this;
+}
+
+ParsedOption CommandParser::addFlag(const char* name, bool& given, const char* description) const
+{
+    return ParsedOption(m_app->add_flag(name, given, description));
+}
+
+ParsedOption CommandParser::addNumber(const char* name, quint32& number, const char* description) const
+{
+    return ParsedOption(m_app->add_option(name, number, description));
+}
+
+ParsedOption CommandParser::addText(const char* name, QString& text, const char* description) const
+{
+    return ParsedOption(m_app->add_option_function<std::string>(
+        name, [&text](const std::string& given) { text = QString::fromStdString(given); }, description));
+}
+
+ParsedOption CommandParser::addTexts(const char* name, QStringList& texts, const char* description) const
+{
+    const auto take = [&texts](const std::vector<std::string>& given) {
+        for (const std::string& each : given)
+            texts.append(QString::fromStdString(each));
+    };
+    return ParsedOption(m_app->add_option_function<std::vector<std::string>>(name, take, description));
+}
+
+CommandParser CommandParser::addSubcommand(
+    const char* name, const char* description, std::function<void()> chosen) const
+{
+    CLI::App* const subcommand = m_app->add_subcommand(name, description);
+    subcommand->callback(std::move(chosen));
+    return CommandParser(subcommand);
+}
+
+CommandParser CommandParser::addGroup(const char* name, const char* description) const
+{
+    CLI::App* const group = m_app->add_subcommand(name, description);
+    group->require_subcommand(1);
+    group->fallthrough();
+    return CommandParser(group);
+}
+
+CommandLineParser::CommandLineParser(
+    const char* name, const char* version, const char* description, const char* footer)
+    : m_app(std::make_unique<CLI::App>(description, name))
+{
+    m_app->footer(footer);
+    m_app->require_subcommand(1);
+    m_app->fallthrough();
+    m_app->set_version_flag("--version", version, "Print the version and exit");
+    m_app->set_help_flag("-h,--help", "Print this help and exit");
+}
+
+CommandLineParser::~CommandLineParser() = default;
+
+CommandLineParser::Outcome CommandLineParser::parse(const QStringList& arguments)
+{
+    try {
+        m_app->parse(reversed(arguments));
+        return {};
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream out;
+        std::ostringstream errors;
+        if (m_app->exit(error, out, errors) == 0)
+            return {Outcome::Answered, QString::fromStdString(out.str()).trimmed()};
+        if (m_app->get_subcommands().empty() && m_app->remaining_size() > 0)
+            return {Outcome::UnknownSubcommand, QString::fromStdString(m_app->remaining().front())};
+        return {Outcome::Wrong, QString::fromStdString(errors.str()).trimmed()};
+    }
+}
+
+} // namespace quoril
