@@ -1,5 +1,6 @@
 #include "emulator.h"
 
+#include "formats/name_case.h"
 #include "platform/files.h"
 #include "platform/machine.h"
 #include "platform/registry.h"
@@ -56,7 +57,7 @@ Result<Configuration> parse(const QString& text)
         if (dot > 0)
             configuration.settings.append({key.left(dot), key.mid(dot + 1), value});
         else
-            configuration.general.insert(key.toLower(), value);
+            configuration.general.insert(downcase(key), value);
     }
     return configuration;
 }
@@ -71,9 +72,9 @@ Result<Configuration> readConfiguration(Machine& machine, QStringView path)
 
 quint32 startTypeOf(const QString& word)
 {
-    if (word.compare(u"automatic", Qt::CaseInsensitive) == 0)
+    if (foldedEquals(word, u"automatic"))
         return start_type::Automatic;
-    return word.compare(u"disabled", Qt::CaseInsensitive) == 0 ? start_type::Disabled : start_type::Manual;
+    return foldedEquals(word, u"disabled") ? start_type::Disabled : start_type::Manual;
 }
 
 Status writeSetting(RegistryKey& parameters, const Setting& setting)
@@ -84,7 +85,7 @@ Status writeSetting(RegistryKey& parameters, const Setting& setting)
     if (!(*component)->value(u"Class", 4096))
         if (Status status = (*component)->setText(u"Class", setting.component); !status)
             return status;
-    if (setting.parameter.compare(u"class", Qt::CaseInsensitive) == 0)
+    if (foldedEquals(setting.parameter, u"class"))
         return (*component)->setText(u"Class", setting.value);
     const auto parameter = (*component)->create(setting.parameter, key_access::AllAccess);
     if (!parameter)

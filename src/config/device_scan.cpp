@@ -1,5 +1,6 @@
 #include "config/device_scan.h"
 
+#include "formats/name_case.h"
 #include "platform/registry.h"
 #include "services/service_walk.h"
 #include "shell/service_info.h"
@@ -42,7 +43,7 @@ constexpr DeviceClass DeviceClasses[] = {
 bool isKnown(const QString& name)
 {
     return std::any_of(std::begin(known_id), std::end(known_id),
-        [&name](QStringView known) { return name.compare(known, Qt::CaseInsensitive) == 0; });
+        [&name](QStringView known) { return foldedEquals(name, known); });
 }
 
 /// What the panel shows in brackets for a class of SCSI devices.
@@ -78,8 +79,8 @@ std::optional<Component> openComponent(const RegistryKey& parameters, QStringVie
     return component;
 }
 
-/// The indexes for which the container has a key. Most containers have a few, so looking at what is there costs
-/// less than trying every index.
+/// The indexes for which the container has a key. Most containers have a few, so looking at what is there
+/// costs less than trying every index.
 std::bitset<IndexCount> unitIndexes(const RegistryKey& container)
 {
     std::bitset<IndexCount> found;

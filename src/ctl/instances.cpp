@@ -104,7 +104,7 @@ QString startTypeWord(qint32 startType)
 std::optional<qint32> startTypeOf(QStringView word)
 {
     const auto found = std::find_if(StartTypes.begin(), StartTypes.end(),
-        [word](const Word& known) { return known.word.compare(word, Qt::CaseInsensitive) == 0; });
+        [word](const Word& known) { return foldedEquals(known.word, word); });
     return found == StartTypes.end() ? std::nullopt : std::optional(qint32(found->number));
 }
 

@@ -6,23 +6,42 @@
 
 namespace quoril {
 
+namespace {
+
+template <typename Map> QString unitByUnit(QStringView text, Map map)
+{
+    QString result(text.size(), Qt::Uninitialized);
+    std::transform(text.utf16(), text.utf16() + text.size(), reinterpret_cast<char16_t*>(result.data()), map);
+    return result;
+}
+
+} // namespace
+
 char16_t upcase(char16_t unit)
 {
     if (unit < 0x80)
         return unit >= u'a' && unit <= u'z' ? char16_t(unit - 0x20) : unit;
     if (QChar::isSurrogate(unit))
         return unit;
-    const char32_t upper = QChar::toUpper(char32_t(unit));
-    const bool reversible = upper <= 0xFFFF && QChar::toLower(upper) == unit;
-    return reversible ? char16_t(upper) : unit;
+    // The capitals of U+1F80 to U+1FF3 that are one unit are title case: upper case writes their iota apart.
+    for (const char32_t upper : {QChar::toUpper(char32_t(unit)), QChar::toTitleCase(char32_t(unit))}) {
+        if (upper != unit && upper <= 0xFFFF && QChar::toLower(upper) == unit)
+            return char16_t(upper);
+    }
+    return unit;
 }
 
 QString upcase(QStringView text)
 {
-    QString result(text.size(), Qt::Uninitialized);
-    std::transform(text.utf16(), text.utf16() + text.size(), reinterpret_cast<char16_t*>(result.data()),
-        [](char16_t unit) { return upcase(unit); });
-    return result;
+    return unitByUnit(text, [](char16_t unit) { return upcase(unit); });
+}
+
+QString downcase(QStringView text)
+{
+    return unitByUnit(text, [](char16_t unit) {
+        const char32_t lower = QChar::isSurrogate(unit) ? unit : QChar::toLower(char32_t(unit));
+        return lower <= 0xFFFF && upcase(char16_t(lower)) == unit ? char16_t(lower) : unit;
+    });
 }
 
 bool foldedEquals(QStringView left, QStringView right)

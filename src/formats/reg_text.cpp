@@ -2,6 +2,8 @@
 
 #include "formats/reg_text.h"
 
+#include "formats/name_case.h"
+
 #include <QStringDecoder>
 #include <QtEndian>
 
@@ -109,7 +111,7 @@ bool Parser::skipLine()
 
 bool Parser::accept(QStringView word)
 {
-    if (!m_text.sliced(std::min(m_place, m_text.size())).startsWith(word, Qt::CaseInsensitive))
+    if (!foldedEquals(m_text.mid(m_place, word.size()), word))
         return false;
     m_place += word.size();
     return true;

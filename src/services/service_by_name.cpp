@@ -1,5 +1,6 @@
 #include "services/service_by_name.h"
 
+#include "formats/name_case.h"
 #include "platform/machine.h"
 #include "platform/processes.h"
 #include "platform/system_info.h"
@@ -139,12 +140,10 @@ int ServiceApp::RemoveService(const QString& serviceName, bool ask, UserPrompts&
 int ServiceApp::FindInstalledService(const QString& serviceName, QString& installedName) const
 {
     installedName.clear();
-    const QString wanted = serviceName.toUpper();
     const Status walked = walkInstances({}, [&](const InstanceVisit& instance) {
-        QString name = instance.name.toUpper();
-        if (!openParameters(instance.key, EmulationTypeBytes) || name != wanted)
+        if (!openParameters(instance.key, EmulationTypeBytes) || !foldedEquals(instance.name, serviceName))
             return Walk::Continue;
-        installedName = std::move(name);
+        installedName = upcase(instance.name);
         return Walk::Stop;
     });
     return walked ? 0 : -1;

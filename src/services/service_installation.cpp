@@ -1,5 +1,6 @@
 #include "services/service_installation.h"
 
+#include "formats/name_case.h"
 #include "platform/files.h"
 #include "platform/machine.h"
 #include "platform/session.h"
@@ -108,7 +109,7 @@ int ServiceApp::BuildDependencyList(const QString& serviceName) const
         return 0;
     bool fits = true;
     for (const QString& each : std::as_const(*written)) {
-        const QString name = each.toLower();
+        const QString name = downcase(each);
         if (name != u"tcpip" && name != u"workspace")
             fits = fits && list.append(name);
     }
@@ -121,10 +122,10 @@ int ServiceApp::BuildDependencyList(const QString& serviceName) const
 int ServiceApp::ListProductServices(const QString& productName, QStringList& serviceNames) const
 {
     serviceNames.clear();
-    const QString product = productName.left(ProductNameUnits).toLower().replace(u' ', u'_');
+    const QString product = productName.left(ProductNameUnits).replace(u' ', u'_');
     const Status walked = walkInstances(WalkLimits, [&](const InstanceVisit& instance) {
         const auto parameters = openParameters(instance.key, ValueBytes);
-        if (parameters && parameters->emulationType.toLower() == product)
+        if (parameters && foldedEquals(parameters->emulationType, product))
             serviceNames.append(instance.name);
         return Walk::Continue;
     });

@@ -1,5 +1,6 @@
 #include "shell/language_module.h"
 
+#include "formats/name_case.h"
 #include "platform/machine.h"
 #include "platform/session.h"
 #include "resources/resource_module.h"
@@ -19,7 +20,7 @@ LanguageChoice LoadLanguageModule(const QString& programFolder)
         language = session.abbreviatedLanguageName(Locale::SystemDefault);
     if (language.isEmpty())
         return choice;
-    language = language.toUpper();
+    language = upcase(language);
 
     const QString LangDllName = programFolder + u"QuorilManagerLang"_s + language + u".dll"_s;
     const QString HlpFileName = programFolder + u"QuorilManager"_s + language + u".hlp"_s;

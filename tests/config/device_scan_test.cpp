@@ -49,9 +49,9 @@ TEST_F(DeviceScan, FindsTheDevicesThatHaveUnits)
     const ServiceInfo service = scan(u"[P\\noClass]\n"_s + unit(u"noClass"_s, 0, u"v"_s)
         + u"[P\\noUnit]\nClass=c\n[P\\noUnit\\container\\0]\nClass=only\n"_s + u"[P\\longClass]\nClass="_s
         + QString(255, u'x') + u'\n' + unit(u"longClass"_s, 0, u"v"_s) + u"[P\\PKA_0]\nClass=known\n"_s
-        + unit(u"PKA_0"_s, 0, u"v"_s) + u"[P\\pka_8]\nClass=net\n"_s + unit(u"pka_8"_s, 2, u"two"_s)
-        + unit(u"pka_8"_s, 0, u"zero"_s) + u"[P\\pka_8\\container\\1]\nClass=only\n"_s
-        + unit(u"pka_8"_s, 128, u"unseen"_s));
+        + unit(u"PKA_0"_s, 0, u"v"_s) + u"[P\\p\u212Aa_0]\nClass=net\n"_s + unit(u"p\u212Aa_0"_s, 2, u"two"_s)
+        + unit(u"p\u212Aa_0"_s, 0, u"zero"_s) + u"[P\\p\u212Aa_0\\container\\1]\nClass=only\n"_s
+        + unit(u"p\u212Aa_0"_s, 128, u"unseen"_s));
     ASSERT_EQ(service.m_devices->size(), 1u);
     const QRAPI_Device& device = service.m_devices->front();
     EXPECT_TRUE(device.Present);

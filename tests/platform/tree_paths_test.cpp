@@ -54,11 +54,13 @@ TEST_F(TreePathsTest, takesEveryFormOfAPathIntoTheTree)
         {u"C:überwachung\\log.txt", log},
         {u"C:\\..\\..\\Windows\\nothing\\..\\Überwachung\\log.txt", log},
         {u"C:\\dir\\a", tree.host(u"dir/a"_s)},
+        {u"C:\\D\u0131R\\b", {}, error::PathNotFound},
         {u"C:\\DIR\\b", tree.host(u"DIR/b"_s)},
         {u"in\\a", tree.host(u"dir/a"_s)},
         {u"C:", tree.host(u"Windows"_s)},
         {u"C:\\", tree.root()},
-        {u"C:\\missing", {}, error::FileNotFound},
+        {u"C:\\mi\u017F\u017Fing", {}, error::FileNotFound}, // long s is another letter
+        {u"\\\u017FystemRoot\\Überwachung", {}, error::PathNotFound},
         {u"C:\\missing\\file", {}, error::PathNotFound},
         {u"C:\\dir\\a\\b", {}, error::PathNotFound},
         {u"D:\\dir\\a", {}, error::PathNotFound},
@@ -81,7 +83,8 @@ TEST_F(TreePathsTest, takesEveryFormOfAPathIntoTheTree)
     EXPECT_EQ(paths.machinePath(log), u"C:\\Windows\\Überwachung\\Log.TXT");
     EXPECT_EQ(paths.machinePath(tree.root() + u"/../else"_s), QString());
     EXPECT_EQ(paths.setCurrentDirectory(u"C:\\dir\\a").errorNumber(), 267u);
-    EXPECT_EQ(expandMachineVariables(u"%systemroot%\\x %Other%"), u"C:\\Windows\\x %Other%");
+    EXPECT_EQ(
+        expandMachineVariables(u"%systemroot%\\x %\u017FystemRoot%"), u"C:\\Windows\\x %\u017FystemRoot%");
 }
 
 TEST_F(TreePathsTest, opensNothingButFilesOfTheTree)

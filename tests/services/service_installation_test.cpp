@@ -142,7 +142,8 @@ TEST(ServiceInstallation, TheDependencyListIsRewrittenOrLeftAlone)
         int result;
         QString list;
     } cases[] = {
-        {key + u"DependOnService=multi:RpcSs|TCPIP|Äther|workspace"_s, u"JUNO"_s, 0, u"rpcss|äther|tcpip"_s},
+        {key + u"DependOnService=multi:RpcSs|TCPIP|\u0130Äther|workspace|wor\u212Aspace"_s, u"JUNO"_s, 0,
+            u"rpcss|\u0130äther|wor\u212Aspace|tcpip"_s},
         {key + u"DependOnService=multi:Tcpip|Workspace"_s, u"JUNO"_s, 0, u"tcpip"_s},
         {key + u"DependOnService=multi:"_s, u"JUNO"_s, 0, {}},
         {{}, u"Juno"_s, 0, {}}, // case counts
@@ -176,7 +177,8 @@ TEST(ServiceInstallation, AProductsServicesAreFoundByTheirType)
 {
     Bench bench;
     for (const auto& [name, type] : {std::pair(u"ZETA"_s, u"quoril_x_32"_s), {u"BLANK"_s, u"quoril x 32"_s},
-             {u"ALPHA"_s, u"Quoril_X_32"_s}, {u"OTHER"_s, u"quoril_x_64"_s}}) {
+             {u"ALPHA"_s, u"Quoril_X_32"_s}, {u"OTHER"_s, u"quoril_x_64"_s},
+             {u"DOTLESS"_s, u"quor\u0131l_x_32"_s}}) {
         bench.machine.addInstance(name);
         bench.machine.fakeRegistry.load(
             u"[SYSTEM\\CurrentControlSet\\Services\\%1\\Parameters]\nTargetPlatformEmulator=%2"_s.arg(

@@ -320,9 +320,12 @@ TEST(ServiceOperations, AnInstalledServiceNeedsItsGroupAndItsType)
     bench.machine.fakeRegistry.load(
         u"[SYSTEM\\CurrentControlSet\\Services\\NoType]\nGroup=TargetPlatformEmulator\n"
         "[SYSTEM\\CurrentControlSet\\Services\\NoType\\Parameters]"_s);
+    // What upper-cases to other names stands before them in the registry.
+    for (const QString& name : {u"Straße"_s, u"\u017F\u0131\u00B5\u03C2"_s, u"Σίγμα"_s})
+        bench.machine.addInstance(name);
     QString installed;
-    for (const auto& [name, found] :
-        {std::pair(u"qUORIL1"_s, "QUORIL1"), {u"NoType"_s, ""}, {u"Other"_s, ""}}) {
+    for (const auto& [name, found] : {std::pair(u"qUORIL1"_s, "QUORIL1"), {u"NoType"_s, ""}, {u"Other"_s, ""},
+             {u"STRASSE"_s, ""}, {u"sTRAßE"_s, "STRAßE"}, {u"SI\u039C\u03A3"_s, ""}, {u"σΊΓΜΑ"_s, "ΣΊΓΜΑ"}}) {
         installed = u"x"_s;
         EXPECT_EQ(bench.app.FindInstalledService(name, installed), 0);
         EXPECT_EQ(installed.toStdString(), found);

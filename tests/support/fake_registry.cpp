@@ -1,5 +1,7 @@
 #include "fake_registry.h"
 
+#include "formats/name_case.h"
+
 #include <algorithm>
 
 namespace quoril::test {
@@ -8,11 +10,6 @@ using namespace Qt::StringLiterals;
 using Node = FakeRegistry::Node;
 
 namespace {
-
-bool same(QStringView a, QStringView b)
-{
-    return a.compare(b, Qt::CaseInsensitive) == 0;
-}
 
 class FakeKey : public RegistryKey
 {
@@ -52,7 +49,7 @@ public:
     {
         if (const Status allowed = check(key_access::Delete); !allowed)
             return allowed;
-        return std::erase_if(m_node->subkeys, [&](const auto& key) { return same(key->name, name); })
+        return std::erase_if(m_node->subkeys, [&](const auto& key) { return foldedEquals(key->name, name); })
             ? Status()
             : Status(Error{error::FileNotFound, {}});
     }
@@ -114,7 +111,7 @@ private:
     std::vector<FakeRegistry::Value>::iterator find(QStringView name) const
     {
         return std::ranges::find_if(
-            m_node->values, [&](const auto& value) { return same(value.name, name); });
+            m_node->values, [&](const auto& value) { return foldedEquals(value.name, name); });
     }
 
     Status check(quint32 right) const
@@ -136,7 +133,7 @@ private:
 std::shared_ptr<Node> Node::subkey(QStringView wanted) const
 {
     const auto found
-        = std::ranges::find_if(subkeys, [&](const auto& key) { return same(key->name, wanted); });
+        = std::ranges::find_if(subkeys, [&](const auto& key) { return foldedEquals(key->name, wanted); });
     return found == subkeys.end() ? nullptr : *found;
 }
 

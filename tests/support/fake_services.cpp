@@ -137,7 +137,7 @@ public:
     {
         if (const auto failure = m_control.m_calls.note(u"open "_s % name % u' ' % hex(access)))
             return *failure;
-        const auto found = m_control.m_services.find(name.toString().toLower());
+        const auto found = m_control.m_services.find(upcase(name));
         if (found == m_control.m_services.end() || found->second.deleted)
             return Error{error::ServiceDoesNotExist, {}};
         if (const auto scripted = found->second.errors.find(u"open"_s);
@@ -151,7 +151,7 @@ public:
     {
         if (const auto failure = m_control.m_calls.note(u"create "_s % service.name))
             return *failure;
-        if (m_control.m_services.count(service.name.toLower()) != 0)
+        if (m_control.m_services.count(upcase(service.name)) != 0)
             return Error{error::ServiceExists, {}};
         m_control.service(service.name).config = {0x10, service.startType, 1, service.binaryPath,
             service.loadOrderGroup, service.dependencies, service.displayName};

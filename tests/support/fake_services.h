@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fake_calls.h"
+#include "formats/name_case.h"
 #include "platform/services.h"
 
 #include <map>
@@ -30,7 +31,7 @@ public:
     explicit FakeServiceControl(FakeCalls& calls) : m_calls(calls) { }
 
     /// The service of that name, made when there is none. Names match without regard to case.
-    Script& service(const QString& name) { return m_services[name.toLower()]; }
+    Script& service(const QString& name) { return m_services[upcase(name)]; }
 
     bool locked = false; ///< the database is locked, by whomever
     quint32 lockError = error::Success;

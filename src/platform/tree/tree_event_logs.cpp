@@ -3,6 +3,7 @@
 #include "formats/evt_appender.h"
 #include "formats/evt_reader.h"
 #include "formats/evtx_reader.h"
+#include "formats/name_case.h"
 #include "platform/host/file_lock.h"
 #include "platform/host/host_file.h"
 #include "platform/tree/tree_paths.h"
@@ -21,9 +22,9 @@ namespace {
 QString classicPath(QStringView name)
 {
     QString stem = name.toString();
-    if (name.compare(u"System", Qt::CaseInsensitive) == 0)
+    if (foldedEquals(name, u"System"))
         stem = u"SysEvent"_s;
-    else if (name.compare(u"Application", Qt::CaseInsensitive) == 0)
+    else if (foldedEquals(name, u"Application"))
         stem = u"AppEvent"_s;
     return u"C:\\Windows\\System32\\config\\"_s + stem + u".Evt"_s;
 }

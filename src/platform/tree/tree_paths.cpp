@@ -1,5 +1,6 @@
 #include "platform/tree/tree_paths.h"
 
+#include "formats/name_case.h"
 #include "platform/host/host_file.h"
 
 #include <QDir>
@@ -33,8 +34,8 @@ bool takePrefix(QStringView& path, QStringView prefix)
     if (path.size() < prefix.size())
         return false;
     for (qsizetype i = 0; i < prefix.size(); ++i) {
-        const bool same = isSeparator(prefix[i]) ? isSeparator(path[i])
-                                                 : path[i].toCaseFolded() == prefix[i].toCaseFolded();
+        const bool same
+            = isSeparator(prefix[i]) ? isSeparator(path[i]) : foldedEquals(path.mid(i, 1), prefix.mid(i, 1));
         if (!same)
             return false;
     }
@@ -85,8 +86,8 @@ QString entryOfAnyCase(const QString& folder, QStringView name)
 {
     const QStringList entries = QDir(folder).entryList(
         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    const auto found = std::find_if(entries.begin(), entries.end(),
-        [&](const QString& entry) { return name.compare(entry, Qt::CaseInsensitive) == 0; });
+    const auto found = std::find_if(
+        entries.begin(), entries.end(), [&](const QString& entry) { return foldedEquals(name, entry); });
     return found == entries.end() ? QString() : *found;
 }
 
@@ -246,9 +247,14 @@ QString expandMachineVariables(QStringView text)
         {u"%ProgramData%", u"C:\\ProgramData"},
         {u"%AllUsersProfile%", u"C:\\ProgramData"},
     }};
-    QString expanded = text.toString();
-    for (const Variable& variable : variables)
-        expanded.replace(variable.name.toString(), variable.value.toString(), Qt::CaseInsensitive);
+    QString expanded;
+    for (qsizetype at = 0; at < text.size();) {
+        const auto variable = std::find_if(variables.begin(), variables.end(),
+            [&](const Variable& each) { return foldedEquals(text.mid(at, each.name.size()), each.name); });
+        const bool found = variable != variables.end();
+        expanded += found ? variable->value : text.mid(at, 1);
+        at += found ? variable->name.size() : 1;
+    }
     return expanded;
 }
 
