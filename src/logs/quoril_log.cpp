@@ -1,6 +1,7 @@
 #include "logs/quoril_log.h"
 
-#include "logs/quoril_log_line.h"
+#include "logs/log_line_scan.h"
+#include "logs/log_runs.h"
 #include "platform/files.h"
 #include "platform/machine.h"
 
@@ -16,8 +17,6 @@ namespace quoril {
 
 namespace {
 
-// A line is read in pieces of so many units; what is left of a longer one counts as the next line.
-constexpr quint32 LongestLine = 1023;
 // Most text has no unit above 0xFF, so that what is kept of a block fills one large page. It is large enough,
 // too, that the threads seldom wait for each other on a busy machine.
 constexpr quint32 BlockUnits = LargePage;
@@ -26,26 +25,6 @@ static_assert(BlockUnits > LongestLine);
 constexpr std::size_t BlocksAtOnce = 4;
 // The bytes of the file are taken as units of the machine.
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
-
-/// The end of the line that begins with `units`, behind its line end; 0 if there is none among them.
-quint32 lineEnd(const uchar* units, quint32 size)
-{
-    const void* const end = std::memchr(units, '\n', size);
-    return end ? quint32(static_cast<const uchar*>(end) - units) + 1 : 0;
-}
-
-quint32 lineEnd(const char16_t* units, quint32 size)
-{
-    const qsizetype end = QStringView(units, qsizetype(size)).indexOf(u'\n');
-    return quint32(end + 1);
-}
-
-/// How many of the units make whole lines, if more units follow. A line begins with the first of them.
-quint32 wholeLines(QStringView units)
-{
-    const qsizetype last = units.lastIndexOf(u'\n') + 1;
-    return quint32(last + (units.size() - last) / LongestLine * LongestLine);
-}
 
 /// What has to be known of a text before it is kept.
 struct UnitRange
@@ -89,12 +68,12 @@ void QuorilLogMessage::AddLine(QStringView line)
 class QuorilLog::Reader
 {
 public:
-    Reader(QuorilLog& log, QIODevice& device, Keep keep)
+    Reader(QuorilLog& log, QIODevice& device, LogRange range)
         : m_log(log)
         , m_device(device)
-        , m_keep(keep)
-        , m_left(bytesToRead(device))
+        , m_left(range.end - range.begin)
     {
+        m_ended = m_left == 0 || (!device.isSequential() && !device.seek(range.begin));
     }
 
     void run();
@@ -115,7 +94,6 @@ private:
 
     QuorilLog& m_log;
     QIODevice& m_device;
-    Keep m_keep;
     qint64 m_left; ///< bytes
     bool m_ended = false;
 };
@@ -152,7 +130,7 @@ void QuorilLog::Reader::run()
         Block& block = blocks[current];
         char16_t* const units = block.room();
         const quint32 size = fill(units, begun);
-        const quint32 whole = m_ended ? size : wholeLines({units, qsizetype(size)});
+        const quint32 whole = m_ended ? size : quint32(wholeLogLines({units, size}));
         begun = size - whole;
         // The last block is parsed here, so that a small file needs no thread; nor may a thread that can't be
         // had stop the load.
@@ -184,29 +162,22 @@ QuorilLog::Chunk QuorilLog::Reader::parse(std::span<const char16_t> units)
     const UnitRange range = narrow(units, chunk.bytes.get());
     chunk.wide = range.wide;
     chunk.zeros = range.zeros;
-    if (!chunk.wide) {
-        chunk.split(chunk.bytes.get());
-    } else {
+    if (chunk.wide) {
         chunk.bytes = makeLargeBuffer(units.size_bytes());
         std::memcpy(chunk.bytes.get(), units.data(), units.size_bytes());
-        chunk.split(units.data());
     }
+    chunk.split(units);
     chunk.lines.shrink_to_fit();
     chunk.headers.shrink_to_fit();
     return chunk;
 }
 
-/// Adds the chunk behind the others, without the lines that belong to no message that is kept.
+/// Adds the chunk behind the others, without the lines that belong to no message.
 void QuorilLog::Reader::append(Chunk chunk)
 {
-    const bool marked = chunk.startMark >= 0;
-    if (marked && m_keep == Keep::FromLastStart) {
-        m_log.clear();
-        chunk.dropBefore(std::size_t(chunk.startMark));
-    } else if (m_log.m_messageCount == 0) {
-        chunk.dropBefore(0);
-    }
-    if (marked)
+    if (m_log.m_messageCount == 0)
+        chunk.dropOrphans();
+    if (chunk.startMark >= 0)
         m_log.m_last_message = qint32(m_log.m_messageCount + chunk.startMark);
     if (chunk.lines.empty())
         return;
@@ -217,31 +188,24 @@ void QuorilLog::Reader::append(Chunk chunk)
     m_log.m_chunks.push_back(std::move(chunk));
 }
 
-template <typename Unit> void QuorilLog::Chunk::split(const Unit* units)
+void QuorilLog::Chunk::split(std::span<const char16_t> units)
 {
-    for (quint32 begin = 0; begin < size;) {
-        const quint32 room = std::min(size - begin, LongestLine);
-        const quint32 length = lineEnd(units + begin, room);
-        const quint32 end = begin + (length == 0 ? room : length);
-        const LogLine line = lineAt(begin, end);
-        if (line.level() != 0) {
-            if (line.code() == StartMarkCode)
+    forEachLogLine(units, [&](std::span<const char16_t> line) {
+        if (logLineLevel(line) != 0) {
+            if (isStartMark(line))
                 startMark = qsizetype(headers.size());
             headers.push_back(quint32(lines.size()));
         }
-        lines.push_back(begin);
-        begin = end;
-    }
+        lines.push_back(quint32(line.data() - units.data()));
+    });
 }
 
-void QuorilLog::Chunk::dropBefore(std::size_t header)
+void QuorilLog::Chunk::dropOrphans()
 {
-    const quint32 dropped = header < headers.size() ? headers[header] : quint32(lines.size());
+    const quint32 dropped = headers.empty() ? quint32(lines.size()) : headers.front();
     lines.erase(lines.begin(), lines.begin() + dropped);
-    headers.erase(headers.begin(), headers.begin() + std::ptrdiff_t(std::min(header, headers.size())));
     for (quint32& line : headers)
         line -= dropped;
-    startMark -= qsizetype(header);
 }
 
 LogLine QuorilLog::Chunk::lineAt(quint32 begin, quint32 end) const
@@ -267,14 +231,21 @@ qint32 QuorilLog::Load(QStringView path, Keep keep)
 void QuorilLog::read(QIODevice& device, Keep keep)
 {
     clear();
-    m_last_message = 0;
-    Reader(*this, device, keep).run();
+    const LogRange whole = wholeLog(device);
+    if (keep == Keep::FromLastStart && !device.isSequential()) {
+        if (const auto run = findRunFromEnd(device, whole, 0))
+            Reader(*this, device, *run).run();
+    }
+    // What was cut or written anew in between is read as it is now.
+    if (GetCount() == 0)
+        Reader(*this, device, whole).run();
 }
 
 void QuorilLog::clear()
 {
     m_chunks.clear();
     m_messageCount = m_lineCount = 0;
+    m_last_message = 0;
 }
 
 const QuorilLog::Chunk& QuorilLog::chunkOfLine(qsizetype line) const

@@ -6,6 +6,7 @@
 #include <QStringView>
 
 #include <array>
+#include <span>
 #include <vector>
 
 class QIODevice;
@@ -13,6 +14,7 @@ class QIODevice;
 namespace quoril {
 
 class LogLine;
+struct LogRange;
 
 /// One line of message text, cut before its line end and after 512 units.
 class wMsg
@@ -43,7 +45,7 @@ public:
 
 /// The emulator's log file, read in one go, by several threads if it is large. The file is known by fixed
 /// columns alone: a line with a severity tag at column 15 begins a message, any other belongs to the message
-/// before it.
+/// before it. A load from the last start mark on looks for it from the end of the file and reads no more.
 ///
 /// The text is kept once, in 8 bits a unit wherever it has no unit above 0xFF, and lines and messages as
 /// positions in it, so that memory stays well below the size of the file. Messages are made when asked for.
@@ -56,8 +58,6 @@ public:
         All,
         FromLastStart ///< only the messages from the last start mark on; all if there is none
     };
-
-    static constexpr quint32 StartMarkCode = 0x249;
 
     /// Reads the file at the machine path: 0 read to its end, 1 an empty path, 2 the file can't be opened.
     /// Only a result of 0 replaces what was there. A failure while reading counts as the end of the file.
@@ -89,8 +89,8 @@ private:
     /// A piece of the text with the lines that begin in it, each whole. Positions count units.
     struct Chunk
     {
-        template <typename Unit> void split(const Unit* units);
-        void dropBefore(std::size_t header);
+        void split(std::span<const char16_t> units);
+        void dropOrphans(); ///< the lines before the first header
         LogLine lineAt(quint32 begin, quint32 end) const;
 
         bool wide = false; ///< 16 bits a unit, else 8

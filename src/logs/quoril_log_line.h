@@ -15,6 +15,9 @@ inline constexpr quint32 CodeEnd = 32;
 inline constexpr quint32 Text = 52;
 } // namespace log_column
 
+/// The code of the message with which a run of the emulator begins.
+inline constexpr quint32 StartMarkCode = 0x249;
+
 /// A physical line of the emulator's log as it is kept, in 8 or 16 bits a unit; a line end belongs to it.
 /// Whoever makes one calls cutAtZero wherever the text may have zero units.
 class LogLine

@@ -1,8 +1,11 @@
+#include "logs/log_runs.h"
 #include "logs/quoril_log.h"
 #include "support/fake_machine.h"
+#include "support/plain_log_reader.h"
 
 #include <QBuffer>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -106,16 +109,6 @@ TEST(QuorilLog, CutsLinesByUnits)
             u"lone "_s + QChar(0xD800)}));
 }
 
-TEST(QuorilLog, EndsLinesAtUnitsAndNotAtTheBytesOfOthers)
-{
-    // Each holds the bytes of a line feed, or makes them together with its neighbour.
-    const QString near = u"\u0A0D\u0D0A\u0A0A\u0D0D\u0A00\u000B\u0A00x\u100A\u0A10"_s;
-    for (const QString& gap : {QString(), u"y"_s}) {
-        const QuorilLog log = read(header() + gap + near + u"\r\n\n"_s + near.repeated(40) + u"\n"_s);
-        EXPECT_EQ(linesOf(log.GetMessage(0)), QStringList({u"text"_s, gap + near, {}, near.repeated(40)}));
-    }
-}
-
 TEST(QuorilLog, SurvivesAFileCutAnywhere)
 {
     const QByteArray whole = bytesOf(header(u"00000249"_s, u"te\u0416t"_s));
@@ -131,64 +124,121 @@ TEST(QuorilLog, SurvivesAFileCutAnywhere)
     }
 }
 
-TEST(QuorilLog, FindsTheLastStartMark)
+/// What a log may hold, marks and oddities among it.
+QString somePiece(QRandomGenerator& random)
 {
-    QString text = u"dropped\r\n"_s;
-    for (int i = 0; i < 20; ++i)
-        text += header(i == 3 || i == 17 ? u"249 "_s + u"    "_s : u"00000250"_s, QString::number(i))
-            + u"more\r\n"_s;
-    const QuorilLog all = read(text);
-    EXPECT_EQ(all.m_last_message, 17);
-    EXPECT_EQ(all.GetCount(), 20);
-
-    const QuorilLog run = read(text, QuorilLog::Keep::FromLastStart);
-    EXPECT_EQ(run.m_last_message, 0);
-    ASSERT_EQ(run.GetCount(), 3);
-    for (qsizetype i = 0; i < 3; ++i)
-        EXPECT_EQ(linesOf(run.GetMessage(i)), linesOf(all.GetMessage(17 + i)));
+    constexpr QStringView Tags[] = {u":INFO :", u":WARN :", u":ERROR:", u":INFO:", u"\u0000INFO :"};
+    constexpr QStringView Codes[]
+        = {u"00000250", u"0024900A", u"0249\u0000249", u"2490249 ", u"249\u01415678"};
+    // Each holds the bytes of a line feed, or makes them together with its neighbour.
+    constexpr QStringView Near = u"\u0A0D\u0D0A\u0A0A\u0D0D\u0A00\u000B\u0A00x\u100A\u0A10\u0416";
+    const auto any = [&random](const auto& of) { return of[random.bounded(int(std::size(of)))].toString(); };
+    switch (random.bounded(12)) {
+    case 0:
+        return header(u"00000249"_s);
+    case 1:
+        return header(any(Codes), u"odd"_s, any(Tags));
+    case 2:
+        return Near.left(random.bounded(12)).toString();
+    case 3:
+        return QString(1000 + random.bounded(30), QChar(random.bounded(2) * u'x')) + header();
+    case 4:
+        return QString(random.bounded(30), u':') + header();
+    case 5:
+        return header(any(Codes)).left(random.bounded(80));
+    case 6:
+        return header().replace(random.bounded(40), 1, QChar(random.bounded(2) * u':'));
+    default:
+        return header(u"00000321"_s, QString(random.bounded(200), u'y'), any(Tags)) + u"more\r\n"_s;
+    }
 }
 
-// More text than all the blocks that are parsed at once, with and without units above 0xFF, and messages that
-// go on over many blocks.
-TEST(QuorilLog, NumbersLinesAcrossBlocks)
+/// Compares all that is read of a log with the plainest reading of it.
+void expectAsPlain(const QByteArray& bytes, const std::string& what)
 {
-    QString text = u"dropped\r\n"_s.repeated(100'000) + header();
-    QStringList lines{u"text"_s};
-    qsizetype messages = 1;
-    for (int i = 0; i < 200'000; ++i) {
-        const bool wide = i / 45'000 % 2 == 1;
-        const QString line = QString::number(i) + (wide ? u" \u0416"_s : u" ab"_s);
-        const bool begins = i % 100'000 == 99'999;
-        text += begins ? header(u"00000250"_s, line) : line + u"\r\n"_s;
-        messages += begins;
-        lines.append(line);
-    }
-    const QuorilLog log = read(text);
-    ASSERT_EQ(log.GetCount(), messages);
-    ASSERT_EQ(log.lineCount(), lines.size());
-    for (qsizetype i = 0; i < lines.size(); ++i) {
-        ASSERT_EQ(log.lineText(i), lines[i]);
-        ASSERT_EQ(log.messageOf(i), i / 100'000);
-    }
-    EXPECT_EQ(log.firstLineOf(messages), lines.size());
+    const test::PlainLog plain(bytes);
+    const auto last = plain.starts.empty() ? 0 : plain.starts.back();
+    const QuorilLog all = read(bytes);
+    ASSERT_EQ(test::PlainLog::messagesOf(all), plain.from(0)) << what;
+    EXPECT_EQ(all.m_last_message, last) << what;
+    const QuorilLog run = read(bytes, QuorilLog::Keep::FromLastStart);
+    ASSERT_EQ(test::PlainLog::messagesOf(run), plain.from(last)) << what;
+    EXPECT_EQ(run.m_last_message, 0) << what;
 
-    // Start marks in later blocks drop the blocks before them.
-    const QuorilLog run = read(text + text.right(20) + text, QuorilLog::Keep::FromLastStart);
-    EXPECT_EQ(run.GetCount(), messages);
-    EXPECT_EQ(run.lineCount(), lines.size());
-    EXPECT_EQ(run.lineText(lines.size() - 1), lines.last());
+    std::vector<qsizetype> begins = plain.starts;
+    if (!plain.messages.empty() && (begins.empty() || begins.front() > 0))
+        begins.insert(begins.begin(), 0);
+    QBuffer device;
+    device.setData(bytes);
+    device.open(QIODevice::ReadOnly);
+    const LogRange whole = wholeLog(device);
+    const std::vector<LogRun> runs = listRuns(device, whole);
+    ASSERT_EQ(runs.size(), begins.size()) << what;
+    LogCounts sum;
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        const auto first = plain.messages.begin() + begins[i];
+        const auto end
+            = i + 1 < begins.size() ? plain.messages.begin() + begins[i + 1] : plain.messages.end();
+        EXPECT_EQ(runs[i].range.begin, first->place) << what;
+        if (runs.size() - i < 5 || i == 0) {
+            EXPECT_EQ(findRunFromEnd(device, whole, qsizetype(runs.size() - 1 - i)), runs[i].range) << what;
+        }
+        const LogCounts& counts = runs[i].counts;
+        EXPECT_EQ(counts.messages, end - first) << what;
+        for (qint32 level = 1; level <= 3; ++level)
+            EXPECT_EQ(counts.levels[std::size_t(level)],
+                std::ranges::count(first, end, level, &test::PlainLog::Message::level))
+                << what;
+        sum.lines += counts.lines;
+    }
+    EXPECT_EQ(findRunFromEnd(device, whole, qsizetype(runs.size())), std::nullopt) << what;
+    const LogCounts counts = countLog(device, whole);
+    EXPECT_EQ(counts.messages, all.GetCount()) << what;
+    EXPECT_EQ(counts.lines, all.lineCount()) << what;
+    EXPECT_EQ(sum.lines, all.lineCount()) << what;
+    // Lines are numbered through.
+    for (qsizetype message = 0, line = 0; message < all.GetCount(); ++message) {
+        for (; line < all.firstLineOf(message + 1); ++line)
+            ASSERT_EQ(all.messageOf(line), message) << what;
+    }
 }
 
-TEST(QuorilLog, CutsALineLongerThanABlock)
+TEST(QuorilLog, ReadsWhatThePlainestReaderReads)
 {
-    constexpr qsizetype Pieces = 1500;
-    const QuorilLog log
-        = read(header() + QString(1023 * Pieces, u'x') + header(u"00000250"_s, u"piece"_s) + u"end"_s);
-    ASSERT_EQ(log.GetCount(), 2);
-    EXPECT_EQ(log.firstLineOf(1), 1 + Pieces);
-    EXPECT_EQ(log.lineText(Pieces), QString(512, u'x'));
-    EXPECT_EQ(log.lineText(Pieces + 1), u"piece"_s);
-    EXPECT_EQ(log.lineText(Pieces + 2), u"end"_s);
+    for (quint32 seed = 0; seed < 150; ++seed) {
+        QRandomGenerator random(seed);
+        QString text;
+        for (int pieces = random.bounded(30); pieces > 0; --pieces)
+            text += somePiece(random);
+        QByteArray bytes = bytesOf(text);
+        bytes.chop(std::min<qsizetype>(bytes.size(), random.bounded(4)));
+        expectAsPlain(bytes, "seed " + std::to_string(seed));
+    }
+    // Lines longer than the blocks that are searched and parsed, with and without units above 0xFF, and more
+    // text than is parsed at once.
+    QString text;
+    QRandomGenerator random(1);
+    for (const int pieces : {1, 150, 600, 3000, 100, 10}) {
+        for (int i = 0; i < 500; ++i)
+            text += somePiece(random);
+        text += QString(1023 * pieces, pieces == 600 ? u'\u0416' : u'x') + header();
+        expectAsPlain(bytesOf(text), std::to_string(pieces) + " pieces");
+    }
+}
+
+// At each place around the border of the blocks that are searched from the end.
+TEST(QuorilLog, FindsAStartMarkAtEveryPlaceOfABlock)
+{
+    constexpr qsizetype Block = 128 * 1024;
+    const QString mark = header(u"00000249"_s, u"here"_s);
+    const QString before = header() + (QString(98, u'b') + u"\r\n"_s).repeated(1400);
+    for (qsizetype rest = Block - mark.size() - 3; rest < Block + 4; ++rest) {
+        const QString tail = (QString(98, u't') + u"\r\n"_s).repeated(rest / 100) + QString(rest % 100, u'e');
+        const QuorilLog run = read(before + mark + tail, QuorilLog::Keep::FromLastStart);
+        ASSERT_EQ(run.GetCount(), 1) << rest;
+        ASSERT_EQ(run.lineText(0), u"here"_s) << rest;
+        ASSERT_EQ(run.lineCount(), 1 + (rest + 99) / 100) << rest;
+    }
 }
 
 /// A log that somebody else works on whenever a piece of it was read.
