@@ -38,9 +38,13 @@ std::size_t walk(const regf::Key& key)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
-    // A checksum is no obstacle to someone who means harm, so it must be none here.
-    if (size >= regf::base::Size)
+    // A checksum is no obstacle to someone who means harm, so it must be none here. A hive is written as long
+    // as there are higher sequence numbers.
+    if (size >= regf::base::Size) {
+        bytes[regf::base::PrimarySequence + 3] = 0;
+        bytes[regf::base::SecondarySequence + 3] = 0;
         qToLittleEndian(regf::baseChecksum(bytes), bytes.data() + regf::base::Checksum);
+    }
     Result<regf::Hive> hive = regf::Hive::parse(bytes);
     if (!hive)
         return 0;

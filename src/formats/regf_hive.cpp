@@ -74,10 +74,20 @@ Hive::~Hive() = default;
 
 Result<Hive> Hive::parse(const QByteArray& bytes)
 {
-    if (bytes.size() < qsizetype(base::Size) || !bytes.startsWith("regf"))
+    return parseImage(bytes, bytes);
+}
+
+Result<Hive> Hive::parse(const ZeroedBytes& bytes)
+{
+    return parseImage(bytes, {bytes.data(), qsizetype(bytes.size())});
+}
+
+template <typename Bytes> Result<Hive> Hive::parseImage(const Bytes& bytes, QByteArrayView view)
+{
+    if (view.size() < qsizetype(base::Size) || !view.startsWith("regf"))
         return corrupt(QStringLiteral("not a registry hive: no base block"));
-    const auto number = [&](quint32 place) { return qFromLittleEndian<quint32>(bytes.constData() + place); };
-    if (baseChecksum(bytes) != number(base::Checksum))
+    const auto number = [&](quint32 place) { return qFromLittleEndian<quint32>(view.data() + place); };
+    if (baseChecksum(QByteArray::fromRawData(view.data(), base::Size)) != number(base::Checksum))
         return corrupt(QStringLiteral("the base block of the hive has a bad checksum"));
     if (number(base::MajorVersion) != 1 || number(base::MinorVersion) > 6 || number(base::FileFormat) != 1)
         return corrupt(QStringLiteral("a hive of an unknown version"));

@@ -2,6 +2,7 @@
 
 #include "formats/error.h"
 #include "formats/regf_key.h"
+#include "formats/zeroed_bytes.h"
 
 #include <QByteArray>
 #include <QStringList>
@@ -18,6 +19,8 @@ class Hive
 public:
     /// Fails with RegistryCorrupt when the base block (magic, version, checksum) or the root key is unusable.
     static Result<Hive> parse(const QByteArray& bytes);
+    /// The same for bytes in memory that the hive keeps.
+    static Result<Hive> parse(const ZeroedBytes& bytes);
     /// An empty hive of version 1.5 whose root is open to administrators and the system, readable for users.
     static Hive create(const QString& rootName, quint64 filetime = 0);
 
@@ -45,6 +48,7 @@ public:
 
 private:
     Hive(std::unique_ptr<Image> image, std::unique_ptr<Key> root);
+    template <typename Bytes> static Result<Hive> parseImage(const Bytes& bytes, QByteArrayView view);
 
     std::unique_ptr<Image> m_image; // before m_root, which refers to it
     std::unique_ptr<Key> m_root;

@@ -20,12 +20,17 @@ quint32 baseChecksum(const QByteArray& block)
     return sum == 0xFFFFFFFF ? 0xFFFFFFFE : sum;
 }
 
+Image::Image(const ZeroedBytes& bytes) : Image(QByteArray::fromRawData(bytes.data(), qsizetype(bytes.size())))
+{
+    m_memory = bytes;
+}
+
 Image::Image(QByteArray bytes) : m_bytes(std::move(bytes))
 {
     const qsizetype stated = qsizetype(base::Size) + baseNumber(base::DataLength);
     if (stated > m_bytes.size())
         note(quint32(m_bytes.size() - base::Size), "the file ends before its data");
-    else
+    else if (stated < m_bytes.size())
         m_bytes.truncate(stated);
     m_budget = std::size_t(m_bytes.size()) - base::Size;
     m_taken.resize(m_budget / 8 + 1);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "formats/regf_key.h"
+#include "formats/zeroed_bytes.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -21,6 +22,7 @@ inline constexpr quint32 SecondarySequence = 8;
 inline constexpr quint32 LastWritten = 12;
 inline constexpr quint32 MajorVersion = 20;
 inline constexpr quint32 MinorVersion = 24;
+inline constexpr quint32 FileType = 28;
 inline constexpr quint32 FileFormat = 32;
 inline constexpr quint32 RootCell = 36;
 inline constexpr quint32 DataLength = 40;
@@ -44,6 +46,7 @@ public:
     using Bytes = std::span<const uchar>;
 
     explicit Image(QByteArray bytes);
+    explicit Image(const ZeroedBytes& bytes);
 
     /// The base block, for the writer to start from.
     QByteArray baseBlock() const { return m_bytes.left(base::Size); }
@@ -77,6 +80,7 @@ private:
     std::optional<QByteArray> readSegments(Bytes header, quint32 offset, quint32 size);
     int readSecurity(quint32 offset);
 
+    ZeroedBytes m_memory; ///< what m_bytes look at, unless they own their bytes
     QByteArray m_bytes;
     std::size_t m_budget; ///< bytes of cells that may still be taken
     std::vector<bool> m_taken; ///< by offset / 8

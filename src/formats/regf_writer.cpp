@@ -348,6 +348,11 @@ void HiveWriter::linkSecurity()
 
 Result<QByteArray> writeHive(const Image& image, const Key& root, quint64 filetime)
 {
+    const quint32 sequence
+        = std::max(image.baseNumber(base::PrimarySequence), image.baseNumber(base::SecondarySequence)) + 1;
+    // Below the numbers of a log the new file would be taken for older than it.
+    if (sequence == 0)
+        return Error{error::RegistryCorrupt, QStringLiteral("the sequence numbers of the hive are used up")};
     HiveWriter writer(image, filetime);
     const quint32 rootCell = writer.writeKey(root, NoOffset);
     writer.linkSecurity();
@@ -356,8 +361,6 @@ Result<QByteArray> writeHive(const Image& image, const Key& root, quint64 fileti
     const QByteArray bins = writer.finish();
     QByteArray file = image.baseBlock();
     const auto put = [&](quint32 place, auto number) { qToLittleEndian(number, file.data() + place); };
-    const quint32 sequence
-        = std::max(image.baseNumber(base::PrimarySequence), image.baseNumber(base::SecondarySequence)) + 1;
     put(base::PrimarySequence, sequence);
     put(base::SecondarySequence, sequence);
     put(base::LastWritten, filetime);

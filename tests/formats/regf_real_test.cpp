@@ -1,6 +1,7 @@
 // Hives written by real machines, read, written again and compared, also by another reader of the format.
 
 #include "formats/regf_hive.h"
+#include "formats/regf_recovery.h"
 #include "support/real_data.h"
 
 #include <QRegularExpression>
@@ -99,4 +100,64 @@ TEST(RealHive, WithZeroedBinsIsReadButNeverWrittenAgain)
     EXPECT_EQ(hive->rewritable().errorNumber(), error::RegistryCorrupt);
     EXPECT_EQ(hive->serialize(0).errorNumber(), error::RegistryCorrupt);
     EXPECT_TRUE(hive->damaged());
+}
+
+namespace {
+
+struct News
+{
+    std::size_t keys = 0;
+    std::size_t values = 0;
+};
+
+/// What stands below `after` and not below `before`; a new key's values count as new, too, but not on their
+/// own.
+void count(const regf::Key& after, const regf::Key* before, News& news)
+{
+    news.keys += !before;
+    for (const regf::Value& value : after.values())
+        news.values += before && !before->value(value.name);
+    for (std::size_t i = 0; i < after.childCount(); ++i) {
+        const regf::Key& child = *after.childAt(i);
+        count(child, before ? before->child(child.name()) : nullptr, news);
+    }
+}
+
+} // namespace
+
+struct StaleHive
+{
+    const char* file;
+    std::size_t pages, keys, values;
+};
+
+TEST(RealHive, IsAsNewAsItsLogs)
+{
+    for (const StaleHive& stale :
+        {StaleHive{"NTUSER-dirty", 132, 521, 57}, StaleHive{"UsrClass-dirty", 158, 33, 40}}) {
+        const QString name = QString::fromLatin1(stale.file);
+        const QByteArray bytes = realData(name);
+        const QByteArray first = realData(name + u".LOG1"_s);
+        const QByteArray second = realData(name + u".LOG2"_s);
+        if (bytes.isEmpty())
+            GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
+        for (const bool swapped : {false, true}) {
+            const std::array<regf::Recovery::NamedLog, 2> logs
+                = {{{u"LOG1"_s, swapped ? second : first}, {u"LOG2"_s, swapped ? first : second}}};
+            regf::Recovery recovery(bytes, logs);
+            ASSERT_TRUE(recovery.isRecovered()) << qPrintable(recovery.summary());
+            QByteArray image = bytes;
+            image.resize(qsizetype(recovery.size()), '\0');
+            recovery.apply({image.data(), std::size_t(image.size())});
+            EXPECT_EQ(recovery.uses()[0].pages + recovery.uses()[1].pages, stale.pages);
+            const Result<regf::Hive> before = regf::Hive::parse(bytes);
+            const Result<regf::Hive> after = regf::Hive::parse(image);
+            ASSERT_TRUE(before && after);
+            EXPECT_TRUE(after->rewritable()) << qPrintable(after->problems().join(u'\n'));
+            News news;
+            count(after->root(), &before->root(), news);
+            EXPECT_EQ(news.keys, stale.keys);
+            EXPECT_EQ(news.values, stale.values);
+        }
+    }
 }

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <memory>
+#include <span>
 
 namespace quoril {
 
@@ -37,6 +38,10 @@ struct HostFileStamp
     friend bool operator==(const HostFileStamp&, const HostFileStamp&) = default;
 };
 Result<HostFileStamp> stampOf(const QFile& file);
+
+/// Reads the beginning of the file into `bytes`, which hold zeros: as many as the file has. What lies in a
+/// hole of the file isn't touched. The file's own position stays.
+Status readFromStart(QFile& file, std::span<char> bytes);
 
 /// Has what was written to the file reach the disk.
 Status flushToDisk(QFile& file);

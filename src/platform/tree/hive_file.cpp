@@ -1,13 +1,14 @@
 #include "platform/tree/hive_file.h"
 
 #include "platform/terminal.h"
+#include "platform/tree/hive_reading.h"
 #include "platform/tree/message_table.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QFile>
 #include <QFileInfo>
 
-#include <array>
+#include <optional>
 
 namespace quoril {
 
@@ -16,8 +17,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype baseBlockSize = 512;
-// The registry itself holds no hive of more than 2 GB.
-constexpr qint64 largestHive = 0x7FFFFFFF;
 
 } // namespace
 
@@ -73,14 +72,19 @@ Status HiveFile::readIfReplaced()
 
 Status HiveFile::load(QFile& file, Stamp stamp)
 {
-    if (stamp.file.size > largestHive)
-        return Error{error::RegistryCorrupt, m_hostPath + u" is too large for a hive"_s};
-    Result<regf::Hive> hive = regf::Hive::parse(file.readAll());
+    std::optional<regf::Recovery> recovery;
+    const auto openLog = [this](QStringView suffix) -> Result<std::unique_ptr<QFile>> {
+        const Result<QString> host = m_paths.existing(m_machinePath + suffix.toString());
+        if (!host)
+            return host.failure();
+        return openRegularFile(*host, HostOpen::Read);
+    };
+    Result<regf::Hive> hive = readHive(file, openLog, recovery);
     if (!hive)
         return hive.failure();
-    if (hive->notShutDownCleanly())
-        tellOnce(
-            {error::Success, u"the hive was not shut down cleanly; its latest changes may be missing"_s});
+    if (recovery)
+        tellOnce({error::Success, recovery->summary()});
+    m_losesChanges = recovery && recovery->losesChanges();
     m_stamp = std::move(stamp);
     m_damageTold = false;
     put(*std::move(hive));
@@ -112,14 +116,8 @@ Status HiveFile::refresh()
 /// What can't be read would be lost in the new file, and so would what stands only in the hive's own log.
 Status HiveFile::refuseDamage()
 {
-    if (hive()->notShutDownCleanly()) {
-        for (const QString& suffix : {u".LOG1"_s, u".LOG2"_s, u".LOG"_s}) {
-            const Result<QString> log = m_paths.existing(m_machinePath + suffix);
-            if (log && QFileInfo(*log).size() > 0)
-                return Error{
-                    error::RegistryCorrupt, m_machinePath + u" has changes in its log that are not in it"_s};
-        }
-    }
+    if (m_losesChanges)
+        return Error{error::RegistryCorrupt, m_machinePath + u" has changes in its log that are not in it"_s};
     return hive()->rewritable();
 }
 

@@ -62,6 +62,7 @@ private:
     Stamp m_stamp;
     QString m_told;
     bool m_damageTold = false;
+    bool m_losesChanges = false; // of a log that could not be applied
     std::unique_ptr<FileLock> m_lock; // while a change or a row of them goes on
     bool m_inTransaction = false;
     bool m_isDirty = false;

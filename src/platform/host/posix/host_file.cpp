@@ -4,6 +4,7 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -60,6 +61,35 @@ Result<HostFileStamp> stampOf(const QFile& file)
     constexpr qint64 nanosecondsPerSecond = 1000000000;
     return HostFileStamp{status.st_dev, status.st_ino, status.st_size,
         status.st_mtim.tv_sec * nanosecondsPerSecond + status.st_mtim.tv_nsec};
+}
+
+Status readFromStart(QFile& file, std::span<char> bytes)
+{
+    const int descriptor = file.handle();
+    const off_t before = ::lseek(descriptor, 0, SEEK_CUR);
+    const auto end = off_t(bytes.size());
+    off_t place = 0;
+    int failure = 0;
+    while (place < end && failure == 0) {
+        const off_t data = ::lseek(descriptor, place, SEEK_DATA);
+        if (data < 0 && errno == ENXIO)
+            break; // nothing but a hole up to the end
+        // A file system that knows no holes is read from end to end.
+        const off_t hole = data < 0 ? end : ::lseek(descriptor, data, SEEK_HOLE);
+        place = std::max(place, data);
+        while (place < std::min(end, hole) && failure == 0) {
+            const ssize_t got
+                = ::pread(descriptor, bytes.data() + place, std::size_t(std::min(end, hole) - place), place);
+            if (got == 0)
+                place = end;
+            else if (got > 0)
+                place += got;
+            else if (errno != EINTR)
+                failure = errno;
+        }
+    }
+    ::lseek(descriptor, before, SEEK_SET);
+    return failure == 0 ? Status() : Status(hostError(failure));
 }
 
 Status flushToDisk(QFile& file)

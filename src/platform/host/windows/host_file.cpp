@@ -114,6 +114,13 @@ Result<HostFileStamp> stampOf(const QFile& file)
         static_cast<qint64>(joined(changed.dwHighDateTime, changed.dwLowDateTime))};
 }
 
+Status readFromStart(QFile& file, std::span<char> bytes)
+{
+    const qint64 before = file.pos();
+    const bool isRead = file.seek(0) && file.read(bytes.data(), qint64(bytes.size())) >= 0;
+    return file.seek(before) && isRead ? Status() : Status(lastHostError(file.fileName()));
+}
+
 Status flushToDisk(QFile& file)
 {
     return file.flush() && ::FlushFileBuffers(handleOf(file)) ? Status() : Status(lastHostError({}));
