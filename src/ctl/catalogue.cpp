@@ -5,7 +5,6 @@
 #include "ctl/output.h"
 #include "ctl/progress.h"
 #include "ctl/subcommand.h"
-#include "services/service_engine.h"
 
 #include <QJsonArray>
 
@@ -14,8 +13,6 @@ namespace quoril {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr qsizetype ConfigBytes = 4096;
 
 struct ListOptions
 {
@@ -62,21 +59,6 @@ struct NameOptions
 void declareName(const CommandParser& parser, NameOptions& options)
 {
     parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
-}
-
-/// The services that have to run before this one; none where its configuration can't be read.
-QStringList prerequisitesOf(const ServiceInfo& service)
-{
-    QStringList names;
-    const auto act = [&names](Service& open) -> Status {
-        const auto config = open.queryConfig(ConfigBytes);
-        if (!config)
-            return config.failure();
-        names = config->dependencies;
-        return {};
-    };
-    (void)operateService({service.Name, service_access::QueryConfig}, act);
-    return names;
 }
 
 int show(Ctl& ctl, const NameOptions& options)

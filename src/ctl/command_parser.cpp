@@ -1,5 +1,7 @@
 #include "ctl/command_parser.h"
 
+#include "ctl/moment.h"
+
 #include <CLI/CLI.hpp>
 
 #include <sstream>
@@ -19,6 +21,31 @@ std::vector<std::string> reversed(const QStringList& arguments)
     return reversed;
 }
 
+/// Which of the required options and arguments are missing, in the words of the help: "NAME... --for STATE".
+std::string missingOptions(const CLI::App& app)
+{
+    std::string missing;
+    for (const CLI::Option* const option : app.get_options()) {
+        if (!option->get_required() || option->count() > 0)
+            continue;
+        if (!missing.empty())
+            missing += ' ';
+        if (!option->get_positional())
+            missing += option->get_name() + ' ';
+        else if (option->get_items_expected_max() > 1)
+            missing += "at least one ";
+        missing += option->get_type_name();
+    }
+    return missing;
+}
+
+/// The subcommand that the command line named, or the program where it named none.
+const CLI::App& chosenIn(const CLI::App& app)
+{
+    const auto subcommands = app.get_subcommands();
+    return subcommands.empty() ? app : chosenIn(*subcommands.back());
+}
+
 } // namespace
 
 const ParsedOption& ParsedOption::required() const
@@ -36,12 +63,6 @@ const ParsedOption& ParsedOption::valueName(const char* name) const
 const ParsedOption& ParsedOption::excludes(const ParsedOption& other) const
 {
     m_option->excludes(other.m_option);
-    return *this;
-}
-
-const ParsedOption& ParsedOption::range(quint32 first, quint32 last) const
-{
-    m_option->check(CLI::Range(first, last));
     return *this;
 }
 
@@ -68,6 +89,22 @@ ParsedOption CommandParser::addFlag(const char* name, bool& given, const char* d
 ParsedOption CommandParser::addNumber(const char* name, quint32& number, const char* description) const
 {
     return ParsedOption(m_app->add_option(name, number, description));
+}
+
+ParsedOption CommandParser::addDuration(
+    const char* name, quint32& seconds, quint32 leastSeconds, const char* description) const
+{
+    constexpr qint64 longest = 86400;
+    const auto take = [name, &seconds, leastSeconds](const std::string& given) {
+        const auto duration = parseDuration(QString::fromStdString(given));
+        if (!duration || *duration < leastSeconds || *duration > longest)
+            throw CLI::ValidationError(name,
+                '"' + given + "\" is no time from " + std::to_string(leastSeconds)
+                    + "s to 24h; write 90s, 15m or 2h");
+        seconds = quint32(*duration);
+    };
+    return ParsedOption(
+        m_app->add_option_function<std::string>(name, take, description)->type_name("DURATION"));
 }
 
 ParsedOption CommandParser::addText(const char* name, QString& text, const char* description) const
@@ -126,6 +163,12 @@ CommandLineParser::Outcome CommandLineParser::parse(const QStringList& arguments
             return {Outcome::Answered, QString::fromStdString(out.str()).trimmed()};
         if (m_app->get_subcommands().empty() && m_app->remaining_size() > 0)
             return {Outcome::UnknownSubcommand, QString::fromStdString(m_app->remaining().front())};
+        const CLI::App& chosen = chosenIn(*m_app);
+        const std::string missing = missingOptions(chosen);
+        if (dynamic_cast<const CLI::RequiredError*>(&error) && !missing.empty())
+            return {Outcome::Wrong,
+                QString::fromStdString(
+                    chosen.get_name() + ": give " + missing + "\nRun with --help for more information.")};
         return {Outcome::Wrong, QString::fromStdString(errors.str()).trimmed()};
     }
 }

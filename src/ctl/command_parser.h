@@ -23,8 +23,6 @@ public:
     /// What stands for its value in the help.
     const ParsedOption& valueName(const char* name) const;
     const ParsedOption& excludes(const ParsedOption& other) const;
-    /// Whole numbers from the first to the last.
-    const ParsedOption& range(quint32 first, quint32 last) const;
     /// One of these words, in any case.
     const ParsedOption& oneOf(const QStringList& words) const;
     const ParsedOption& notEmpty() const;
@@ -42,6 +40,9 @@ public:
 
     ParsedOption addFlag(const char* name, bool& given, const char* description) const;
     ParsedOption addNumber(const char* name, quint32& number, const char* description) const;
+    /// A time span such as 90, 90s, 15m or 2h, of at most a day.
+    ParsedOption addDuration(
+        const char* name, quint32& seconds, quint32 leastSeconds, const char* description) const;
     /// A name, path or other text that is given once.
     ParsedOption addText(const char* name, QString& text, const char* description) const;
     /// Several of them.

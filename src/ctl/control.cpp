@@ -1,5 +1,6 @@
 // start, stop, set-start-type, remove.
 
+#include "ctl/advice.h"
 #include "ctl/console_prompts.h"
 #include "ctl/instances.h"
 #include "ctl/output.h"
@@ -21,6 +22,7 @@ namespace {
 
 constexpr quint32 PollInterval = 200;
 constexpr int NotStarted = 1;
+constexpr int NotRemoved = -1; ///< by a failure; a person may decline, too
 
 struct ControlOptions
 {
@@ -35,9 +37,7 @@ void declareControl(const CommandParser& parser, ControlOptions& options)
     parser.addTexts("names", options.names, "Names of instances").required().valueName("NAME");
     const ParsedOption noWait
         = parser.addFlag("--no-wait", options.noWait, "Come back as soon as the request is made");
-    parser.addNumber("--timeout", options.timeoutSeconds, "Longest wait in seconds, 60 if not given")
-        .valueName("SECONDS")
-        .range(1, 86400)
+    parser.addDuration("--timeout", options.timeoutSeconds, 1, "Longest wait, 60s if not given")
         .excludes(noWait);
 }
 
@@ -100,34 +100,45 @@ int await(Ctl& ctl, ServiceInfo& service, const Goal& goal, quint32 timeoutSecon
     case Waited::Reached:
         return exit_code::Done;
     case Waited::Elsewhere:
-        return failure(ctl, failed, service.Reported.win32ExitCode);
+        failure(ctl, failed, service.Reported.win32ExitCode);
+        adviseState(ctl, service);
+        return exit_code::Failed;
     case Waited::TooLong:
-        return failure(ctl, failed, error::ServiceRequestTimeout);
+        failure(ctl, failed, error::ServiceRequestTimeout);
+        adviseState(ctl, service);
+        return exit_code::Failed;
     case Waited::QueryFailed:
         break;
     }
     return instanceFailure(ctl, service);
 }
 
-int startOne(Ctl& ctl, ServiceInfo& service, const ControlOptions& options)
+int startOne(Ctl& ctl, Instances&, ServiceInfo& service, const ControlOptions& options)
 {
     ConsolePrompts prompts(ctl.console);
-    if (!options.alone && service.StartPrerequisites(prompts) == NotStarted)
-        return instanceFailure(ctl, service);
+    if (!options.alone && service.StartPrerequisites(prompts) == NotStarted) {
+        instanceFailure(ctl, service);
+        advisePrerequisites(ctl, service);
+        return exit_code::Failed;
+    }
     if (service.StartNow() != 0)
         return instanceFailure(ctl, service);
     return options.noWait ? exit_code::Done : await(ctl, service, Started, options.timeoutSeconds);
 }
 
-int stopOne(Ctl& ctl, ServiceInfo& service, const ControlOptions& options)
+int stopOne(Ctl& ctl, Instances& instances, ServiceInfo& service, const ControlOptions& options)
 {
-    if (service.StopNow() != 0)
-        return instanceFailure(ctl, service);
+    if (service.StopNow() != 0) {
+        instanceFailure(ctl, service);
+        adviseStop(ctl, instances, service);
+        return exit_code::Failed;
+    }
     return options.noWait ? exit_code::Done : await(ctl, service, Stopped, options.timeoutSeconds);
 }
 
 /// Does it to each instance in turn, also behind one that failed, and prints what became of them.
-int control(Ctl& ctl, const ControlOptions& options, int (*act)(Ctl&, ServiceInfo&, const ControlOptions&))
+int control(Ctl& ctl, const ControlOptions& options,
+    int (*act)(Ctl&, Instances&, ServiceInfo&, const ControlOptions&))
 {
     Instances instances;
     if (!instances.read(ctl))
@@ -137,7 +148,7 @@ int control(Ctl& ctl, const ControlOptions& options, int (*act)(Ctl&, ServiceInf
         return exit_code::Failed;
     int code = exit_code::Done;
     for (ServiceInfo* const service : *services)
-        code = std::max(code, act(ctl, *service, options));
+        code = std::max(code, act(ctl, instances, *service, options));
     return std::max(code, printStatus(ctl, *services, services->size() == 1));
 }
 
@@ -197,8 +208,13 @@ int remove(Ctl& ctl, const RemoveOptions& options)
     if (!options.yes && !ctl.console.canAsk())
         return usageError(ctl, u"remove can ask nobody here; --yes removes without asking"_s);
     ConsolePrompts prompts(ctl.console);
-    if (ServiceApp().RemoveService(options.name, !options.yes, prompts) != 0)
+    quint32 refusal = error::Success;
+    const int removed = ServiceApp().RemoveService(options.name, !options.yes, prompts, &refusal);
+    if (removed != 0) {
+        if (removed == NotRemoved)
+            adviseRemoval(ctl, options.name, refusal);
         return exit_code::Failed;
+    }
     if (ctl.json)
         printJson(ctl.console, {{"name"_L1, options.name}, {"removed"_L1, true}});
     return exit_code::Done;

@@ -6,6 +6,8 @@
 #include "resources/text_ids.h"
 #include "services/service_by_name.h"
 
+#include <QSaveFile>
+
 namespace quoril {
 
 using namespace Qt::StringLiterals;
@@ -25,7 +27,9 @@ void declareProgram(Ctl& ctl, const CommandParser& parser)
     parser.addFlag("--json", ctl.json, "Print JSON");
     addCatalogueSubcommands(ctl, parser);
     addControlSubcommands(ctl, parser);
+    addWaitSubcommand(ctl, parser);
     addLogSubcommands(ctl, parser);
+    addMetricsSubcommand(ctl, parser);
     addReportSubcommand(ctl, parser);
     addScheduleSubcommand(ctl, parser);
     addInstallationSubcommands(ctl, parser);
@@ -90,6 +94,15 @@ int failure(Ctl& ctl, const QString& text, quint32 reason)
 {
     const QString why = reason ? LoadText(text::Reason) + ServiceApp::ErrorText(reason) : QString();
     ctl.console.tell(text + why);
+    return exit_code::Failed;
+}
+
+int replaceFile(Ctl& ctl, const QString& path, const QByteArray& content)
+{
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
+        return exit_code::Done;
+    ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(path, file.errorString()));
     return exit_code::Failed;
 }
 

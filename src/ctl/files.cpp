@@ -76,6 +76,11 @@ int log(Ctl& ctl, const FileOptions& options)
         const Progress progress(ctl.console, u"Reading %1..."_s.arg(options.path));
         log->read(file);
     }
+    if (log->GetCount() == 0 && file.size() > 0) {
+        ctl.console.tell(
+            u"\"%1\": no log of the emulator, not one line of it begins a message"_s.arg(options.path));
+        return exit_code::Failed;
+    }
     if (options.summary) {
         printLogSummary(ctl, *log);
         return exit_code::Done;

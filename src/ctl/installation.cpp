@@ -1,5 +1,6 @@
 // install, update.
 
+#include "ctl/advice.h"
 #include "ctl/console_prompts.h"
 #include "ctl/instances.h"
 #include "ctl/subcommand.h"
@@ -57,7 +58,14 @@ int run(Ctl& ctl, const InstallOptions& options, bool isUpdate)
     CheckedInstaller installer;
     installer.InstallService(options.name, configuration.path, isUpdate, executable.path, prompts);
     Instances instances;
-    if (installer.installed() == 0 || !instances.read(ctl))
+    if (installer.installed() == 0) {
+        if (isUpdate && instances.read(ctl) && !instances.lookUp(options.name))
+            ctl.console.tell(u"No instance \"%1\"; use \"quorilctl install\"."_s.arg(options.name));
+        else
+            adviseExecutable(ctl, executable.path);
+        return exit_code::Failed;
+    }
+    if (!instances.read(ctl))
         return exit_code::Failed;
     if (ServiceInfo* const service = instances.lookUp(options.name))
         return printStatus(ctl, {service}, true);

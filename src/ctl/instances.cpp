@@ -1,11 +1,13 @@
 #include "ctl/instances.h"
 
+#include "ctl/advice.h"
 #include "ctl/output.h"
 #include "ctl/subcommand.h"
 #include "formats/name_case.h"
 #include "platform/services.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "services/service_engine.h"
 #include "services/service_walk.h"
 #include "shell/service_catalogue.h"
 
@@ -49,6 +51,14 @@ template <std::size_t Size> QString wordOf(const std::array<Word, Size>& words, 
     return found == words.end() ? u"unknown"_s : found->word.toString();
 }
 
+template <std::size_t Size> QStringList wordsOf(const std::array<Word, Size>& words)
+{
+    QStringList all;
+    for (const Word& word : words)
+        all.append(word.word.toString());
+    return all;
+}
+
 } // namespace
 
 bool Instances::read(Ctl& ctl)
@@ -73,6 +83,7 @@ ServiceInfo* Instances::find(Ctl& ctl, const QString& name)
     if (ServiceInfo* const found = lookUp(name))
         return found;
     failure(ctl, LoadText(text::ServiceConnectFailed) + u' ' + name, error::ServiceDoesNotExist);
+    adviseUnknown(ctl, name);
     return nullptr;
 }
 
@@ -101,11 +112,42 @@ QString startTypeWord(qint32 startType)
     return wordOf(StartTypes, quint32(startType));
 }
 
+QStringList stateWords()
+{
+    return wordsOf(States);
+}
+
+QStringList startTypeWords()
+{
+    return wordsOf(StartTypes);
+}
+
 std::optional<qint32> startTypeOf(QStringView word)
 {
     const auto found = std::find_if(StartTypes.begin(), StartTypes.end(),
         [word](const Word& known) { return foldedEquals(known.word, word); });
     return found == StartTypes.end() ? std::nullopt : std::optional(qint32(found->number));
+}
+
+QStringList prerequisitesOf(const ServiceInfo& service)
+{
+    constexpr qsizetype configBytes = 4096;
+    QStringList names;
+    const auto act = [&names](Service& open) -> Status {
+        const auto config = open.queryConfig(configBytes);
+        if (!config)
+            return config.failure();
+        names = config->dependencies;
+        return {};
+    };
+    (void)operateService({service.Name, service_access::QueryConfig}, act);
+    return names;
+}
+
+bool askState(ServiceInfo& service)
+{
+    service.StartType = -1;
+    return service.QueryState() == 0;
 }
 
 int instanceFailure(Ctl& ctl, const ServiceInfo& service)
@@ -121,7 +163,7 @@ int printStatus(Ctl& ctl, const std::vector<ServiceInfo*>& services, bool single
     if (ctl.json && !single)
         array.emplace(ctl.console);
     for (ServiceInfo* const service : services) {
-        const bool asked = service->QueryState() == 0;
+        const bool asked = askState(*service);
         if (!asked)
             code = instanceFailure(ctl, *service);
         const QString state = asked ? stateWord(service->Reported.currentState) : u"unknown"_s;

@@ -36,8 +36,18 @@ private:
 /// other number.
 QString stateWord(quint32 currentState);
 QString startTypeWord(qint32 startType);
+/// All of these words but "unknown".
+QStringList stateWords();
+QStringList startTypeWords();
 /// The number of the start type that a word names, in any case.
 std::optional<qint32> startTypeOf(QStringView word);
+
+/// The services that have to run before this one; none where its configuration can't be read.
+QStringList prerequisitesOf(const ServiceInfo& service);
+
+/// Asks for state and start type; a start type that can't be read is -1 afterwards. False, with the failure
+/// in the record, if the state can't be read.
+bool askState(ServiceInfo& service);
 
 /// Tells the failure of the last operation on an instance: the exit code for that.
 int instanceFailure(Ctl& ctl, const ServiceInfo& service);

@@ -12,9 +12,6 @@
 
 namespace quoril {
 
-namespace {
-
-/// A time as the emulator's log writes it, the local one.
 std::optional<qint64> momentOf(const std::array<qint32, 6>& time)
 {
     const QDateTime local(QDate(time[0], time[1], time[2]), QTime(time[3], time[4], time[5]));
@@ -22,8 +19,6 @@ std::optional<qint64> momentOf(const std::array<qint32, 6>& time)
     return moment >= 0 && moment <= std::numeric_limits<quint32>::max() ? std::optional(moment)
                                                                         : std::nullopt;
 }
-
-} // namespace
 
 void takeLastRun(ServiceInfo& service)
 {

@@ -50,6 +50,10 @@ bool takePeriod(Ctl& ctl, const LogsOptions& options, ServiceInfo& service)
         }
         end = quint32(*moment);
     }
+    if (!options.from.isEmpty() && !options.to.isEmpty() && service.LogFrom > service.LogTo) {
+        usageError(ctl, u"--from %1 is after --to %2"_s.arg(options.from, options.to));
+        return false;
+    }
     return true;
 }
 

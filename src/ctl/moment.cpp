@@ -17,7 +17,9 @@ std::optional<qint64> inRange(qint64 moment)
     return moment >= 0 && moment <= LastMoment ? std::optional(moment) : std::nullopt;
 }
 
-std::optional<qint64> parseDelay(QStringView text, qint64 now)
+} // namespace
+
+std::optional<qint64> parseDuration(QStringView text)
 {
     if (text.isEmpty())
         return std::nullopt;
@@ -39,10 +41,8 @@ std::optional<qint64> parseDelay(QStringView text, qint64 now)
     }
     bool isNumber = false;
     const uint count = text.toUInt(&isNumber);
-    return isNumber ? inRange(now + qint64(count) * unit) : std::nullopt;
+    return isNumber ? std::optional(qint64(count) * unit) : std::nullopt;
 }
-
-} // namespace
 
 std::optional<qint64> parseMoment(QStringView text)
 {
@@ -55,8 +55,10 @@ std::optional<qint64> parseMoment(QStringView text)
 
 std::optional<qint64> parseOrderTime(QStringView text, qint64 now)
 {
-    if (text.startsWith(u'+'))
-        return parseDelay(text.sliced(1), now);
+    if (text.startsWith(u'+')) {
+        const auto delay = parseDuration(text.sliced(1));
+        return delay ? inRange(now + *delay) : std::nullopt;
+    }
     const QString clock = text.toString();
     QTime time = QTime::fromString(clock, u"HH:mm"_s);
     if (!time.isValid())
@@ -73,22 +75,31 @@ QString momentText(qint64 moment)
     return QDateTime::fromSecsSinceEpoch(moment).toString(u"yyyy-MM-dd HH:mm:ss"_s);
 }
 
-std::optional<TimedOrder> parseOrder(QStringView text, qint64 now)
+std::optional<TimedOrder> parseOrder(QStringView text, qint64 now, QString& fault)
 {
     const qsizetype at = text.indexOf(u'@');
     const qsizetype sign = text.indexOf(u'=', at);
-    if (at < 0 || sign < 0)
-        return std::nullopt;
+    const QStringView action = text.left(qMax<qsizetype>(at, 0));
     TimedOrder order;
-    if (text.left(at) == u"start")
+    fault.clear();
+    if (action == u"start")
         order.action = schedule_action::Start;
-    else if (text.left(at) == u"stop")
+    else if (action == u"stop")
         order.action = schedule_action::Stop;
-    const auto time = parseOrderTime(text.mid(at + 1, sign - at - 1), now);
-    order.name = text.sliced(sign + 1).toString();
-    if (order.action == 0 || !time || order.name.isEmpty())
+    else
+        fault = u"it begins with neither start@ nor stop@"_s;
+    if (order.action != 0 && (sign < 0 || sign + 1 == text.size()))
+        fault = u"it has no =NAME at its end"_s;
+    if (!fault.isEmpty())
         return std::nullopt;
+    const QStringView timeText = text.sliced(at + 1, sign - at - 1);
+    const auto time = parseOrderTime(timeText, now);
+    if (!time) {
+        fault = u"\"%1\" is no time"_s.arg(timeText);
+        return std::nullopt;
+    }
     order.time = *time;
+    order.name = text.sliced(sign + 1).toString();
     return order;
 }
 

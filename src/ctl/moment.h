@@ -16,6 +16,9 @@ namespace quoril {
 /// time beyond 32 bits.
 std::optional<qint64> parseMoment(QStringView text);
 
+/// The seconds of a time span: "90", "90s", "15m" or "2h".
+std::optional<qint64> parseDuration(QStringView text);
+
 /// The same for an order: also "18:00" or "18:00:30" for the next time that the clock shows that, and "+90",
 /// "+90s", "+15m" or "+2h" from now on.
 std::optional<qint64> parseOrderTime(QStringView text, qint64 now);
@@ -31,6 +34,7 @@ struct TimedOrder
     QString name;
 };
 
-std::optional<TimedOrder> parseOrder(QStringView text, qint64 now);
+/// None for any other text; `fault` says then which part of it is wrong.
+std::optional<TimedOrder> parseOrder(QStringView text, qint64 now, QString& fault);
 
 } // namespace quoril

@@ -8,6 +8,8 @@
 #include "ctl/subcommand.h"
 #include "report/problem_report.h"
 
+#include <QFile>
+
 namespace quoril {
 
 using namespace Qt::StringLiterals;
@@ -49,6 +51,8 @@ int report(Ctl& ctl, const ReportOptions& options)
         const Progress progress(ctl.console, u"Gathering the report..."_s);
         written = mailProblemReport(*service, prompts, askFileName, options.executables);
     }
+    if (QFile out(file); !written && !file.isEmpty() && !out.open(QIODevice::ReadWrite))
+        ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(file, out.errorString()));
     if (ctl.json)
         printJson(ctl.console, {{"name"_L1, service->Name}, {"file"_L1, file}, {"written"_L1, written}});
     return written ? exit_code::Done : exit_code::Failed;

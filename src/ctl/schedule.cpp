@@ -101,9 +101,10 @@ int schedule(Ctl& ctl, const ScheduleOptions& options)
 {
     std::vector<TimedOrder> orders;
     for (const QString& text : options.orders) {
-        const auto order = parseOrder(text, machine().clock().now());
+        QString fault;
+        const auto order = parseOrder(text, machine().clock().now(), fault);
         if (!order)
-            return usageError(ctl, u"\"%1\" is no order; write start@18:00=NAME"_s.arg(text));
+            return usageError(ctl, u"\"%1\" is no order: %2; write start@18:00=NAME"_s.arg(text, fault));
         orders.push_back(*order);
     }
     Instances instances;

@@ -45,6 +45,10 @@ int usageError(Ctl& ctl, const QString& text);
 /// Tells a failure, with the system's text of its error number where there is one: the exit code for that.
 int failure(Ctl& ctl, const QString& text, quint32 reason);
 
+/// Puts the content in place of the file, in one step: whoever reads it sees all of the old or of the new
+/// one. The exit code; a failure is told.
+int replaceFile(Ctl& ctl, const QString& path, const QByteArray& content);
+
 // The groups of subcommands.
 void addCatalogueSubcommands(Ctl& ctl, const CommandParser& parser);
 void addControlSubcommands(Ctl& ctl, const CommandParser& parser);
@@ -53,6 +57,8 @@ void addFileSubcommands(Ctl& ctl, const CommandParser& parser);
 void addScheduleSubcommand(Ctl& ctl, const CommandParser& parser);
 void addReportSubcommand(Ctl& ctl, const CommandParser& parser);
 void addInstallationSubcommands(Ctl& ctl, const CommandParser& parser);
+void addMetricsSubcommand(Ctl& ctl, const CommandParser& parser);
+void addWaitSubcommand(Ctl& ctl, const CommandParser& parser);
 void addMachineSubcommands(Ctl& ctl, const CommandParser& parser);
 
 } // namespace quoril

@@ -9,7 +9,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStringDecoder>
 
 namespace quoril {
@@ -100,11 +99,7 @@ int exportText(Ctl& ctl, const RegistryOptions& options)
         ctl.console.lines(shown.remove(u'\r').trimmed());
         return exit_code::Done;
     }
-    QSaveFile file(options.file);
-    if (file.open(QIODevice::WriteOnly) && file.write(*text) == text->size() && file.commit())
-        return exit_code::Done;
-    ctl.console.tell(options.file + u": "_s + file.errorString());
-    return exit_code::Failed;
+    return replaceFile(ctl, options.file, *text);
 }
 
 } // namespace

@@ -103,7 +103,7 @@ int ServiceApp::SetDependencies(const QString& serviceName) const
     return 0;
 }
 
-int ServiceApp::RemoveRegistration(const QString& serviceName, UserPrompts& prompts) const
+int ServiceApp::RemoveRegistration(const QString& serviceName, UserPrompts& prompts, quint32* refusal) const
 {
     RemovalFailure failure;
     const auto act = [&](Service& service) { return deleteStopped(service, failure); };
@@ -117,6 +117,9 @@ int ServiceApp::RemoveRegistration(const QString& serviceName, UserPrompts& prom
     else if (outcome.step == ServiceStep::OpenService)
         failure = {text::RemovalServiceConnectFailed, outcome.errorNumber};
 
+    else if (refusal && failure.textId == text::RemovalFailed)
+        *refusal = outcome.errorNumber;
+
     QString told = LoadText(failure.textId);
     if (failure.reason)
         told += LoadText(text::Reason) % ErrorText(failure.reason);
@@ -124,7 +127,8 @@ int ServiceApp::RemoveRegistration(const QString& serviceName, UserPrompts& prom
     return -1;
 }
 
-int ServiceApp::RemoveService(const QString& serviceName, bool ask, UserPrompts& prompts) const
+int ServiceApp::RemoveService(
+    const QString& serviceName, bool ask, UserPrompts& prompts, quint32* refusal) const
 {
     if (ask && !(prompts.confirmRemoval(serviceName) && prompts.ask(LoadText(text::RemovalQuestion))))
         return 1;
@@ -134,7 +138,7 @@ int ServiceApp::RemoveService(const QString& serviceName, bool ask, UserPrompts&
         prompts.message(LoadText(text::ServiceNotInstalled));
         return -1;
     }
-    return RemoveRegistration(serviceName, prompts);
+    return RemoveRegistration(serviceName, prompts, refusal);
 }
 
 int ServiceApp::FindInstalledService(const QString& serviceName, QString& installedName) const

@@ -56,12 +56,15 @@ public:
     /// holds it, -5 the service can't be opened, -6 the change was refused.
     int SetDependencies(const QString& serviceName) const;
 
-    /// Deletes a stopped service through the service manager.
-    int RemoveRegistration(const QString& serviceName, UserPrompts& prompts) const;
+    /// Deletes a stopped service through the service manager. `refusal` gets the error number of a deletion
+    /// that was refused, which the person isn't told.
+    int RemoveRegistration(
+        const QString& serviceName, UserPrompts& prompts, quint32* refusal = nullptr) const;
 
     /// Removes an installed emulator service, after two questions if it is to ask: 0, -1, or 1 if the person
     /// declined. The name goes to the service manager as it is given.
-    int RemoveService(const QString& serviceName, bool ask, UserPrompts& prompts) const;
+    int RemoveService(
+        const QString& serviceName, bool ask, UserPrompts& prompts, quint32* refusal = nullptr) const;
 
     /// Looks for the service among the emulator services, without regard to case. The installed name comes
     /// out in upper case, empty if there is none. -1 if the services can't be walked. Nothing is shown.

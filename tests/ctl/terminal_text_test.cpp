@@ -47,14 +47,15 @@ TEST(Moment, IsReadFromATextOrRefused)
              u"2200-01-01", u"+4294967295h", u"tomorrow"})
         EXPECT_FALSE(parseOrderTime(text, now)) << qPrintable(text.toString());
 
-    const auto order = parseOrder(u"stop@18:00=A=b@c", now);
+    QString fault;
+    const auto order = parseOrder(u"stop@18:00=A=b@c", now, fault);
     ASSERT_TRUE(order);
     EXPECT_EQ(order->action, schedule_action::Stop);
     EXPECT_EQ(order->time, now + 3600);
     EXPECT_EQ(order->name, u"A=b@c");
     for (const QStringView text :
         {u"", u"start", u"start@18:00", u"pause@18:00=A", u"start@18:00=", u"start@=A"})
-        EXPECT_FALSE(parseOrder(text, now)) << qPrintable(text.toString());
+        EXPECT_FALSE(parseOrder(text, now, fault)) << qPrintable(text.toString());
 }
 
 } // namespace

@@ -358,7 +358,9 @@ FakeServiceControl::Script& FakeMachine::addInstance(const QString& name, const 
     fakeRegistry.load(
         u"[%1]\nGroup=TargetPlatformEmulator\nDependOnService=multi:%2\n[%1\\Parameters]\nTargetPlatformEmulator=sample"_s
             .arg(path, prerequisites.join(u'|')));
-    return fakeServices.service(name);
+    FakeServiceControl::Script& service = fakeServices.service(name);
+    service.config.dependencies = prerequisites;
+    return service;
 }
 
 void RecordingPrompts::inform(const QString& text, quint32 periodMilliseconds)

@@ -1,0 +1,100 @@
+#include "ctl/advice.h"
+
+#include "ctl/instances.h"
+#include "ctl/subcommand.h"
+#include "formats/name_case.h"
+#include "platform/files.h"
+#include "platform/machine.h"
+#include "services/service_by_name.h"
+
+#include <QFileInfo>
+
+namespace quoril {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What a service that doesn't run is doing, and why if that is known.
+QString conditionOf(const ServiceInfo& service)
+{
+    const QString state = stateWord(service.Reported.currentState);
+    if (service.Reported.currentState != service_state::Stopped)
+        return state;
+    if (service.StartType == qint32(start_type::Disabled))
+        return state + u" and disabled"_s;
+    const quint32 code = service.Reported.win32ExitCode;
+    return code == error::Success ? state : state + u": "_s + ServiceApp::ErrorText(code);
+}
+
+} // namespace
+
+void adviseUnknown(Ctl& ctl, const QString& name)
+{
+    ctl.console.tell(u"No instance \"%1\"; see \"quorilctl list\"."_s.arg(name));
+}
+
+void advisePrerequisites(Ctl& ctl, const ServiceInfo& service)
+{
+    for (const QString& name : prerequisitesOf(service)) {
+        ServiceInfo needed;
+        needed.Name = name;
+        if (!askState(needed))
+            ctl.console.tell(
+                u"%1 needs \"%2\": %3"_s.arg(service.Name, name, ServiceApp::ErrorText(needed.Reason)));
+        else if (needed.Reported.currentState != service_state::Running)
+            ctl.console.tell(u"%1 needs \"%2\", which is %3"_s.arg(service.Name, name, conditionOf(needed)));
+    }
+}
+
+void adviseState(Ctl& ctl, const ServiceInfo& service)
+{
+    const quint32 state = service.Reported.currentState;
+    const bool rests = state == service_state::Stopped || state == service_state::Running
+        || state == service_state::Paused;
+    ctl.console.tell(u"%1 is %2%3; try \"quorilctl status %1\" and \"quorilctl logs %1\"."_s.arg(
+        service.Name, rests ? QString() : u"still "_s, stateWord(state)));
+}
+
+void adviseStop(Ctl& ctl, Instances& instances, const ServiceInfo& service)
+{
+    if (service.Reason != error::DependentServicesRunning)
+        return;
+    QStringList running;
+    for (ServiceInfo& other : instances.all()) {
+        const QStringList needed = prerequisitesOf(other);
+        const bool needs = std::any_of(needed.begin(), needed.end(),
+            [&service](const QString& name) { return foldedEquals(name, service.Name); });
+        if (needs && askState(other) && other.Reported.currentState != service_state::Stopped)
+            running.append(other.Name);
+    }
+    if (running.isEmpty())
+        ctl.console.tell(u"A service that is no instance needs %1; stop it first."_s.arg(service.Name));
+    else
+        ctl.console.tell(
+            u"These need %1 and run; stop them first: %2"_s.arg(service.Name, running.join(u", "_s)));
+}
+
+void adviseRemoval(Ctl& ctl, const QString& name, quint32 refusal)
+{
+    Instances instances;
+    if (!instances.read(ctl))
+        return;
+    ServiceInfo* const service = instances.lookUp(name);
+    if (!service)
+        adviseUnknown(ctl, name);
+    else if (refusal != error::Success)
+        ctl.console.tell(u"%1 can't be removed: %2"_s.arg(service->Name, ServiceApp::ErrorText(refusal)));
+    else if (askState(*service) && service->Reported.currentState != service_state::Stopped)
+        ctl.console.tell(u"%1 is %2; stop it first: \"quorilctl stop %1\"."_s.arg(
+            service->Name, stateWord(service->Reported.currentState)));
+}
+
+void adviseExecutable(Ctl& ctl, const QString& path)
+{
+    const auto host = machine().files().hostPath(path);
+    if (host && !QFileInfo(*host).isExecutable())
+        ctl.console.tell(u"\"%1\" can't be executed: it is there, but not marked as a program."_s.arg(path));
+}
+
+} // namespace quoril
