@@ -15,6 +15,7 @@ packages=(
   xz-utils                # unpacks the real files that the tests read
   dbus                    # a private bus for the test of the workstation lock
   fonts-dejavu-core       # a font for windows without a desktop
+  xvfb xdotool            # a screen, a mouse and a keyboard for the tests of the windows
 )
 if [ "${1:-}" = windows ]; then
   packages+=(
@@ -22,8 +23,8 @@ if [ "${1:-}" = windows ]; then
     googletest              # its sources: the library is built for Windows with the tests
     dpkg-dev                # unpacks Qt's source package where no Qt for mingw is at hand
     zip                     # packs the release
-    wine wine64 xvfb
-    openbox xdotool x11-utils   # windows with frames and keys, and a look at which there are
+    wine wine64
+    openbox x11-utils   # windows with frames and keys, and a look at which there are
   )
 fi
 if [ "${1:-}" = packages ]; then

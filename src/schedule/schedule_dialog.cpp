@@ -199,7 +199,7 @@ bool ScheduleDialog::eventFilter(QObject* watched, QEvent* event)
 
 void ScheduleDialog::enableRemove()
 {
-    m_remove->setEnabled(m_list->selectionModel()->hasSelection());
+    enable(*m_remove, m_list->selectionModel()->hasSelection());
 }
 
 void ScheduleDialog::OnSetStart()
@@ -241,7 +241,6 @@ void ScheduleDialog::OnRemove()
     m_table.remove(chosen);
     buildList();
     showPickers();
-    m_list->setFocus();
     repaint();
 }
 

@@ -21,7 +21,7 @@ RemoveServiceDialog::RemoveServiceDialog(const QString& serviceName, QWidget* pa
     layout->addWidget(label(ids::NameLabel, name));
     layout->addWidget(name);
     layout->addStretch();
-    layout->addWidget(closingButtons(ids::Remove, ids::Cancel));
+    layout->addWidget(closingButtons(ids::Remove, ids::Cancel, EnterMeans::Reject));
 }
 
 } // namespace quoril

@@ -60,7 +60,6 @@ ServiceInstallDialog::ServiceInstallDialog(
     layout->setRowStretch(3, 1);
     layout->addWidget(closingButtons(ids::Install, ids::Cancel), 4, 0, 1, 3);
     m_install = findChild<QPushButton*>(QString::number(ids::Install));
-    browse->setAutoDefault(false);
     connect(browse, &QPushButton::clicked, this, &ServiceInstallDialog::OnBrowse);
     m_name->setFocus();
 }

@@ -147,7 +147,7 @@ void ServiceManagementDialog::OnInitDialog()
     for (const auto& [textId, startType] : StartTypes)
         m_startType->addItem(LoadText(textId), startType);
     m_startType->setCurrentIndex(std::max(0, m_startType->findData(m_service->StartType)));
-    m_apply->setEnabled(false);
+    enable(*m_apply, false);
 }
 
 void ServiceManagementDialog::accept()
@@ -202,12 +202,12 @@ void ServiceManagementDialog::OnTypeSelected(int index)
 {
     TypeChanged = true;
     NewStartType = m_startType->itemData(index).toInt();
-    m_apply->setEnabled(true);
+    enable(*m_apply, true);
 }
 
 void ServiceManagementDialog::OnApply()
 {
-    m_apply->setEnabled(false);
+    enable(*m_apply, false);
     DialogPrompts prompts(this);
     const int changed = m_service->SetStartType(NewStartType, prompts);
     TypeChanged = false;
@@ -234,8 +234,8 @@ void ServiceManagementDialog::ShowStatus()
     constexpr qint32 stopped = 3;
     if (status == paused)
         return;
-    m_start->setEnabled(status != started);
-    m_stop->setEnabled(status != stopped);
+    enable(*m_start, status != started);
+    enable(*m_stop, status != stopped);
 }
 
 void ServiceManagementDialog::ShowFailure()

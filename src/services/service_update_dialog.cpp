@@ -35,7 +35,7 @@ ServiceUpdateDialog::ServiceUpdateDialog(
         layout->addWidget(field, row++, 1);
     }
     layout->setRowStretch(row++, 1);
-    layout->addWidget(closingButtons(ids::Update, ids::Cancel), row, 0, 1, 2);
+    layout->addWidget(closingButtons(ids::Update, ids::Cancel, EnterMeans::Reject), row, 0, 1, 2);
     m_services->setFocus();
 }
 
@@ -57,7 +57,7 @@ void ServiceUpdateDialog::OnInitDialog()
     m_services->clear();
     (void)ListProductServices(m_product->text());
     if (m_services->count() == 0)
-        findChild<QPushButton*>(QString::number(ids::Update))->setEnabled(false);
+        enable(*findChild<QPushButton*>(QString::number(ids::Update)), false);
     else
         m_services->setCurrentIndex(0);
 }

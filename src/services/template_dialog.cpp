@@ -2,7 +2,6 @@
 
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -62,24 +61,22 @@ QComboBox* TemplateDialog::comboBox(quint32 id)
 {
     auto* made = new QComboBox(this);
     made->setObjectName(QString::number(id));
-    made->installEventFilter(this);
     return made;
 }
 
-bool TemplateDialog::eventFilter(QObject* watched, QEvent* event)
+void TemplateDialog::enable(QWidget& control, bool enabled)
 {
-    const auto* list = event->type() == QEvent::Wheel ? qobject_cast<QComboBox*>(watched) : nullptr;
-    if (list && !list->hasFocus()) {
-        event->ignore();
-        return true;
-    }
-    return QDialog::eventFilter(watched, event);
+    // The toolkit would move the focus to the next control, where a key that was meant for this one acts.
+    if (!enabled && focusWidget() == &control && m_default)
+        m_default->setFocus();
+    control.setEnabled(enabled);
 }
 
 QPushButton* TemplateDialog::button(quint32 id)
 {
     auto* made = new QPushButton(caption(id), this);
     made->setObjectName(QString::number(id));
+    made->setAutoDefault(false);
     return made;
 }
 
@@ -90,13 +87,17 @@ QGroupBox* TemplateDialog::groupBox(quint32 id)
     return made;
 }
 
-QDialogButtonBox* TemplateDialog::closingButtons(quint32 accepting, quint32 rejecting)
+QDialogButtonBox* TemplateDialog::closingButtons(quint32 accepting, quint32 rejecting, EnterMeans enter)
 {
     auto* box = new QDialogButtonBox(this);
     QPushButton* accept = button(accepting);
+    QPushButton* reject = button(rejecting);
     box->addButton(accept, QDialogButtonBox::AcceptRole);
-    box->addButton(button(rejecting), QDialogButtonBox::RejectRole);
-    accept->setDefault(true);
+    box->addButton(reject, QDialogButtonBox::RejectRole);
+    accept->setAutoDefault(true);
+    reject->setAutoDefault(true);
+    m_default = enter == EnterMeans::Accept ? accept : reject;
+    m_default->setDefault(true);
     connect(box, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
     return box;

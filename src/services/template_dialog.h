@@ -28,8 +28,6 @@ protected:
     /// Runs before the dialog is seen.
     virtual void OnInitDialog() { }
 
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
     QString caption(quint32 id) const { return m_template.caption(id); }
 
     /// A caption beside the control that it describes, for assistive tools too.
@@ -38,17 +36,26 @@ protected:
     QLineEdit* readOnlyEdit(quint32 id);
     /// The same for what is only told: it can't be entered either, and stays as legible.
     QLineEdit* disabledEdit(quint32 id);
-    /// A list to choose from, which nothing can be typed into. A turn of the wheel on the way over it changes
-    /// nothing.
+    /// A list to choose from, which nothing can be typed into.
     QComboBox* comboBox(quint32 id);
+    /// A button that acts while the dialog stays open: Space presses it, and it is never the one for Enter.
     QPushButton* button(quint32 id);
     QGroupBox* groupBox(quint32 id);
-    /// The closing buttons in the platform's order: the first, which is the default, accepts the dialog, the
-    /// other rejects it.
-    QDialogButtonBox* closingButtons(quint32 accepting, quint32 rejecting);
+    /// What Enter does where the person has not moved the focus to a closing button.
+    enum class EnterMeans
+    {
+        Accept,
+        Reject ///< for what can't be undone
+    };
+    /// The closing buttons in the platform's order: the first accepts the dialog, the other rejects it.
+    QDialogButtonBox* closingButtons(
+        quint32 accepting, quint32 rejecting, EnterMeans enter = EnterMeans::Accept);
+    /// Enables or disables the control; a disabled one leaves its focus to the closing button for Enter.
+    void enable(QWidget& control, bool enabled);
 
 private:
     DialogTemplate m_template;
+    QPushButton* m_default = nullptr;
 };
 
 /// Puts a text into an edit so that its beginning is seen and the whole of it is in the tooltip.

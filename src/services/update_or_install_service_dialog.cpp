@@ -32,7 +32,11 @@ UpdateOrInstallServiceDlg::UpdateOrInstallServiceDlg(QWidget* parent) : Template
     layout->addStretch();
     layout->addWidget(leave, 0, Qt::AlignRight);
 
+    // Each of them ends this dialog: Enter presses the one that the person has moved the focus to.
+    for (QPushButton* const road : {update, install, leave})
+        road->setAutoDefault(true);
     leave->setDefault(true);
+    leave->setFocus();
     setTabOrder(update, install);
     setTabOrder(install, leave);
     connect(update, &QPushButton::clicked, this, &UpdateOrInstallServiceDlg::OnUpdate);

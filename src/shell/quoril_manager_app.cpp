@@ -9,6 +9,7 @@
 #include "shell/main_frame.h"
 #include "shell/quoril_manager_doc.h"
 #include "shell/system_monitor.h"
+#include "shell/wheel_guard_widget.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -55,6 +56,7 @@ void CQuorilManagerApp::ApplyStyle(QApplication& application)
     for (const int size : {16, 32, 48, 64, 128, 256})
         icon.addFile(u":/quoril/icons/application-%1.png"_s.arg(size));
     QApplication::setWindowIcon(icon);
+    WheelGuard::install();
 }
 
 CQuorilManagerApp::~CQuorilManagerApp() = default;

@@ -106,7 +106,8 @@ TEST(UpdateOrInstallServiceDlg, UpdatesTheChosenServiceOfTheProduct)
         type(window, u"x"_s);
         EXPECT_EQ(services->currentText(), u"ZETA"_s);
         key(window, Qt::Key_Down);
-        key(window, Qt::Key_Return);
+        EXPECT_FALSE(control<QPushButton>(window, update_dialog::Update)->isDefault());
+        Person::press(window, update_dialog::Update);
     });
     bench.person.on(u"updated successfully"_s, Person::presses(1));
     EXPECT_EQ(bench.dialog.exec(), QDialog::Accepted);
