@@ -37,13 +37,13 @@ int main(int argc, char** argv)
         std::puts("QuorilManager " QUORIL_VERSION);
         return 0;
     }
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("QuorilManager"));
     // The desktop finds the window's entry and icon by it.
     QApplication::setDesktopFileName(QStringLiteral("quoril-services-manager"));
     const auto machine = quoril::openMachine(quoril::chooseMachine({}));
     const quoril::ScopedMachine inForce(*machine);
 
-    quoril::CQuorilManagerApp console(application);
+    quoril::CQuorilManagerApp console;
     return console.InitInstance(QApplication::arguments()) ? QApplication::exec() : 1;
 }

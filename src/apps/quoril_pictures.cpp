@@ -140,7 +140,7 @@ void printCatalogue(const CQuorilManagerDoc& document)
 
 int main(int argc, char** argv)
 {
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("QuorilManager"));
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 2) {
@@ -151,7 +151,7 @@ int main(int argc, char** argv)
     const auto machine = openMachine(chooseMachine({}));
     const ScopedMachine inForce(*machine);
 
-    CQuorilManagerApp console(application);
+    CQuorilManagerApp console;
     if (!folder.mkpath(QStringLiteral(".")) || !console.InitInstance({arguments[0]}))
         return 1;
     printCatalogue(*console.document());

@@ -55,8 +55,8 @@ int main(int argc, char** argv)
             isHelp ? StandardStream::Output : StandardStream::Error);
         return isHelp ? 0 : WrongUsage;
     }
-    QApplication application(argc, argv);
-    CQuorilManagerApp::ApplyStyle(application);
+    const QApplication application(argc, argv);
+    CQuorilManagerApp::Prepare();
     const auto machine = openMachine(chooseMachine({}));
     const ScopedMachine inForce(*machine);
     return runDialogs(arguments);

@@ -139,7 +139,7 @@ void settleLogPeriod(ServiceInfo& service)
 } // namespace
 
 LogTableBuilder::LogTableBuilder()
-    : m_table({{LoadText(text::ColumnDate), 8, 1}, {LoadText(text::ColumnMessageId), 8, 1},
+    : m_table({{LoadText(text::ColumnDate), 8, 1, true}, {LoadText(text::ColumnMessageId), 8, 1},
         {LoadText(text::ColumnMessageText), 1, 8}})
 {
 }

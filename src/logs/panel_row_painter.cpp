@@ -1,10 +1,14 @@
 #include "logs/panel_row_painter.h"
 
+#include "logs/panel_table_model.h"
 #include "platform/terminal_text.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QPainter>
 #include <QStyle>
+
+#include <cmath>
 
 namespace quoril {
 
@@ -20,14 +24,38 @@ QColor mixed(const QColor& one, const QColor& other, qreal share)
         channel(one.blue(), other.blue()));
 }
 
+/// The colour's luminance, 0 to 1, as contrast is measured by it.
+double luminance(const QColor& colour)
+{
+    const auto channel = [](double share) {
+        return share <= 0.04045 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * channel(colour.redF()) + 0.7152 * channel(colour.greenF())
+        + 0.0722 * channel(colour.blueF());
+}
+
+/// Black or white, whichever has the higher contrast: at least 4.5 to 1 on every ground.
 QColor readableOn(const QColor& ground)
 {
-    // Perceived brightness; the black text of the platform stays on every colour of an unselected row.
-    const int brightness = (ground.red() * 299 + ground.green() * 587 + ground.blue() * 114) / 1000;
-    return brightness < 90 ? Qt::white : Qt::black;
+    constexpr double EqualContrast = 0.179;
+    return luminance(ground) < EqualContrast ? Qt::white : Qt::black;
+}
+
+/// The row of the cell is the current one of a list with the focus.
+bool isCurrentRow(const QWidget* widget, const QModelIndex& index)
+{
+    const auto* const list = qobject_cast<const QAbstractItemView*>(widget);
+    return list && list->hasFocus() && list->currentIndex().row() == index.row();
 }
 
 } // namespace
+
+QSize PanelRowPainter::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    const QString text = shownText(index.data(Qt::DisplayRole).toString().left(DrawnUnits));
+    const int width = option.fontMetrics.horizontalAdvance(text) + 2 * margin(option.widget);
+    return {width, option.fontMetrics.height()};
+}
 
 int PanelRowPainter::margin(const QWidget* widget)
 {
@@ -59,10 +87,12 @@ void PanelRowPainter::paint(
     painter->setFont(option.font);
     painter->setPen(readableOn(ground));
     const bool cut = option.fontMetrics.horizontalAdvance(text) > place.width();
+    const bool endMatters = index.data(PanelTableModel::EndMattersRole).toBool();
     painter->drawText(place, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-        cut ? option.fontMetrics.elidedText(text, Qt::ElideRight, place.width()) : text);
-    if (option.state.testFlag(QStyle::State_HasFocus)) {
-        painter->setPen(QPen(readableOn(ground), 1, Qt::DotLine));
+        cut ? option.fontMetrics.elidedText(text, endMatters ? Qt::ElideLeft : Qt::ElideRight, place.width())
+            : text);
+    if (isCurrentRow(option.widget, index)) {
+        painter->setPen(readableOn(ground));
         painter->drawLine(option.rect.topLeft(), option.rect.topRight());
         painter->drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
     }

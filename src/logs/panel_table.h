@@ -19,6 +19,7 @@ struct PanelColumn
     QString heading;
     int divisor = 1;
     int multiplier = 1;
+    bool endMatters = false; ///< a text that is cut keeps its end
 
     int firstWidth(int clientWidth) const { return clientWidth / divisor * multiplier; }
 };

@@ -42,6 +42,8 @@ QVariant PanelTableModel::data(const QModelIndex& index, int role) const
         return m_table.text(index.row(), index.column());
     if (role == Qt::BackgroundRole)
         return colorOf(m_table.colour(index.row()));
+    if (role == EndMattersRole)
+        return m_table.column(index.column()).endMatters;
     return {};
 }
 

@@ -14,6 +14,9 @@ class PanelTableModel : public QAbstractTableModel
 public:
     using QAbstractTableModel::QAbstractTableModel;
 
+    /// Whether a cell that is cut shows the end of its text.
+    static constexpr int EndMattersRole = Qt::UserRole;
+
     void setTable(PanelTable table);
     const PanelTable& table() const { return m_table; }
 

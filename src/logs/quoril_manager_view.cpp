@@ -5,6 +5,7 @@
 #include "logs/log_table.h"
 #include "logs/panel_row_painter.h"
 #include "logs/panel_table_model.h"
+#include "logs/type_ahead_widget.h"
 #include "printing/page_painter.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
@@ -64,11 +65,17 @@ CQuorilManagerView::CQuorilManagerView(QWidget* parent)
     horizontalHeader()->setSectionsMovable(true);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumSectionSize(LeastColumnWidth);
+    m_typeAhead = std::make_unique<TypeAhead>(*this);
 }
+
+CQuorilManagerView::~CQuorilManagerView() = default;
 
 void CQuorilManagerView::ShowLogTable(ServiceInfo& service)
 {
     showTable(BuildLogTable(service), g_log_widths);
+    // The bar below takes its room first, or it would cover the last row.
+    updateGeometries();
+    goToRow(m_model->rowCount() - 1);
     scrollToBottom();
 }
 
@@ -80,6 +87,12 @@ void CQuorilManagerView::ShowEmptyLogTable()
 void CQuorilManagerView::ShowConfigurationTable(const ServiceInfo& service)
 {
     showTable(BuildConfigurationTable(service), g_configuration_widths);
+    goToRow(0);
+}
+
+void CQuorilManagerView::goToRow(int row)
+{
+    selectionModel()->setCurrentIndex(m_model->index(row, 0), QItemSelectionModel::NoUpdate);
 }
 
 void CQuorilManagerView::ClearList()
@@ -192,7 +205,28 @@ void CQuorilManagerView::contextMenuEvent(QContextMenuEvent* event)
         if (entry.command == command::CopySelection)
             connect(action, &QAction::triggered, this, &CQuorilManagerView::Copy);
     }
-    popup->popup(event->globalPos());
+    popup->popup(event->reason() == QContextMenuEvent::Keyboard ? placeOfCurrentRow() : event->globalPos());
+}
+
+QPoint CQuorilManagerView::placeOfCurrentRow()
+{
+    if (currentIndex().isValid())
+        scrollTo(currentIndex());
+    const QRect row = visualRect(currentIndex()).intersected(viewport()->rect());
+    return viewport()->mapToGlobal(QPoint(PanelRowPainter::margin(this), row.bottom() + 1));
+}
+
+void CQuorilManagerView::currentChanged(const QModelIndex& current, const QModelIndex& previous)
+{
+    QTableView::currentChanged(current, previous);
+    // The mark of the current row goes through all of its cells.
+    for (const QModelIndex& index : {current, previous})
+        viewport()->update(0, rowViewportPosition(index.row()), viewport()->width(), rowHeight(index.row()));
+}
+
+void CQuorilManagerView::keyboardSearch(const QString& text)
+{
+    m_typeAhead->type(text);
 }
 
 void CQuorilManagerView::keyPressEvent(QKeyEvent* event)

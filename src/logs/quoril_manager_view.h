@@ -6,11 +6,13 @@
 #include <QTableView>
 
 #include <array>
+#include <memory>
 
 namespace quoril {
 
 class PanelTableModel;
 class ServiceInfo;
+class TypeAhead;
 
 /// The right-hand pane: one list that shows the logs or the configuration of the selected instance. What it
 /// shows is a snapshot of the time of the call.
@@ -21,9 +23,10 @@ class CQuorilManagerView : public QTableView
 public:
     /// Forgets the column widths of both tables, which all views of the process share.
     explicit CQuorilManagerView(QWidget* parent = nullptr);
+    ~CQuorilManagerView() override;
 
-    /// Rebuilds the list with the instance's logs, the last row in sight. Settles the log period of the
-    /// record.
+    /// Rebuilds the list with the instance's logs, the last row in sight and current. Settles the log period
+    /// of the record.
     void ShowLogTable(ServiceInfo& service);
     /// Rebuilds the list with the columns of the log table and no row.
     void ShowEmptyLogTable();
@@ -54,6 +57,8 @@ public:
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void keyboardSearch(const QString& text) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     bool viewportEvent(QEvent* event) override;
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
@@ -64,12 +69,15 @@ private:
     static constexpr int Unknown = -1;
 
     void showTable(PanelTable table, WidthTable& widths);
+    void goToRow(int row);
+    QPoint placeOfCurrentRow();
     bool showCutText(const QPoint& position, const QPoint& screenPosition);
 
     static WidthTable g_configuration_widths;
     static WidthTable g_log_widths;
 
     PanelTableModel* m_model;
+    std::unique_ptr<TypeAhead> m_typeAhead;
     PrinterDialogs m_printing;
     int m_page_count = 0; ///< of the printing or preview that set it
     CPrintInfo* m_print_info = nullptr;

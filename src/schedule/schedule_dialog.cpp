@@ -4,6 +4,7 @@
 #include "schedule/schedule_model.h"
 #include "schedule/schedule_time.h"
 #include "services/prompt_dialogs.h"
+#include "shell/focus_frame_widget.h"
 
 #include <QDateEdit>
 #include <QDialogButtonBox>
@@ -11,6 +12,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QTimeEdit>
@@ -105,7 +107,9 @@ void ScheduleDialog::makeList()
     m_list->header()->setStretchLastSection(false);
     m_list->header()->setSectionsMovable(false);
     m_list->header()->setMinimumSectionSize(1);
+    m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
+    ShowFocusFrame(*m_list);
     m_list->setAccessibleName(windowTitle());
 
     // Room for every text but a long name, in each language: the date has two parts of the width, the action
@@ -194,6 +198,15 @@ bool ScheduleDialog::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_list->viewport() && event->type() == QEvent::Resize)
         fitColumns();
+    const bool isFirstStep = watched == m_list && event->type() == QEvent::KeyPress
+        && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down && m_model->rowCount() > 0
+        && !m_list->selectionModel()->hasSelection();
+    if (isFirstStep) {
+        // The first key takes the row that the focus stands on instead of passing it by.
+        m_list->setCurrentIndex(
+            m_list->currentIndex().isValid() ? m_list->currentIndex() : m_model->index(0, 0));
+        return true;
+    }
     return TemplateDialog::eventFilter(watched, event);
 }
 

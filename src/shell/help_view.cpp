@@ -2,11 +2,13 @@
 
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "shell/focus_frame_widget.h"
 #include "shell/screen_fit_widget.h"
 
 #include <QFile>
 #include <QHBoxLayout>
 #include <QRegularExpression>
+#include <QShortcut>
 #include <QSplitter>
 #include <QTextBrowser>
 #include <QTextDocumentFragment>
@@ -66,6 +68,10 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter);
+
+    ShowFocusFrame(*m_contents);
+    ShowFocusFrame(*m_text);
+    connect(new QShortcut(QKeySequence(Qt::Key_Escape), this), &QShortcut::activated, this, &QWidget::close);
 
     const QString html = readHelp(helpFile);
     fillContents(html);

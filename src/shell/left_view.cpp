@@ -10,9 +10,13 @@
 #include "shell/quoril_manager_doc.h"
 
 #include <QContextMenuEvent>
+#include <QHelpEvent>
 #include <QMenu>
+#include <QPainter>
 #include <QStyle>
 #include <QStyledItemDelegate>
+#include <QTextDocument>
+#include <QToolTip>
 
 namespace quoril {
 
@@ -31,7 +35,7 @@ bool isNavigation(int key)
 struct PopupCommand
 {
     quint32 id;
-    void (CMainFrame::*handler)(); ///< null: nobody handles the entry yet
+    void (CMainFrame::*handler)();
 };
 
 constexpr PopupCommand PopupCommands[] = {
@@ -46,6 +50,12 @@ constexpr PopupCommand PopupCommands[] = {
     {command::TreeEventLog, &CMainFrame::OnViewEventLog},
 };
 
+/// Pixels between an item's edge and its text.
+int textMargin(const QWidget& view)
+{
+    return view.style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, &view) + 1;
+}
+
 /// Shows a name as it is spelt: no mark in it may turn it into another's.
 class NameDelegate : public QStyledItemDelegate
 {
@@ -54,6 +64,26 @@ public:
     QString displayText(const QVariant& value, const QLocale&) const override
     {
         return shownText(value.toString());
+    }
+    /// The whole name where it is cut.
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+        const QModelIndex& index) override
+    {
+        if (event->type() != QEvent::ToolTip || !index.isValid())
+            return QStyledItemDelegate::helpEvent(event, view, option, index);
+        const QRect seen = option.rect.intersected(view->viewport()->rect());
+        if (sizeHint(option, index).width() > seen.width())
+            QToolTip::showText(event->globalPos(), Qt::convertFromPlainText(displayText(index.data(), {})),
+                view->viewport(), option.rect);
+        else
+            QToolTip::hideText();
+        return true;
+    }
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        const int margin = textMargin(*option.widget);
+        return {option.fontMetrics.horizontalAdvance(displayText(index.data(), {})) + 2 * margin,
+            option.fontMetrics.height() + RowPadding};
     }
 };
 
@@ -82,8 +112,6 @@ void CLeftView::FillTree()
     auto* root
         = new QTreeWidgetItem(this, {computerName ? *computerName : LoadText(text::LocalComputerMissed)});
     root->setData(0, ItemDataRole, RootData);
-    // All rows take their height from the first one.
-    root->setSizeHint(0, {0, fontMetrics().height() + RowPadding});
     QList<QTreeWidgetItem*> children;
     children.reserve(qsizetype(m_document.m_services.size()));
     for (const ServiceInfo& service : m_document.m_services) {
@@ -164,8 +192,7 @@ void CLeftView::OnDraw(PageCanvas& canvas)
 bool CLeftView::isOnText(QTreeWidgetItem* item, const QPoint& position) const
 {
     QRect label = visualItemRect(item);
-    const int margin = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
-    label.setWidth(fontMetrics().horizontalAdvance(shownText(item->text(0))) + margin);
+    label.setWidth(fontMetrics().horizontalAdvance(shownText(item->text(0))) + 2 * textMargin(*this));
     return label.contains(position);
 }
 
@@ -183,23 +210,49 @@ void CLeftView::showPopup(const QPoint& screenPosition)
     const std::vector<MenuEntry> popups = activeResources().menu(menu::Tree);
     if (popups.empty() || !m_frame)
         return;
-    QMenu menu(this);
+    auto* const popup = new QMenu(this);
+    popup->setAttribute(Qt::WA_DeleteOnClose);
     for (const MenuEntry& entry : popups.front().entries) {
         if (entry.command == 0)
-            menu.addSeparator();
+            popup->addSeparator();
         else
-            menu.addAction(entry.caption)->setData(entry.command);
+            connect(popup->addAction(entry.caption), &QAction::triggered, this,
+                [this, id = entry.command] { runPopupCommand(id); });
     }
-    if (const QAction* const chosen = menu.exec(screenPosition))
-        runPopupCommand(chosen->data().toUInt());
+    popup->popup(screenPosition);
 }
 
 void CLeftView::runPopupCommand(quint32 id)
 {
     for (const PopupCommand& command : PopupCommands) {
-        if (command.id == id && command.handler)
+        if (command.id == id)
             (m_frame->*command.handler)();
     }
+}
+
+void CLeftView::drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const
+{
+    // Lines, and a button with plus or minus, in every style.
+    const bool isRoot = !index.parent().isValid();
+    const int middle = rect.right() - indentation() / 2;
+    const int centre = rect.center().y();
+    painter->save();
+    painter->setPen(QPen(palette().color(QPalette::Disabled, QPalette::Text), 1, Qt::DotLine));
+    painter->drawLine(middle, centre, rect.right(), centre);
+    const bool isLast = index.row() + 1 == index.model()->rowCount(index.parent());
+    if (!isRoot)
+        painter->drawLine(middle, rect.top(), middle, isLast ? centre : rect.bottom());
+    if (index.model()->hasChildren(index)) {
+        constexpr int Half = 4;
+        const QRect box(middle - Half, centre - Half, 2 * Half, 2 * Half);
+        painter->fillRect(box, palette().base());
+        painter->setPen(palette().color(QPalette::Text));
+        painter->drawRect(box);
+        painter->drawLine(box.left() + 2, centre, box.right() - 1, centre);
+        if (!isExpanded(index))
+            painter->drawLine(middle, box.top() + 2, middle, box.bottom() - 1);
+    }
+    painter->restore();
 }
 
 void CLeftView::mousePressEvent(QMouseEvent* event)
@@ -223,7 +276,8 @@ void CLeftView::contextMenuEvent(QContextMenuEvent* event)
         return;
     }
     if (QTreeWidgetItem* const item = selectedItem()) {
-        const QRect place = visualItemRect(item);
+        scrollToItem(item);
+        const QRect place = visualItemRect(item).intersected(viewport()->rect());
         OnRightClick({place.left() + 1, place.center().y()});
     }
 }

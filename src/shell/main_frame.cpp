@@ -3,6 +3,7 @@
 #include "access/idle_lock_frame.h"
 #include "access/security_dialog.h"
 #include "logs/coded_message_dialog.h"
+#include "logs/panel_row_painter.h"
 #include "logs/quoril_manager_view.h"
 #include "platform/clock.h"
 #include "platform/machine.h"
@@ -19,6 +20,7 @@
 #include "services/service_installation.h"
 #include "services/service_management_dialog.h"
 #include "shell/about_dialog.h"
+#include "shell/focus_frame_widget.h"
 #include "shell/help_view.h"
 #include "shell/left_view.h"
 #include "shell/quoril_manager_doc.h"
@@ -46,7 +48,20 @@ namespace {
 
 constexpr int LeftPaneWidth = 200;
 constexpr int ToolbarIconSize = 24;
-constexpr QSize FirstSize(1024, 680);
+constexpr int FirstHeight = 680;
+
+/// Wide enough for a whole date in the panel's first column, an eighth of what the tree leaves.
+int firstWidth(const QSplitter& splitter, const QWidget& panel)
+{
+    using namespace Qt::StringLiterals;
+    constexpr int DateParts = 8;
+    const int date = panel.fontMetrics().horizontalAdvance(u"8888-88-88 88:88:88"_s)
+        + 2 * PanelRowPainter::margin(&panel);
+    const QStyle& style = *panel.style();
+    const int frames = 4 * style.pixelMetric(QStyle::PM_DefaultFrameWidth) + splitter.handleWidth()
+        + style.pixelMetric(QStyle::PM_ScrollBarExtent);
+    return LeftPaneWidth + DateParts * (date + 1) + frames;
+}
 
 } // namespace
 
@@ -82,7 +97,10 @@ bool CMainFrame::OnCreate()
     RefreshServiceList();
     checkPanelCommands(true);
     m_commands->update(m_flags);
-    ResizeToScreen(*this, FirstSize);
+    const int width = firstWidth(*m_splitter, *m_right_view);
+    m_splitter->setSizes({LeftPaneWidth, width - LeftPaneWidth});
+    if (!ResizeToScreen(*this, {width, FirstHeight}))
+        setWindowState(windowState() | Qt::WindowMaximized);
     return true;
 }
 
@@ -96,7 +114,8 @@ bool CMainFrame::OnCreateClient()
     m_right_view->setAccessibleName(LoadText(text::PanelName));
     m_splitter->setStretchFactor(0, 0);
     m_splitter->setStretchFactor(1, 1);
-    m_splitter->setSizes({LeftPaneWidth, FirstSize.width() - LeftPaneWidth});
+    ShowFocusFrame(*m_left_view);
+    ShowFocusFrame(*m_right_view);
     setCentralWidget(m_splitter);
     return true;
 }

@@ -109,6 +109,8 @@ CommandActions::CommandActions(CMainFrame& frame)
         action->setToolTip(lineEnd < 0 ? QString() : prompt.mid(lineEnd + 1));
         action->setIcon(commandIcon(command.id));
         action->setCheckable(command.checkable);
+        // A menu shows the check mark where there is no icon in its place.
+        action->setIconVisibleInMenu(!command.checkable);
         action->setMenuRole(QAction::NoRole);
         if (command.handler)
             connect(action, &QAction::triggered, &frame,

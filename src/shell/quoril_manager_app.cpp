@@ -18,40 +18,18 @@
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
-#include <QPalette>
-#include <QStyleFactory>
 
 namespace quoril {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-QPalette lightPalette()
+CQuorilManagerApp::CQuorilManagerApp() : m_program_folder(QApplication::applicationDirPath() + u'/')
 {
-    QPalette palette(QColor(0xF0, 0xF0, 0xF0));
-    palette.setColor(QPalette::Base, Qt::white);
-    palette.setColor(QPalette::AlternateBase, QColor(0xF7, 0xF7, 0xF7));
-    palette.setColor(QPalette::Highlight, QColor(0x1F, 0x5F, 0xA8));
-    palette.setColor(QPalette::HighlightedText, Qt::white);
-    palette.setColor(QPalette::Link, QColor(0x1F, 0x5F, 0xA8));
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, QColor(0x8A, 0x8A, 0x8A));
-    return palette;
+    Prepare();
 }
 
-} // namespace
-
-CQuorilManagerApp::CQuorilManagerApp(QApplication& application)
-    : m_program_folder(QApplication::applicationDirPath() + u'/')
+void CQuorilManagerApp::Prepare()
 {
-    ApplyStyle(application);
-}
-
-void CQuorilManagerApp::ApplyStyle(QApplication& application)
-{
-    application.setStyle(QStyleFactory::create(u"Fusion"_s));
-    QApplication::setPalette(lightPalette());
     QIcon icon;
     for (const int size : {16, 32, 48, 64, 128, 256})
         icon.addFile(u":/quoril/icons/application-%1.png"_s.arg(size));

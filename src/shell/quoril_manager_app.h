@@ -8,8 +8,6 @@
 
 #include <memory>
 
-class QApplication;
-
 namespace quoril {
 
 class CMainFrame;
@@ -19,13 +17,12 @@ class CQuorilManagerDoc;
 class CQuorilManagerApp
 {
 public:
-    /// Gives the application its style: Fusion with a light palette, since the rows of the panel have fixed
-    /// light colours.
-    explicit CQuorilManagerApp(QApplication& application);
+    CQuorilManagerApp();
     virtual ~CQuorilManagerApp();
 
-    /// The style, the palette and the icon of all programs with windows.
-    static void ApplyStyle(QApplication& application);
+    /// The icon of all programs with windows, and what the wheel does in them. Style and colours are the
+    /// desktop's.
+    static void Prepare();
 
     /// Brings up the main window; arguments as the process got them, the program first. False ends the
     /// process.

@@ -58,7 +58,7 @@ class IdleLockFrameTest : public testing::Test
 protected:
     FakeMachine m_machine;
     ScopedMachine m_inForce{m_machine};
-    CQuorilManagerApp m_console{*qApp};
+    CQuorilManagerApp m_console;
 
     void SetUp() override
     {

@@ -1,8 +1,11 @@
 #include "logs/quoril_manager_view.h"
 
+#include "logs/panel_table_model.h"
+#include "logs/type_ahead_widget.h"
 #include "resources/resource_module.h"
 #include "shell/service_info.h"
 #include "support/fake_machine.h"
+#include "support/person.h"
 #include "support/utf16.h"
 
 #include <QApplication>
@@ -14,6 +17,8 @@
 #include <QScrollBar>
 
 #include <gmock/gmock.h>
+
+#include <cmath>
 
 namespace quoril {
 namespace {
@@ -137,17 +142,65 @@ TEST_F(QuorilManagerView, OffersCopyOverRowsOnly)
     EXPECT_EQ(QApplication::clipboard()->text(), u"2001-02-03 04:05:06    00000249    line 0\r\n"_s);
 }
 
-TEST_F(QuorilManagerView, KeepsTheSeverityInSightOfSelectedRows)
+double luminance(const QColor& colour)
 {
-    view.ShowLogTable(service);
-    const QRect cell = view.visualRect(view.model()->index(500, 0));
-    const auto ground
-        = [&] { return view.viewport()->grab().toImage().pixelColor(cell.right() - 1, cell.top() + 2); };
-    EXPECT_EQ(ground(), QColor(255, 255, 230));
-    view.selectRow(500);
-    const QColor selected = ground();
-    EXPECT_NE(selected, QColor(255, 255, 230));
-    EXPECT_NE(selected, view.palette().color(QPalette::Highlight));
+    const auto part = [](double value) {
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * part(colour.redF()) + 0.7152 * part(colour.greenF()) + 0.0722 * part(colour.blueF());
+}
+
+TEST_F(QuorilManagerView, KeepsTheSeverityInSightAndTheTextReadable)
+{
+    QString text = u"20010203:040506:INFO :  00000249"_s + QString(20, u' ') + u"one\r\n"_s;
+    text += u"20010203:040506:WARN :  0000024A"_s + QString(20, u' ') + u"two\r\n"_s;
+    text += u"20010203:040506:ERROR:  0000024B"_s + QString(20, u' ') + u"three\r\n"_s;
+    fake.fakeFiles.put(u"C:\\log", test::units(text));
+    for (const QColor& highlight : {QColor(48, 140, 198), QColor(0, 0, 128), QColor(255, 255, 0)}) {
+        QPalette palette = view.palette();
+        palette.setColor(QPalette::Highlight, highlight);
+        view.setPalette(palette);
+        view.ShowLogTable(service);
+        for (int row = 0; row < 3; ++row) {
+            const QRect cell = view.visualRect(view.model()->index(row, 0));
+            const auto ground
+                = [&](const QImage& image) { return image.pixelColor(cell.right() - 1, cell.top() + 2); };
+            const QColor plain = ground(view.viewport()->grab().toImage());
+            view.selectRow(row);
+            const QImage image = view.viewport()->grab().toImage();
+            EXPECT_NE(ground(image), plain);
+            EXPECT_NE(ground(image), highlight);
+            double contrast = 1;
+            const double light = luminance(ground(image));
+            for (int x = cell.left(); x < cell.right(); ++x) {
+                const double pixel = luminance(image.pixelColor(x, cell.center().y()));
+                contrast
+                    = std::max(contrast, (std::max(pixel, light) + 0.05) / (std::min(pixel, light) + 0.05));
+            }
+            EXPECT_GE(contrast, 4.5) << row;
+        }
+    }
+}
+
+TEST_F(QuorilManagerView, FindsWhatIsTypedBetweenTheEvents)
+{
+    class Rows : public PanelRows
+    {
+        qsizetype count() const override { return 3'000'000; }
+        QString text(qsizetype row, int) const override { return row == count() - 1 ? u"end"_s : u"row"_s; }
+        PanelColour colour(qsizetype) const override { return 0; }
+    };
+    PanelTable table({PanelColumn{}});
+    table.addRows(std::make_shared<Rows>());
+    PanelTableModel model;
+    model.setTable(table);
+    QTableView list;
+    list.setModel(&model);
+    TypeAhead typed(list);
+    typed.type(u"en"_s);
+    EXPECT_TRUE(typed.isSearching()) << "a key waits for the whole list";
+    EXPECT_TRUE(test::Person::waitFor([&] { return !typed.isSearching(); }));
+    EXPECT_EQ(list.currentIndex().row(), 2'999'999);
 }
 
 } // namespace

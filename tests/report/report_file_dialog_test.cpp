@@ -40,7 +40,7 @@ TEST(MailCommand, StoresTheReportUnderTheChosenName)
     test::FakeMachine machine;
     const ScopedMachine inForce(machine);
     machine.addInstance(u"Alpha"_s);
-    CQuorilManagerApp console(*qApp);
+    CQuorilManagerApp console;
     ASSERT_TRUE(console.InitInstance({u"console"_s}));
     CMainFrame& frame = *console.mainFrame();
     QAction& mail = *frame.commands().action(command::Mail);

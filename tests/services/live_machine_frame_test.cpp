@@ -97,7 +97,7 @@ protected:
     }
     void openConsole()
     {
-        m_console = std::make_unique<CQuorilManagerApp>(*qApp);
+        m_console = std::make_unique<CQuorilManagerApp>();
         ASSERT_TRUE(m_console->InitInstance({u"console"_s}));
     }
     QTreeWidgetItem* item(const QString& name)

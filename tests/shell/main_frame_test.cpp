@@ -61,7 +61,7 @@ class MainFrameTest : public testing::Test
 protected:
     FakeMachine m_machine;
     ScopedMachine m_inForce{m_machine};
-    CQuorilManagerApp m_console{*qApp};
+    CQuorilManagerApp m_console;
 
     void SetUp() override
     {
@@ -271,11 +271,11 @@ TEST(Start, EndsWithAMessageWhereItCanNotGoOn)
     const ScopedMachine inForce(machine);
     {
         NextBox box;
-        EXPECT_FALSE(NoCompoundDocuments(*qApp).InitInstance({u"console"_s}));
+        EXPECT_FALSE(NoCompoundDocuments().InitInstance({u"console"_s}));
         EXPECT_EQ(box.text, LoadText(text::OleInitFailed));
     }
     NextBox box;
-    EXPECT_FALSE(CQuorilManagerApp(*qApp).InitInstance({u"console"_s, u"/no/such/file"_s}));
+    EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, u"/no/such/file"_s}));
     EXPECT_EQ(box.text, u"/no/such/file was not found."_s);
 }
 
@@ -287,7 +287,7 @@ TEST(Start, TakesTheLanguageOfTheUserElseOfTheSystem)
         machine.fakeSession.userLanguage = user ? u"deu"_s : QString();
         machine.fakeSession.systemLanguage = u"Deu"_s;
         machine.fakeSystemInfo.texts.clear();
-        CQuorilManagerApp console(*qApp);
+        CQuorilManagerApp console;
         ASSERT_TRUE(console.InitInstance({u"console"_s}));
         EXPECT_EQ(console.mainFrame()->menuBar()->actions().last()->text(),
             activeResources().menu(128).back().caption);

@@ -1,0 +1,99 @@
+// The frame's panes with keyboard and mouse of the window system.
+
+#include "logs/panel_row_painter.h"
+#include "logs/quoril_manager_view.h"
+#include "shell/left_view.h"
+#include "shell/main_frame.h"
+#include "shell/quoril_manager_app.h"
+#include "shell/quoril_manager_doc.h"
+#include "support/fake_machine.h"
+#include "support/hands.h"
+#include "support/utf16.h"
+
+#include <QHeaderView>
+#include <QMenu>
+
+namespace quoril::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int Lines = 500;
+
+class FrameInput : public testing::Test
+{
+protected:
+    FakeMachine machine;
+    ScopedMachine inForce{machine};
+    Person person;
+    Hands hands;
+    CQuorilManagerApp console;
+
+    void SetUp() override
+    {
+        machine.addInstance(u"CERES"_s);
+        QString log = u"20140305:040506:INFO :  00000249"_s + QString(20, u' ') + u"first\r\n"_s;
+        for (int i = 1; i < Lines; ++i)
+            log += u"line %1\r\n"_s.arg(i);
+        machine.fakeFiles.put(u"C:\\log", units(log));
+        ASSERT_TRUE(console.InitInstance({u"console"_s}));
+        console.document()->m_services[0].LogFile = u"C:\\log"_s;
+        Hands::take(frame());
+    }
+
+    CMainFrame& frame() { return *console.mainFrame(); }
+    CLeftView& tree() { return *frame().GetLeftView(); }
+    CQuorilManagerView& panel() { return *frame().GetRightView(); }
+    int currentRow() { return panel().currentIndex().row(); }
+    void expectPopupOver(QWidget& pane, QRect row)
+    {
+        hands.key(u"Menu"_s);
+        const QWidget* const popup = QApplication::activePopupWidget();
+        ASSERT_NE(popup, nullptr);
+        const QPoint corner = pane.mapFromGlobal(popup->pos());
+        EXPECT_TRUE(pane.rect().contains(corner));
+        EXPECT_LE(std::abs(corner.y() - row.bottom()), row.height());
+        hands.key(u"Escape"_s);
+    }
+};
+
+TEST_F(FrameInput, ALogIsReadByTheKeyboardAlone)
+{
+    hands.key(u"Down Down"_s); // the machine, then its first instance
+    ASSERT_EQ(panel().table().rowCount(), Lines);
+    expectPopupOver(*tree().viewport(), tree().visualItemRect(tree().currentItem()));
+    hands.key(u"Tab"_s);
+    ASSERT_TRUE(panel().hasFocus());
+    EXPECT_EQ(currentRow(), Lines - 1);
+    EXPECT_TRUE(panel().selectedRanges().empty());
+    EXPECT_LE(panel().visualRect(panel().currentIndex()).bottom(), panel().viewport()->rect().bottom());
+    const QImage withFocus = panel().viewport()->grab().toImage();
+    tree().setFocus();
+    EXPECT_NE(panel().viewport()->grab().toImage(), withFocus) << "nothing shows where the focus is";
+    panel().setFocus();
+
+    const int page = panel().viewport()->height() / panel().rowHeight(0);
+    for (const auto& [key, row] : std::initializer_list<std::pair<QString, int>>{{u"Prior"_s, Lines - page},
+             {u"Home"_s, 0}, {u"Next"_s, page - 1}, {u"ctrl+End"_s, Lines - 1}, {u"ctrl+Home"_s, 0}}) {
+        hands.key(key);
+        EXPECT_NEAR(currentRow(), row, 2) << qPrintable(key);
+    }
+    expectPopupOver(*panel().viewport(), panel().visualRect(panel().currentIndex()));
+}
+
+TEST_F(FrameInput, ADateIsSeenAndADividerShowsTheWholeText)
+{
+    hands.key(u"Down Down"_s);
+    const QString date = panel().table().text(0, 0);
+    const int whole = panel().fontMetrics().horizontalAdvance(date) + 2 * PanelRowPainter::margin(&panel());
+    EXPECT_GE(panel().columnWidth(0), whole) << "at the first size of the window";
+    panel().setColumnWidth(0, 40);
+    const QHeaderView& header = *panel().horizontalHeader();
+    hands.pointAt(*header.viewport(), {39, header.height() / 2});
+    hands.doubleClick();
+    EXPECT_GE(panel().columnWidth(0), whole);
+    EXPECT_LE(panel().columnWidth(0), whole + 20);
+}
+
+} // namespace
+} // namespace quoril::test
