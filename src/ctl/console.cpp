@@ -6,12 +6,18 @@
 #include <QList>
 
 #include <array>
+#include <cerrno>
 
 namespace quoril {
 
 namespace {
 
 constexpr qsizetype BufferBytes = 64 * 1024;
+#ifdef Q_OS_WIN
+constexpr bool OnWindows = true;
+#else
+constexpr bool OnWindows = false;
+#endif
 
 /// The terminal's code for a style.
 const char* colourCode(LineStyle style)
@@ -129,9 +135,18 @@ bool Console::flush()
 {
     const std::size_t size = std::size_t(m_buffer.size());
     const bool taken = std::fwrite(m_buffer.constData(), 1, size, m_output) == size;
-    m_written = std::fflush(m_output) == 0 && taken && m_written;
+    const bool isOut = std::fflush(m_output) == 0 && taken;
+    // A pipe without a reader is told as EINVAL on Windows.
+    m_isClosed = m_isClosed || (!isOut && (errno == EPIPE || (OnWindows && errno == EINVAL)));
+    m_written = isOut && m_written;
     m_buffer.resize(0);
     return m_written;
+}
+
+void Console::bytes(const QByteArray& content)
+{
+    m_buffer += content;
+    keepBufferSmall();
 }
 
 void Console::keepBufferSmall()

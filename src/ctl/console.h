@@ -49,7 +49,7 @@ public:
     /// The same for lines of program text, such as help, whose line ends are kept.
     void lines(QStringView text);
     /// Passes bytes on as they are, to a terminal too.
-    void bytes(const QByteArray& content) { m_buffer += content; }
+    void bytes(const QByteArray& content);
 
     /// Puts one line to the error stream at once.
     void tell(QStringView text, LineStyle style = LineStyle::Error);
@@ -66,6 +66,8 @@ public:
 
     /// Writes what is buffered. False if some of the output so far could not be written.
     bool flush();
+    /// Whether that was because nobody reads it any more.
+    bool isClosed() const { return m_isClosed; }
 
 private:
     void keepBufferSmall();
@@ -78,6 +80,7 @@ private:
     Facts m_facts;
     QByteArray m_buffer;
     bool m_written = true;
+    bool m_isClosed = false;
     std::mutex m_errorGuard; ///< of the error stream and what stands below
     qsizetype m_progressWidth = 0; ///< of the line of progress that stands on the terminal
 };

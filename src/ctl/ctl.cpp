@@ -78,7 +78,8 @@ int runCtl(const QStringList& arguments, Console& console, const MachineOpener& 
     else
         code = ctl.needsMachine ? runOnMachine(ctl, openMachine) : ctl.run();
     if (!console.flush()) {
-        console.tell(u"quorilctl: the output could not be written"_s);
+        if (!console.isClosed())
+            console.tell(u"quorilctl: the output could not be written"_s);
         return exit_code::Failed;
     }
     return code;

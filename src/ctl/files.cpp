@@ -1,13 +1,13 @@
 // log, events: files of the host, read by themselves.
 
+#include "ctl/log_file_printer.h"
 #include "ctl/moment.h"
 #include "ctl/output.h"
 #include "ctl/progress.h"
 #include "ctl/subcommand.h"
 #include "formats/evt_reader.h"
 #include "formats/evtx_reader.h"
-#include "logs/log_table.h"
-#include "logs/quoril_log.h"
+#include "logs/log_runs.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -56,14 +56,12 @@ void printSummary(Ctl& ctl, const std::vector<std::pair<QString, QJsonValue>>& s
         table.print(ctl.console);
 }
 
-void printLogSummary(Ctl& ctl, const QuorilLog& log)
+void printLogSummary(Ctl& ctl, const LogCounts& counts)
 {
-    std::array<qint64, 4> levels{};
-    for (qsizetype message = 0; message < log.GetCount(); ++message)
-        ++levels[std::size_t(log.levelOf(message))];
+    const auto& levels = counts.levels;
     printSummary(ctl,
-        {{u"messages"_s, qint64(log.GetCount())}, {u"lines"_s, qint64(log.lineCount())},
-            {u"information"_s, levels[1]}, {u"warnings"_s, levels[2]}, {u"errors"_s, levels[3]}});
+        {{u"messages"_s, counts.messages}, {u"lines"_s, counts.lines}, {u"information"_s, levels[1]},
+            {u"warnings"_s, levels[2]}, {u"errors"_s, levels[3]}});
 }
 
 int log(Ctl& ctl, const FileOptions& options)
@@ -71,24 +69,22 @@ int log(Ctl& ctl, const FileOptions& options)
     QFile file(options.path);
     if (!open(ctl, file))
         return exit_code::Failed;
-    const auto log = std::make_shared<QuorilLog>();
-    {
+    LogCounts counts;
+    if (options.summary) {
         const Progress progress(ctl.console, u"Reading %1..."_s.arg(options.path));
-        log->read(file);
+        counts = countLog(file, wholeLog(file));
+    } else {
+        counts.messages = printLogFile(ctl.console, file, ctl.json);
     }
-    if (log->GetCount() == 0 && file.size() > 0) {
+    if (counts.messages == 0 && file.size() > 0) {
         ctl.console.tell(
             u"\"%1\": no log of the emulator, not one line of it begins a message"_s.arg(options.path));
         return exit_code::Failed;
     }
-    if (options.summary) {
-        printLogSummary(ctl, *log);
-        return exit_code::Done;
-    }
-    LogTableBuilder table;
-    if (log->GetCount() > 0)
-        table.AddMessageRows(log, 0);
-    printLogTable(ctl.console, table.take(), ctl.json);
+    if (options.summary)
+        printLogSummary(ctl, counts);
+    else if (counts.messages == 0 && ctl.json)
+        ctl.console.bytes("[]\n");
     return exit_code::Done;
 }
 

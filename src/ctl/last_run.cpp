@@ -1,11 +1,12 @@
 #include "ctl/last_run.h"
 
-#include "logs/quoril_log.h"
 #include "platform/clock.h"
+#include "platform/files.h"
 #include "platform/machine.h"
 #include "shell/service_info.h"
 
 #include <QDateTime>
+#include <QIODevice>
 
 #include <limits>
 #include <optional>
@@ -20,18 +21,31 @@ std::optional<qint64> momentOf(const std::array<qint32, 6>& time)
                                                                         : std::nullopt;
 }
 
-void takeLastRun(ServiceInfo& service)
+void takeRunPeriod(ServiceInfo& service, QIODevice& log, const LogRange& runs, bool hasLastRun)
 {
-    QuorilLog log;
-    if (log.Load(service.LogFile, QuorilLog::Keep::FromLastStart) != 0 || log.GetCount() == 0)
+    const auto first = firstHeaderOf(log, runs);
+    const auto last = lastHeaderOf(log, runs);
+    if (!first || !last)
         return;
-    const auto from = momentOf(log.timeOf(log.m_last_message));
-    const bool runs = service.QueryState() == 0 && service.Reported.currentState != service_state::Stopped;
-    const auto to = runs ? machine().clock().now() : momentOf(log.timeOf(log.GetCount() - 1));
+    const auto from = momentOf(first->time);
+    const bool isRunning
+        = hasLastRun && service.QueryState() == 0 && service.Reported.currentState != service_state::Stopped;
+    const auto to = isRunning ? machine().clock().now() : momentOf(last->time);
     if (from && to) {
         service.LogFrom = quint32(*from);
         service.LogTo = quint32(*to);
     }
+}
+
+void takeLastRun(ServiceInfo& service)
+{
+    if (service.LogFile.isEmpty())
+        return;
+    const auto log = machine().files().openForReading(service.LogFile);
+    if (!log)
+        return;
+    if (const auto run = findRunFromEnd(**log, wholeLog(**log), 0))
+        takeRunPeriod(service, **log, *run, true);
 }
 
 } // namespace quoril

@@ -2,11 +2,16 @@
 
 #include "ctl/instances.h"
 #include "ctl/last_run.h"
+#include "ctl/log_choice.h"
 #include "ctl/moment.h"
 #include "ctl/output.h"
 #include "ctl/progress.h"
 #include "ctl/subcommand.h"
 #include "logs/log_table.h"
+#include "platform/files.h"
+#include "platform/machine.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
 
 namespace quoril {
 
@@ -16,72 +21,241 @@ namespace {
 
 struct LogsOptions
 {
-    QString name;
+    QStringList names;
     QString from;
     QString to;
+    QString run;
+    QString priority;
+    QString pattern;
+    quint32 lines = LogRowFilter::AllRows;
     bool lastRun = false;
+    bool listRuns = false;
+    bool follow = false;
 };
 
 void declareLogs(const CommandParser& parser, LogsOptions& options)
 {
-    parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
+    parser.addTexts("names", options.names, "Names of instances").required().valueName("NAME");
     const ParsedOption from
         = parser.addText("--from", options.from, "Events of the Windows logs from this local time on");
     const ParsedOption to = parser.addText("--to", options.to, "Events up to 15 seconds behind this time");
     from.valueName("TIME");
     to.valueName("TIME");
-    parser.addFlag("--last-run", options.lastRun, "Events of the instance's last run; this is the default")
+    const ParsedOption run = parser.addText(
+        "--run", options.run, "A run: 0 the last, -1 the one before, 1 the first of the log; or all");
+    run.valueName("RUN");
+    parser.addFlag("--last-run", options.lastRun, "The last run with its events; this is the default")
         .excludes(from)
+        .excludes(to)
+        .excludes(run);
+    const ParsedOption lines = parser.addNumber("-n,--lines", options.lines, "No more than the last rows");
+    lines.valueName("N");
+    const ParsedOption severity
+        = parser.addText("-p,--severity", options.priority, "Warnings and errors, or errors alone");
+    severity.valueName("warning|error").oneOf({u"warning"_s, u"error"_s});
+    const ParsedOption pattern = parser.addText("-g,--grep", options.pattern,
+        "Rows in whose text the pattern is found; without capitals their case doesn't matter");
+    pattern.valueName("PATTERN");
+    const ParsedOption listRuns
+        = parser.addFlag("--list-runs", options.listRuns, "List the runs of the instance's own log");
+    listRuns.excludes(run).excludes(lines).excludes(severity).excludes(pattern);
+    parser.addFlag("-f,--follow", options.follow, "Go on with what comes, until Ctrl+C")
+        .excludes(listRuns)
         .excludes(to);
 }
 
-/// False for a time that is none; told.
-bool takePeriod(Ctl& ctl, const LogsOptions& options, ServiceInfo& service)
+std::optional<quint32> takeMoment(Ctl& ctl, const QString& text)
 {
-    const std::pair<const QString&, quint32&> ends[]
-        = {{options.from, service.LogFrom}, {options.to, service.LogTo}};
-    for (const auto& [text, end] : ends) {
-        if (text.isEmpty())
-            continue;
-        const auto moment = parseMoment(text);
-        if (!moment) {
-            usageError(ctl, u"\"%1\" is no time; write 2026-11-30T18:00:00"_s.arg(text));
-            return false;
-        }
-        end = quint32(*moment);
-    }
-    if (!options.from.isEmpty() && !options.to.isEmpty() && service.LogFrom > service.LogTo) {
+    if (text.isEmpty())
+        return 0;
+    const auto moment = parseMoment(text);
+    if (!moment)
+        usageError(ctl, u"\"%1\" is no time; write 2026-11-30T18:00:00"_s.arg(text));
+    return moment ? std::optional(quint32(*moment)) : std::nullopt;
+}
+
+/// The number of a run, in the place of `run`. False for a text that is none; told.
+bool takeRun(Ctl& ctl, const QString& text, std::optional<qsizetype>& run)
+{
+    if (text.isEmpty())
+        return true;
+    bool isNumber = false;
+    run = text.toLongLong(&isNumber);
+    if (isNumber)
+        return true;
+    run.reset();
+    if (text != u"all")
+        usageError(ctl, u"\"%1\" is no run; write 0, -1, 1 or all"_s.arg(text));
+    return text == u"all";
+}
+
+/// None for an expression that is none; told.
+std::optional<QRegularExpression> takePattern(Ctl& ctl, const QString& text)
+{
+    const bool hasCapitals = std::any_of(text.begin(), text.end(), [](QChar unit) { return unit.isUpper(); });
+    QRegularExpression pattern(text, QRegularExpression::UseUnicodePropertiesOption);
+    if (!hasCapitals)
+        pattern.setPatternOptions(pattern.patternOptions() | QRegularExpression::CaseInsensitiveOption);
+    if (pattern.isValid())
+        return pattern;
+    usageError(ctl,
+        u"\"%1\" is no pattern: %2 at column %3"_s.arg(text, pattern.errorString())
+            .arg(pattern.patternErrorOffset() + 1));
+    return std::nullopt;
+}
+
+/// What the options choose. None if they can't be carried out; told.
+std::optional<LogChoice> choiceOf(Ctl& ctl, const LogsOptions& options)
+{
+    LogChoice choice;
+    const auto from = takeMoment(ctl, options.from);
+    const auto to = from ? takeMoment(ctl, options.to) : from;
+    const auto pattern = takePattern(ctl, options.pattern);
+    if (!from || !to || !pattern || !takeRun(ctl, options.run, choice.run))
+        return std::nullopt;
+    if (*from > *to && !options.to.isEmpty()) {
         usageError(ctl, u"--from %1 is after --to %2"_s.arg(options.from, options.to));
-        return false;
+        return std::nullopt;
     }
-    return true;
+    choice.from = *from;
+    choice.to = *to;
+    choice.filter.lastRows = options.lines;
+    choice.filter.pattern = *pattern;
+    if (!options.priority.isEmpty()) {
+        const bool errors = options.priority.compare(u"error", Qt::CaseInsensitive) == 0;
+        choice.filter.leastSeverity = std::size_t(errors ? RowSeverity::Error : RowSeverity::Warning);
+    }
+    return choice;
+}
+
+std::optional<LogRange> findRun(QIODevice& log, LogRange whole, std::optional<qsizetype> run)
+{
+    if (!run)
+        return whole;
+    if (*run <= 0)
+        return findRunFromEnd(log, whole, -*run);
+    const std::vector<LogRun> runs = listRuns(log, whole);
+    return *run <= qsizetype(runs.size()) ? std::optional(runs[std::size_t(*run - 1)].range) : std::nullopt;
+}
+
+int printLogs(Ctl& ctl, const std::vector<ServiceInfo*>& services, const LogChoice& choice)
+{
+    using Form = LogPrinter::Form;
+    const Form text = services.size() > 1 ? Form::NamedText : Form::Text;
+    LogPrinter printer(ctl.console, ctl.json ? Form::JsonArray : text, choice.filter);
+    int code = exit_code::Done;
+    for (ServiceInfo* const service : services) {
+        PanelTable table;
+        {
+            const Progress progress(ctl.console, u"Reading the logs..."_s);
+            std::optional<LogRange> range;
+            if (!chooseLogs(ctl, *service, choice, range)) {
+                code = exit_code::Failed;
+                continue;
+            }
+            LogTableBuilder builder;
+            builder.AddWindowsLogs(*service);
+            builder.AddEmulatorLog(*service, range);
+            table = builder.take();
+        }
+        printer.print(service->Name, table);
+    }
+    return code;
+}
+
+QStringList cellsOf(const LogRun& run, qsizetype number, qsizetype count)
+{
+    const auto& levels = run.counts.levels;
+    return {QString::number(number - count), QString::number(number), LogDateText(run.firstTime),
+        LogDateText(run.lastTime), QString::number(run.counts.messages), QString::number(levels[2]),
+        QString::number(levels[3])};
+}
+
+QJsonObject jsonOf(const LogRun& run, qsizetype number, qsizetype count)
+{
+    const auto& levels = run.counts.levels;
+    return {{"index"_L1, number - count}, {"number"_L1, number}, {"first"_L1, LogDateText(run.firstTime)},
+        {"last"_L1, LogDateText(run.lastTime)}, {"messages"_L1, run.counts.messages},
+        {"warnings"_L1, levels[2]}, {"errors"_L1, levels[3]}};
+}
+
+int printRuns(Ctl& ctl, const std::vector<ServiceInfo*>& services)
+{
+    int code = exit_code::Done;
+    const bool isNamed = services.size() > 1;
+    QStringList headings{
+        u"INDEX"_s, u"NUMBER"_s, u"FIRST"_s, u"LAST"_s, u"MESSAGES"_s, u"WARNINGS"_s, u"ERRORS"_s};
+    TextTable table((isNamed ? QStringList(u"NAME"_s) : QStringList()) + headings);
+    std::optional<JsonArray> array;
+    if (ctl.json)
+        array.emplace(ctl.console);
+    for (const ServiceInfo* const service : services) {
+        const auto log = machine().files().openForReading(service->LogFile);
+        if (!log) {
+            const quint32 text
+                = service->LogFile.isEmpty() ? text::LogFileNotDefined : text::LogFileNotOpened;
+            code = failure(ctl, service->Name + u": "_s + LoadText(text),
+                service->LogFile.isEmpty() ? 0 : log.errorNumber());
+            continue;
+        }
+        std::vector<LogRun> runs;
+        {
+            const Progress progress(ctl.console, u"Reading the log..."_s);
+            runs = listRuns(**log, wholeLog(**log));
+        }
+        const auto count = qsizetype(runs.size());
+        for (qsizetype number = 1; number <= count; ++number) {
+            const LogRun& run = runs[std::size_t(number - 1)];
+            table.add((isNamed ? QStringList(service->Name) : QStringList()) + cellsOf(run, number, count));
+            if (!array)
+                continue;
+            QJsonObject object = jsonOf(run, number, count);
+            object.insert("name"_L1, service->Name);
+            array->add(object);
+        }
+    }
+    if (!ctl.json)
+        table.print(ctl.console);
+    return code;
 }
 
 int logs(Ctl& ctl, const LogsOptions& options)
 {
-    ServiceInfo period;
-    if (!takePeriod(ctl, options, period))
+    const auto choice = choiceOf(ctl, options);
+    if (!choice)
         return exit_code::Usage;
     Instances instances;
     if (!instances.read(ctl))
         return exit_code::Failed;
-    ServiceInfo* const service = instances.find(ctl, options.name);
-    if (!service)
+    const auto services = instances.select(ctl, options.names);
+    if (!services)
         return exit_code::Failed;
-    PanelTable table;
-    {
-        const Progress progress(ctl.console, u"Reading the logs..."_s);
-        service->LogFrom = period.LogFrom;
-        service->LogTo = period.LogTo;
-        if (options.from.isEmpty() && options.to.isEmpty())
-            takeLastRun(*service);
-        table = BuildLogTable(*service);
-    }
-    printLogTable(ctl.console, table, ctl.json);
-    return exit_code::Done;
+    if (options.listRuns)
+        return printRuns(ctl, *services);
+    return options.follow ? followLogs(ctl, *services, *choice) : printLogs(ctl, *services, *choice);
 }
 
 } // namespace
+
+bool chooseLogs(Ctl& ctl, ServiceInfo& service, const LogChoice& choice, std::optional<LogRange>& range)
+{
+    service.LogFrom = choice.from;
+    service.LogTo = choice.to;
+    if (service.LogFile.isEmpty())
+        return true;
+    const auto log = machine().files().openForReading(service.LogFile);
+    if (!log)
+        return true;
+    const LogRange whole = wholeLog(**log);
+    range = findRun(**log, whole, choice.run);
+    if (!range && choice.run != 0) {
+        failure(ctl, u"The log of %1 holds no run %2."_s.arg(service.Name).arg(*choice.run), 0);
+        return false;
+    }
+    if (range && choice.from == 0 && choice.to == 0)
+        takeRunPeriod(service, **log, *range, range->end == whole.end);
+    return true;
+}
 
 void addLogSubcommands(Ctl& ctl, const CommandParser& parser)
 {

@@ -38,6 +38,17 @@ const Severity& severityOf(PanelColour colour)
     return Severities[std::size_t(found - SeverityColours.begin()) % Severities.size()];
 }
 
+QJsonObject jsonOf(const PanelTable& table, qsizetype row)
+{
+    return {{"date"_L1, table.text(row, 0)}, {"messageId"_L1, table.text(row, 1)},
+        {"text"_L1, table.text(row, 2)}, {"severity"_L1, severityOf(table.colour(row)).name.toString()}};
+}
+
+QString lineOf(const PanelTable& table, qsizetype row)
+{
+    return table.text(row, 0) + u"  "_s + table.text(row, 1).leftJustified(8) + u"  "_s + table.text(row, 2);
+}
+
 } // namespace
 
 void TextTable::print(Console& console) const
@@ -77,21 +88,63 @@ void JsonArray::add(const QJsonObject& object)
     m_isEmpty = false;
 }
 
-void printLogTable(Console& console, const PanelTable& table, bool json)
+LogPrinter::LogPrinter(Console& console, Form form, LogRowFilter filter)
+    : m_console(console)
+    , m_form(form)
+    , m_filter(std::move(filter))
 {
-    if (json) {
-        JsonArray rows(console);
-        for (qsizetype row = 0; row < table.rowCount(); ++row)
-            rows.add({{"date"_L1, table.text(row, 0)}, {"messageId"_L1, table.text(row, 1)},
-                {"text"_L1, table.text(row, 2)},
-                {"severity"_L1, severityOf(table.colour(row)).name.toString()}});
+    if (form == Form::JsonArray)
+        m_array.emplace(console);
+}
+
+bool LogPrinter::isWanted(const PanelTable& table, qsizetype row) const
+{
+    return std::size_t(&severityOf(table.colour(row)) - Severities.data()) >= m_filter.leastSeverity
+        && (m_filter.pattern.pattern().isEmpty() || m_filter.pattern.match(table.text(row, 2)).hasMatch());
+}
+
+void LogPrinter::print(const QString& name, const PanelTable& table)
+{
+    const bool isFiltered = m_filter.leastSeverity > 0 || !m_filter.pattern.pattern().isEmpty();
+    qsizetype first = 0;
+    if (m_filter.lastRows != LogRowFilter::AllRows) {
+        first = table.rowCount();
+        for (quint32 wanted = 0; first > 0 && wanted < m_filter.lastRows;)
+            wanted += quint32(isWanted(table, --first));
+    }
+    for (qsizetype row = first; row < table.rowCount(); ++row) {
+        if (!isFiltered || isWanted(table, row))
+            printRow(name, table, row);
+    }
+}
+
+void LogPrinter::printRow(const QString& name, const PanelTable& table, qsizetype row)
+{
+    const Severity& severity = severityOf(table.colour(row));
+    if (m_form == Form::Text || m_form == Form::NamedText) {
+        const QString begin = m_form == Form::NamedText ? name + u"  "_s : QString();
+        m_console.line(begin + lineOf(table, row), severity.style);
         return;
     }
-    for (qsizetype row = 0; row < table.rowCount(); ++row) {
-        const QString line = table.text(row, 0) + u"  "_s + table.text(row, 1).leftJustified(8) + u"  "_s
-            + table.text(row, 2);
-        console.line(line, severityOf(table.colour(row)).style);
-    }
+    QJsonObject object = jsonOf(table, row);
+    object.insert("name"_L1, name);
+    if (m_array)
+        m_array->add(object);
+    else
+        printJson(m_console, object);
+}
+
+void printLogRow(Console& console, const PanelTable& table, qsizetype row, JsonArray* array)
+{
+    if (array)
+        array->add(jsonOf(table, row));
+    else
+        console.line(lineOf(table, row), severityOf(table.colour(row)).style);
+}
+
+QString severityName(RowSeverity severity)
+{
+    return Severities[std::size_t(severity)].name.toString();
 }
 
 } // namespace quoril

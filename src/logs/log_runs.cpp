@@ -42,6 +42,7 @@ struct Headers
 
     std::vector<qint64> startMarks;
     std::optional<qint64> first;
+    qint64 last = 0; ///< where there is a first
 };
 
 void Headers::take(std::span<const char16_t> lines, qint64 place)
@@ -52,6 +53,7 @@ void Headers::take(std::span<const char16_t> lines, qint64 place)
         const qint64 here = place + (line.data() - lines.data()) * 2;
         if (!first)
             first = here;
+        last = here;
         if (isStartMark(line))
             startMarks.push_back(here);
     });
@@ -65,52 +67,73 @@ public:
 
     /// Goes on until so many are found or the range is through. False if it can't be read.
     bool find(std::size_t count);
+    /// Goes on until a header is found or the range is through. False if it can't be read.
+    bool findHeader();
 
     std::vector<qint64> startMarks; ///< the last one first
     std::optional<qint64> firstHeader; ///< of what was searched
+    std::optional<qint64> lastHeader; ///< of the range
 
 private:
+    bool searchBlock();
     void add(const Headers& earlier);
     std::optional<qint64> lineBeginBefore(qint64 place);
 
     QIODevice& m_device;
-    LogRange m_range;
+    LogRange m_range; ///< what is not searched yet
     std::vector<char16_t> m_units;
 };
 
 bool StartFinder::find(std::size_t count)
 {
-    for (qint64 end = m_range.end; end > m_range.begin && startMarks.size() < count;) {
-        const qint64 begin = std::max(m_range.begin, end - qint64(BlockUnits * 2));
-        const std::span<char16_t> block(m_units.data(), std::size_t(end - begin) / 2);
-        if (!readAt(m_device, begin, block))
+    bool isRead = true;
+    while (isRead && m_range.end > m_range.begin && startMarks.size() < count)
+        isRead = searchBlock();
+    return isRead;
+}
+
+bool StartFinder::findHeader()
+{
+    bool isRead = true;
+    while (isRead && m_range.end > m_range.begin && !lastHeader)
+        isRead = searchBlock();
+    return isRead;
+}
+
+/// Searches the last lines of the range and takes them off it.
+bool StartFinder::searchBlock()
+{
+    const qint64 begin = std::max(m_range.begin, m_range.end - qint64(BlockUnits * 2));
+    const std::span<char16_t> block(m_units.data(), std::size_t(m_range.end - begin) / 2);
+    if (!readAt(m_device, begin, block))
+        return false;
+    // What stands before the block's first line end may be the rest of a line.
+    std::size_t rest = 0;
+    if (begin > m_range.begin)
+        rest = std::size_t(std::find(block.begin(), block.end(), u'\n') - block.begin()) + 1;
+    Headers headers;
+    if (rest < block.size()) {
+        m_range.end = begin + qint64(rest) * 2;
+        headers.take(block.subspan(rest), m_range.end);
+    } else {
+        // A line of more than a block is cut into its pieces from its beginning on.
+        const auto lineBegin = lineBeginBefore(begin);
+        if (!lineBegin)
             return false;
-        // What stands before the block's first line end may be the rest of a line.
-        std::size_t rest = 0;
-        if (begin > m_range.begin)
-            rest = std::size_t(std::find(block.begin(), block.end(), u'\n') - block.begin()) + 1;
-        Headers headers;
-        if (rest < block.size()) {
-            end = begin + qint64(rest) * 2;
-            headers.take(block.subspan(rest), end);
-        } else {
-            // A line of more than a block is cut into its pieces from its beginning on.
-            const auto lineBegin = lineBeginBefore(begin);
-            if (!lineBegin)
-                return false;
-            LogBlocks pieces(m_device, {*lineBegin, end});
-            for (auto lines = pieces.next(); !lines.empty(); lines = pieces.next())
-                headers.take(lines, pieces.position());
-            end = *lineBegin;
-        }
-        add(headers);
+        LogBlocks pieces(m_device, {*lineBegin, m_range.end});
+        for (auto lines = pieces.next(); !lines.empty(); lines = pieces.next())
+            headers.take(lines, pieces.position());
+        m_range.end = *lineBegin;
     }
+    add(headers);
     return true;
 }
 
 void StartFinder::add(const Headers& earlier)
 {
     startMarks.insert(startMarks.end(), earlier.startMarks.rbegin(), earlier.startMarks.rend());
+    if (earlier.first && !lastHeader)
+        lastHeader = earlier.last;
     if (earlier.first)
         firstHeader = earlier.first;
 }
@@ -257,6 +280,45 @@ std::optional<LogRange> findRunFromEnd(QIODevice& device, LogRange range, qsizet
     if (marks.size() == before && finder.firstHeader && *finder.firstHeader < end)
         return LogRange{*finder.firstHeader, end};
     return std::nullopt;
+}
+
+std::optional<LogHeader> firstHeaderOf(QIODevice& device, LogRange range)
+{
+    std::optional<LogHeader> header;
+    LogBlocks blocks(device, range);
+    for (auto lines = blocks.next(); !lines.empty() && !header; lines = blocks.next()) {
+        forEachLogLine(lines, [&header](std::span<const char16_t> units) {
+            const qint32 level = header ? 0 : logLineLevel(units);
+            const LogLine line = log_scan::asLine(level == 0 ? units.first(0) : units);
+            if (level != 0)
+                header = {level, line.time(), line.codeText()};
+        });
+    }
+    return header;
+}
+
+std::optional<LogHeader> lastHeaderOf(QIODevice& device, LogRange range)
+{
+    StartFinder finder(device, range);
+    if (!finder.findHeader() || !finder.lastHeader)
+        return std::nullopt;
+    return firstHeaderOf(device, {*finder.lastHeader, range.end});
+}
+
+LogRange wholeLinesOf(QIODevice& device, LogRange range)
+{
+    std::vector<char16_t> block(BlockUnits);
+    for (qint64 end = range.end; end > range.begin;) {
+        const qint64 begin = std::max(range.begin, end - qint64(BlockUnits * 2));
+        const std::span<char16_t> units(block.data(), std::size_t(end - begin) / 2);
+        if (!readAt(device, begin, units))
+            break;
+        const auto behind = std::find(units.rbegin(), units.rend(), u'\n').base();
+        if (behind != units.begin())
+            return {range.begin, begin + (behind - units.begin()) * 2};
+        end = begin;
+    }
+    return {range.begin, range.begin};
 }
 
 std::optional<LogRun> lastRunOf(QStringView path)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QStringView>
 
 #include <array>
@@ -75,6 +76,20 @@ std::vector<LogRun> listRuns(QIODevice& device, LogRange range);
 /// so many. Of the range no more is read than the run and what comes after it, and of that little is kept.
 /// The device knows positions.
 std::optional<LogRange> findRunFromEnd(QIODevice& device, LogRange range, qsizetype runsBefore);
+
+/// A header line of a log, apart from its file.
+struct LogHeader
+{
+    qint32 level = 0; ///< 1 to 3
+    std::array<qint32, 6> time{};
+    QString codeText;
+};
+/// The first and the last of a range that begins with a line. None without one.
+std::optional<LogHeader> firstHeaderOf(QIODevice& device, LogRange range);
+std::optional<LogHeader> lastHeaderOf(QIODevice& device, LogRange range);
+
+/// The range without what stands behind its last line end.
+LogRange wholeLinesOf(QIODevice& device, LogRange range);
 
 /// The last run of the log file at the machine path, with its counts. None without a file that can be opened,
 /// or without a message in it.

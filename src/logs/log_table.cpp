@@ -138,6 +138,11 @@ void settleLogPeriod(ServiceInfo& service)
 
 } // namespace
 
+QString LogDateText(const std::array<qint32, 6>& time)
+{
+    return dateText(time);
+}
+
 LogTableBuilder::LogTableBuilder()
     : m_table({{LoadText(text::ColumnDate), 8, 1, true}, {LoadText(text::ColumnMessageId), 8, 1},
         {LoadText(text::ColumnMessageText), 1, 8}})
@@ -165,6 +170,42 @@ void LogTableBuilder::AddMessageRows(std::shared_ptr<const QuorilLog> log, qsize
     m_table.addRows(std::make_shared<MessageRows>(std::move(log), firstMessage));
 }
 
+void LogTableBuilder::AddWindowsLogs(ServiceInfo& service)
+{
+    settleLogPeriod(service);
+    AppEventLog& events = *service.AppLog;
+    events.ReadLog(u"Application", service.LogFrom, service.LogTo);
+    events.ReadLog(u"System", service.LogFrom, service.LogTo);
+    if (!events.m_system.isEmpty()) {
+        AddMarkerRow(u"02000039"_s, text::SystemLogBegin, RowSeverity::Marker);
+        AddEventRows(events.m_system);
+        AddMarkerRow(u"0200003A"_s, text::SystemLogEnd, RowSeverity::Marker);
+    }
+    if (!events.m_application.isEmpty()) {
+        AddMarkerRow(u"02000037"_s, text::ApplicationLogBegin, RowSeverity::Marker);
+        AddEventRows(events.m_application);
+        AddMarkerRow(u"02000038"_s, text::ApplicationLogEnd, RowSeverity::Marker);
+    }
+}
+
+void LogTableBuilder::AddEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range)
+{
+    const auto log = std::make_shared<QuorilLog>();
+    const qint32 result = range ? log->Load(service.LogFile, *range)
+                                : log->Load(service.LogFile, QuorilLog::Keep::FromLastStart);
+    switch (result) {
+    case 1:
+        AddMarkerRow(u"0200003C"_s, text::LogFileNotDefined, RowSeverity::Marker);
+        break;
+    case 2:
+        AddMarkerRow(u"0200003B"_s, text::LogFileNotOpened, RowSeverity::Error);
+        break;
+    default:
+        AddMessageRows(log, range ? 0 : log->m_last_message);
+        break;
+    }
+}
+
 PanelTable BuildEmptyLogTable()
 {
     return LogTableBuilder().take();
@@ -172,35 +213,9 @@ PanelTable BuildEmptyLogTable()
 
 PanelTable BuildLogTable(ServiceInfo& service)
 {
-    settleLogPeriod(service);
-    AppEventLog& events = *service.AppLog;
-    events.ReadLog(u"Application", service.LogFrom, service.LogTo);
-    events.ReadLog(u"System", service.LogFrom, service.LogTo);
-
     LogTableBuilder table;
-    if (!events.m_system.isEmpty()) {
-        table.AddMarkerRow(u"02000039"_s, text::SystemLogBegin, RowSeverity::Marker);
-        table.AddEventRows(events.m_system);
-        table.AddMarkerRow(u"0200003A"_s, text::SystemLogEnd, RowSeverity::Marker);
-    }
-    if (!events.m_application.isEmpty()) {
-        table.AddMarkerRow(u"02000037"_s, text::ApplicationLogBegin, RowSeverity::Marker);
-        table.AddEventRows(events.m_application);
-        table.AddMarkerRow(u"02000038"_s, text::ApplicationLogEnd, RowSeverity::Marker);
-    }
-
-    const auto log = std::make_shared<QuorilLog>();
-    switch (log->Load(service.LogFile, QuorilLog::Keep::FromLastStart)) {
-    case 1:
-        table.AddMarkerRow(u"0200003C"_s, text::LogFileNotDefined, RowSeverity::Marker);
-        break;
-    case 2:
-        table.AddMarkerRow(u"0200003B"_s, text::LogFileNotOpened, RowSeverity::Error);
-        break;
-    default:
-        table.AddMessageRows(log, log->m_last_message);
-        break;
-    }
+    table.AddWindowsLogs(service);
+    table.AddEmulatorLog(service);
     return table.take();
 }
 

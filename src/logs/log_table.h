@@ -1,9 +1,11 @@
 #pragma once
 
+#include "logs/log_runs.h"
 #include "logs/panel_table.h"
 
 #include <array>
 #include <memory>
+#include <optional>
 
 namespace quoril {
 
@@ -38,18 +40,27 @@ public:
     /// A row for each text line of the messages from `firstMessage` on.
     void AddMessageRows(std::shared_ptr<const QuorilLog> log, qsizetype firstMessage);
 
+    /// The System and Application events of an instance's log period, between marker rows. Settles the log
+    /// period in the service and reads its AppLog anew; what can't be read shows not at all.
+    void AddWindowsLogs(ServiceInfo& service);
+    /// Messages of an instance's own log, those of a range or else from its last start mark on; or a row that
+    /// tells why there are none.
+    void AddEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range = std::nullopt);
+
     PanelTable take() { return std::move(m_table); }
 
 private:
     PanelTable m_table;
 };
 
+/// A time as it stands in a log, in the form of the date column.
+QString LogDateText(const std::array<qint32, 6>& time);
+
 /// The log table without rows.
 PanelTable BuildEmptyLogTable();
 
 /// The logs of an instance as the panel shows them: the System and Application events of its log period
-/// between marker rows, then its own log from the last start mark on. Settles the log period in the service
-/// and reads its AppLog anew; what can't be read shows as a row or not at all.
+/// between marker rows, then its own log from the last start mark on.
 PanelTable BuildLogTable(ServiceInfo& service);
 
 /// The text of a message box about a code of the console's own: severity 1 message, 2 warning, 3 error, any

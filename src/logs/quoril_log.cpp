@@ -228,6 +228,19 @@ qint32 QuorilLog::Load(QStringView path, Keep keep)
     return 0;
 }
 
+qint32 QuorilLog::Load(QStringView path, const LogRange& range)
+{
+    m_last_message = 0;
+    if (path.isEmpty())
+        return 1;
+    const auto file = machine().files().openForReading(path);
+    if (!file)
+        return 2;
+    clear();
+    Reader(*this, **file, range).run();
+    return 0;
+}
+
 void QuorilLog::read(QIODevice& device, Keep keep)
 {
     clear();

@@ -62,6 +62,8 @@ public:
     /// Reads the file at the machine path: 0 read to its end, 1 an empty path, 2 the file can't be opened.
     /// Only a result of 0 replaces what was there. A failure while reading counts as the end of the file.
     qint32 Load(QStringView path, Keep keep = Keep::All);
+    /// The same for a range of the file.
+    qint32 Load(QStringView path, const LogRange& range);
     /// The same for an open device of 16-bit little-endian units.
     void read(QIODevice& device, Keep keep = Keep::All);
 

@@ -3,6 +3,8 @@
 #include "ctl/metrics_text.h"
 #include "ctl_run.h"
 #include "formats/evt_appender.h"
+#include "logs/log_table.h"
+#include "logs/quoril_log.h"
 #include "platform/terminal_text.h"
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
@@ -13,6 +15,8 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+
+#include <csignal>
 
 namespace quoril::test {
 namespace {
@@ -134,11 +138,13 @@ TEST_F(CtlTest, JsonHasTheDocumentedFields)
     for (const QString& other : {u"machine"_s, u"metrics"_s, u"install"_s, u"update"_s})
         EXPECT_TRUE(left.removeOne(other)) << qPrintable(other);
     for (const QString& line : {u"list"_s, u"show CERES"_s, u"status"_s, u"status CERES"_s, u"start CERES"_s,
-             u"stop CERES"_s, u"set-start-type Iris Automatic"_s, u"logs CERES"_s, u"log FILE.log"_s,
-             u"log --summary FILE.log"_s, u"events FILE.evt"_s, u"events --summary FILE.evt"_s,
-             u"schedule start@+0=Iris stop@+0=iris"_s, u"report CERES --output FILE"_s,
-             u"wait CERES --for running --timeout 0"_s, u"remove --yes Iris"_s}) {
-        const QString name = line.section(u' ', 0, line.contains(u"--summary"_s) ? 1 : 0);
+             u"stop CERES"_s, u"set-start-type Iris Automatic"_s, u"logs CERES"_s,
+             u"logs --list-runs CERES"_s, u"log FILE.log"_s, u"log --summary FILE.log"_s,
+             u"events FILE.evt"_s, u"events --summary FILE.evt"_s, u"schedule start@+0=Iris stop@+0=iris"_s,
+             u"report CERES --output FILE"_s, u"wait CERES --for running --timeout 0"_s,
+             u"remove --yes Iris"_s}) {
+        const QString name
+            = line.section(u' ', 0, line.contains(u" --summary"_s) || line.contains(u"--list"_s) ? 1 : 0);
         left.removeOne(name);
         const CtlRun done
             = run(QString(line).replace(u"FILE"_s, m_folder.filePath(u"a"_s)).split(u' ') << u"--json"_s);
@@ -189,6 +195,10 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
         {{u"logs"_s, u"CERES"_s, u"--from"_s, u"yesterday"_s}, 2, "\"yesterday\" is no time"},
         {{u"logs"_s, u"CERES"_s, u"--from"_s, u"2026-02-01"_s, u"--to"_s, u"2026-01-01"_s}, 2,
             "--from 2026-02-01 is after --to 2026-01-01"},
+        {{u"logs"_s, u"CERES"_s, u"--run"_s, u"second"_s}, 2, "\"second\" is no run"},
+        {{u"logs"_s, u"CERES"_s, u"--run"_s, u"-1"_s}, 1, "The log of CERES holds no run -1."},
+        {{u"logs"_s, u"CERES"_s, u"-g"_s, u"a(b"_s}, 2, "\"a(b\" is no pattern: "},
+        {{u"logs"_s, u"CERES"_s, u"-f"_s, u"--list-runs"_s}, 2, "excludes"},
         {{u"schedule"_s, u"start@+0=CERES"_s, u"CERES"_s}, 2, "\"CERES\" is no order: it begins with"},
         {{u"schedule"_s, u"stop@24:00=CERES"_s}, 2, "is no order: \"24:00\" is no time"},
         {{u"schedule"_s, u"stop@18:00"_s}, 2, "is no order: it has no =NAME"},
@@ -384,6 +394,110 @@ TEST_F(CtlTest, TheLastRunIsThePeriodOfItsEvents)
     EXPECT_EQ(
         events({u"--from"_s, u"2026-01-01 12:00"_s, u"--to"_s, u"2026-01-01T18:00:00"_s}), std::pair(2, 2));
     EXPECT_EQ(events({u"--from"_s, u"2026-01-02"_s, u"--to"_s, u"2026-01-03"_s}), std::pair(0, 0));
+}
+
+TEST_F(CtlTest, ShowsTheChosenRowsOfTheChosenRun)
+{
+    m_machine.fakeFiles.put(u"C:\\ceres.log",
+        units(u"x\n"_s) + logLine(u":INFO :", u"250", u"torn") + Log
+            + logLine(u":WARN :", u"322", u"tape slow") + logLine(u":INFO :", u"00000249", u"Start")
+            + logLine(u":WARN :", u"322", u"Tape slow"));
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "Start;Tape slow"},
+        {"--run 0 -n 1", "Tape slow"},
+        {"--run -1", "Start;disk\x1b[2J failed;tape slow"},
+        {"--run=-2", "torn"},
+        {"--run 1", "torn"},
+        {"--run 3 -n 0", ""},
+        {"--run all -n 5", "Start;disk\x1b[2J failed;tape slow;Start;Tape slow"},
+        {"--run all -p warning", "disk\x1b[2J failed;tape slow;Tape slow"},
+        {"--run all -p ERROR --from 2026-01-02", "disk\x1b[2J failed"},
+        {"--run all --grep ^t[ao]", "torn;tape slow;Tape slow"},
+        {"--run all --grep Ta -p warning -n 4", "Tape slow"},
+    };
+    for (const auto& [options, texts] : cases) {
+        const CtlRun done
+            = run(u"logs CERES %1"_s.arg(QString::fromLatin1(options)).split(u' ', Qt::SkipEmptyParts));
+        QStringList shown;
+        for (const QString& line : QString::fromUtf8(done.output).split(u'\n', Qt::SkipEmptyParts))
+            shown.append(line.mid(31));
+        EXPECT_EQ(shown.join(u';').toStdString(), texts) << options << done.errors.toStdString();
+    }
+    EXPECT_EQ(run({u"logs"_s, u"CERES"_s, u"--list-runs"_s}).output,
+        "-2  1  2026-01-01 12:00:00  2026-01-01 12:00:00  1  0  0\n"
+        "-1  2  2026-01-01 12:00:00  2026-01-01 12:00:00  3  1  1\n"
+        "0   3  2026-01-01 12:00:00  2026-01-01 12:00:00  2  1  0\n");
+    EXPECT_TRUE(run({u"logs"_s, u"CERES"_s, u"Iris"_s, u"-n1"_s}).output.contains("\nIris  20"));
+}
+
+TEST_F(CtlTest, FollowsALogThatGrowsIsCutRemovedAndMadeAnew)
+{
+    const auto line = [](const char* text) { return logLine(u":INFO :", u"321", QString::fromLatin1(text)); };
+    const auto put = [this](const QByteArray& log) { m_machine.fakeFiles.put(u"C:\\ceres.log", log); };
+    const QByteArray start = logLine(u":INFO :", u"00000249", u"Start");
+    put(line("old") + start + line("a"));
+    QByteArray log = line("old") + start + line("a");
+    const std::function<void()> steps[] = {
+        [&] { put(log += line("b") + line("c").left(70)); },
+        [&] { put(log += line("c").sliced(70) + start); },
+        [&] {
+            const qint64 now = m_machine.fakeClock.now();
+            m_machine.fakeEventLogs.logs[u"System"_s] = {eventOf(quint32(now), u"Disk"_s, {u"event"_s})};
+        },
+        [&] { put(log = line("cut")); },
+        [&] { EXPECT_TRUE(m_machine.fakeFiles.remove(u"C:\\ceres.log").ok()); },
+        [&] { put(log = line("new") + line("longer than what was cut") + line("unended").chopped(4)); },
+        [] {},
+        [] { std::raise(SIGINT); },
+    };
+    std::size_t sleeps = 0;
+    m_machine.fakeClock.onSleep = [&] {
+        if (sleeps % 5 == 0)
+            steps[sleeps / 5]();
+        ++sleeps;
+    };
+    const CtlRun done = run({u"logs"_s, u"-f"_s, u"-n2"_s, u"--json"_s, u"CERES"_s});
+    EXPECT_EQ(done.code, 130) << done.errors.toStdString();
+    QStringList texts;
+    for (const QByteArray& row : done.output.split('\n'))
+        texts.append(QJsonDocument::fromJson(row)["text"_L1].toString());
+    EXPECT_EQ(texts.join(QChar(u' ')).trimmed().toStdString(),
+        "Start a b c Start event cut new longer than what was cut unended");
+}
+
+// What streams past is what the table of the panel would show.
+TEST_F(CtlTest, PrintsOddLinesOfALogAsTheyStandInTheTable)
+{
+    QByteArray content = units(u"before\n"_s);
+    for (const QString& text : {u"plain"_s, u"qu\"o\\te\t\u0001"_s, u"B\u00fccher \u6f22 \U0001F600"_s,
+             u"lone \xD800."_s, u"cut\rhere"_s, QString(600, u'x'), u"zero\0 hidden"_s, QString()}) {
+        for (const QString& code : {u"00000321"_s, u"3\u01412"_s, u"\"249"_s})
+            content += logLine(u":WARN :", code, text) + units(text + u"\r\n"_s);
+    }
+    content += logLine(u":ERROR:", u"1", {}).replace(0, 8, units(u"x-1 "_s)).left(50);
+    QuorilLog log;
+    QBuffer device(&content);
+    device.open(QIODevice::ReadOnly);
+    log.read(device);
+    LogTableBuilder table;
+    table.AddMessageRows(std::make_shared<QuorilLog>(std::move(log)), 0);
+    const PanelTable rows = table.take();
+    const QString name = file(u"odd.log"_s, content);
+    const QByteArray text = run({u"log"_s, name}).output;
+    const QJsonArray json = run({u"log"_s, u"--json"_s, name}).json().array();
+    ASSERT_EQ(json.size(), rows.rowCount());
+    QByteArray expected;
+    for (qsizetype row = 0; row < rows.rowCount(); ++row) {
+        const QString code = rows.text(row, 1);
+        const QJsonObject object = json[row].toObject();
+        expected
+            += (rows.text(row, 0) + u"  "_s + code.leftJustified(8) + u"  "_s + rows.text(row, 2) + u'\n')
+                   .toUtf8();
+        EXPECT_EQ(object["date"_L1].toString(), rows.text(row, 0));
+        EXPECT_EQ(object["messageId"_L1].toString(), code);
+        EXPECT_EQ(object["text"_L1].toString().toUtf8(), rows.text(row, 2).toUtf8());
+    }
+    EXPECT_EQ(text.toStdString(), expected.toStdString());
 }
 
 TEST_F(CtlTest, EverySubcommandIsInTheManualAndTheCompletion)

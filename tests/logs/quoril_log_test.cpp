@@ -96,34 +96,6 @@ TEST(QuorilLog, TakesALineForAHeaderByItsFirstTag)
     }
 }
 
-TEST(QuorilLog, CutsLinesByUnits)
-{
-    const QString longText = QString(600, u'x');
-    const QString full = header(u"00000249"_s, QString(1023 - 52, u'y')).chopped(2);
-    const QuorilLog log = read(header() + longText + u"\r\n"_s + full + u"rest\r\n"_s + QString(1022, u'z')
-        + u"\r\n"_s + u"cut\rhere\n"_s + u"lone \xD800"_s);
-    ASSERT_EQ(log.GetCount(), 2);
-    EXPECT_EQ(linesOf(log.GetMessage(0)), QStringList({u"text"_s, longText.left(512)}));
-    EXPECT_EQ(linesOf(log.GetMessage(1)),
-        QStringList({QString(512, u'y'), u"rest"_s, QString(512, u'z'), QString(), u"cut"_s,
-            u"lone "_s + QChar(0xD800)}));
-}
-
-TEST(QuorilLog, SurvivesAFileCutAnywhere)
-{
-    const QByteArray whole = bytesOf(header(u"00000249"_s, u"te\u0416t"_s));
-    for (qsizetype size = 0; size <= whole.size(); ++size) {
-        const QuorilLog log = read(whole.left(size));
-        ASSERT_EQ(log.GetCount(), size / 2 >= 22 ? 1 : 0) << size;
-        if (log.GetCount() == 0)
-            continue;
-        const QuorilLogMessage message = log.GetMessage(0);
-        EXPECT_EQ(message.m_code_text, u"00000249"_s.left(size / 2 - 24 < 0 ? 0 : size / 2 - 24)) << size;
-        EXPECT_EQ(
-            linesOf(message), QStringList({u"te\u0416t"_s.left(std::max<qsizetype>(0, size / 2 - 52))}));
-    }
-}
-
 /// What a log may hold, marks and oddities among it.
 QString somePiece(QRandomGenerator& random)
 {
@@ -214,6 +186,9 @@ TEST(QuorilLog, ReadsWhatThePlainestReaderReads)
         bytes.chop(std::min<qsizetype>(bytes.size(), random.bounded(4)));
         expectAsPlain(bytes, "seed " + std::to_string(seed));
     }
+    const QByteArray whole = bytesOf(header(u"00000249"_s, u"te\u0416t"_s));
+    for (qsizetype size = 0; size <= whole.size(); ++size)
+        expectAsPlain(whole.left(size), "cut");
     // Lines longer than the blocks that are searched and parsed, with and without units above 0xFF, and more
     // text than is parsed at once.
     QString text;
