@@ -20,8 +20,8 @@ constexpr qint64 SecondsBeyond = 15;
 constexpr qint64 LargestEntryBytes = 0xFFFF;
 
 constexpr qsizetype TagColumn = 16;
-constexpr qsizetype CodeColumn = 24;
-constexpr qsizetype TextColumn = 52;
+constexpr qsizetype CodeOffset = 24;
+constexpr qsizetype TextOffset = 52;
 
 struct Tag
 {
@@ -29,7 +29,7 @@ struct Tag
     quint16 type;
 };
 
-constexpr Tag Tags[] = {
+constexpr Tag LevelTags[] = {
     {u"INFO :", event_type::Information},
     {u"WARN :", event_type::Warning},
     {u"ERROR:", event_type::Error},
@@ -62,7 +62,7 @@ QString joined(const InsertStrings& inserts)
 quint32 codeOf(QStringView line)
 {
     quint32 code = 0;
-    for (const QChar unit : line.sliced(CodeColumn)) {
+    for (const QChar unit : line.sliced(CodeOffset)) {
         const int digit = hexDigit(unit.unicode());
         if (digit < 0)
             break;
@@ -73,9 +73,9 @@ quint32 codeOf(QStringView line)
 
 const Tag* tagOf(QStringView line)
 {
-    const auto found = std::find_if(std::begin(Tags), std::end(Tags),
+    const auto found = std::find_if(std::begin(LevelTags), std::end(LevelTags),
         [line](const Tag& tag) { return line.sliced(TagColumn).startsWith(tag.text); });
-    return found == std::end(Tags) ? nullptr : found;
+    return found == std::end(LevelTags) ? nullptr : found;
 }
 
 qint64 beyond(qint64 to)
@@ -118,12 +118,12 @@ void splitEventLines(const EventEntry& entry, const EventLineVisitor& visit)
             continue;
         quint32 eventId = code != 0 ? code : entry.eventId;
         QStringView shown = line;
-        if (!tried && line.size() > TextColumn) {
+        if (!tried && line.size() > TextOffset) {
             tried = true;
             if (const Tag* const tag = tagOf(line)) {
                 type = tag->type;
                 eventId = code = codeOf(line);
-                shown = line.sliced(TextColumn);
+                shown = line.sliced(TextOffset);
             }
         }
         visit(type, eventId, entry.timeGenerated, shown);

@@ -19,8 +19,8 @@ namespace {
 
 // Most text has no unit above 0xFF, so that what is kept of a block fills one large page. It is large enough,
 // too, that the threads seldom wait for each other on a busy machine.
-constexpr quint32 BlockUnits = LargePage;
-static_assert(BlockUnits > LongestLine);
+constexpr quint32 ParsedUnits = LargePage;
+static_assert(ParsedUnits > LongestLine);
 // One of them is being read while the others are parsed.
 constexpr std::size_t BlocksAtOnce = 4;
 // The bytes of the file are taken as units of the machine.
@@ -101,7 +101,7 @@ private:
 char16_t* QuorilLog::Reader::Block::room()
 {
     if (!units)
-        units = makeLargeBuffer(BlockUnits * sizeof(char16_t));
+        units = makeLargeBuffer(ParsedUnits * sizeof(char16_t));
     return reinterpret_cast<char16_t*>(units.get());
 }
 
@@ -110,7 +110,7 @@ char16_t* QuorilLog::Reader::Block::room()
 quint32 QuorilLog::Reader::fill(char16_t* units, quint32 size)
 {
     qint64 bytes = qint64(size) * 2;
-    constexpr qint64 Room = qint64(BlockUnits) * 2;
+    constexpr qint64 Room = qint64(ParsedUnits) * 2;
     char* const data = reinterpret_cast<char*>(units);
     while (bytes < Room && !m_ended) {
         const qint64 got = m_device.read(data + bytes, std::min(Room - bytes, m_left));

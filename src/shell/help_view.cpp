@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize FirstSize(860, 600);
+constexpr QSize HelpWindowSize(860, 600);
 constexpr int ContentsWidth = 240;
 constexpr int SectionRole = Qt::UserRole;
 
@@ -64,7 +64,7 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
     splitter->addWidget(m_contents);
     splitter->addWidget(m_text);
     splitter->setStretchFactor(1, 1);
-    splitter->setSizes({ContentsWidth, FirstSize.width() - ContentsWidth});
+    splitter->setSizes({ContentsWidth, HelpWindowSize.width() - ContentsWidth});
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter);
@@ -83,7 +83,7 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
         if (item)
             m_text->scrollToAnchor(item->data(0, SectionRole).toString());
     });
-    ResizeToScreen(*this, FirstSize);
+    ResizeToScreen(*this, HelpWindowSize);
 }
 
 void CHelpView::fillContents(const QString& html)

@@ -22,7 +22,7 @@ constexpr quint32 AnyProcess = 0x30;
 constexpr quint32 ErrorNormal = 1;
 constexpr QStringView ServicesPath = u"SYSTEM\\CurrentControlSet\\Services";
 
-bool isValidName(QStringView name)
+bool isValidServiceName(QStringView name)
 {
     return !name.isEmpty() && name.size() <= MaximumNameUnits && !name.contains(u'\\') && !name.contains(u'/')
         && !name.contains(QChar(0));
@@ -37,7 +37,7 @@ Result<RegistryKeyHandle> servicesKey(Registry& registry, quint32 access)
 /// The key of a service; a key without a type is none.
 Result<RegistryKeyHandle> serviceKey(Registry& registry, QStringView name, quint32 access)
 {
-    if (!isValidName(name))
+    if (!isValidServiceName(name))
         return Error{error::InvalidName, name.toString()};
     const Result<RegistryKeyHandle> services = servicesKey(registry, access | key_access::QueryValue);
     if (!services)
@@ -219,7 +219,7 @@ Status TreeServiceDatabase::change(QStringView name, const ServiceConfigChange& 
 
 Status TreeServiceDatabase::create(const NewService& service)
 {
-    if (!isValidName(service.name))
+    if (!isValidServiceName(service.name))
         return Error{error::InvalidName, service.name};
     if (service.binaryPath.isEmpty() || service.startType > start_type::Disabled)
         return Error{error::InvalidParameter, service.name};

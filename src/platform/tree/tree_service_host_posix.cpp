@@ -1,5 +1,6 @@
 #include "platform/tree/tree_service_host.h"
 
+#include "platform/host/exit_code.h"
 #include "platform/host/file_lock.h"
 #include "platform/host/posix/host_process.h"
 #include "platform/tree/tree_machine.h"
@@ -29,7 +30,6 @@ namespace {
 
 constexpr quint32 DefaultStartLimitMilliseconds = 30000;
 constexpr quint32 EventServiceState = 0x40001B7C; // 7036: "The %1 service entered the %2 state."
-constexpr quint32 StatusControlCExit = 0xC000013A;
 
 quint32 startLimit()
 {

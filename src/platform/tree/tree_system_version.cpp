@@ -99,7 +99,7 @@ std::optional<quint32> dwordOf(const RegistryKey& key, QStringView name)
     return qFromLittleEndian<quint32>(value->data.constData());
 }
 
-QString textOf(const RegistryKey& key, QStringView name)
+QString textValue(const RegistryKey& key, QStringView name)
 {
     const auto text = key.text(name, LimitBytes);
     return text ? *text : QString();
@@ -123,7 +123,7 @@ bool readNumbers(const RegistryKey& current, SystemVersion& version)
         version.minor = *minor;
         return true;
     }
-    const QStringList parts = textOf(current, u"CurrentVersion").split(u'.');
+    const QStringList parts = textValue(current, u"CurrentVersion").split(u'.');
     bool isMajor = false;
     bool isMinor = false;
     version.major = parts.value(0).toUInt(&isMajor);
@@ -133,7 +133,7 @@ bool readNumbers(const RegistryKey& current, SystemVersion& version)
 
 quint16 nativeArchitecture(const RegistryKey* environment)
 {
-    const QString named = environment ? textOf(*environment, u"PROCESSOR_ARCHITECTURE") : QString();
+    const QString named = environment ? textValue(*environment, u"PROCESSOR_ARCHITECTURE") : QString();
     return quint16(numberOf(Architectures, named.isEmpty() ? QSysInfo::currentCpuArchitecture() : named,
         processor_architecture::Unknown));
 }
@@ -141,7 +141,7 @@ quint16 nativeArchitecture(const RegistryKey* environment)
 void readProduct(const RegistryKey& options, SystemVersion& version)
 {
     version.productType
-        = quint8(numberOf(ProductTypes, textOf(options, u"ProductType"), SystemVersion::Workstation));
+        = quint8(numberOf(ProductTypes, textValue(options, u"ProductType"), SystemVersion::Workstation));
     if (const auto suites = options.multiString(u"ProductSuite", LimitBytes)) {
         for (const QString& suite : *suites)
             version.suiteMask |= quint16(numberOf(SuiteBits, suite, 0));
@@ -161,13 +161,13 @@ Result<SystemVersion> readSystemVersion(const RegistryKey& localMachine)
         return Error{error::FileNotFound, {}};
     // CurrentBuild holds another text in some versions.
     bool isNumber = false;
-    version.build = textOf(**current, u"CurrentBuildNumber").toUInt(&isNumber);
+    version.build = textValue(**current, u"CurrentBuildNumber").toUInt(&isNumber);
     if (!isNumber)
-        version.build = textOf(**current, u"CurrentBuild").toUInt();
-    version.servicePack = textOf(**current, u"CSDVersion");
-    version.productInfo = numberOf(Editions, textOf(**current, u"EditionID"), 0);
+        version.build = textValue(**current, u"CurrentBuild").toUInt();
+    version.servicePack = textValue(**current, u"CSDVersion");
+    version.productInfo = numberOf(Editions, textValue(**current, u"EditionID"), 0);
     version.isServerR2 = version.major == 5 && version.minor == 2
-        && textOf(**current, u"ProductName").endsWith(QLatin1StringView(" R2"));
+        && textValue(**current, u"ProductName").endsWith(QLatin1StringView(" R2"));
     if (const auto options = controlKey(localMachine, u"ProductOptions"))
         readProduct(*options, version);
     version.nativeArchitecture
@@ -181,9 +181,9 @@ ProcessorInfo readProcessors(const RegistryKey& localMachine)
     ProcessorInfo processors;
     processors.architecture = nativeArchitecture(environment.get());
     if (environment) {
-        processors.count = textOf(*environment, u"NUMBER_OF_PROCESSORS").toUInt();
-        processors.level = textOf(*environment, u"PROCESSOR_LEVEL").toUShort();
-        processors.revision = textOf(*environment, u"PROCESSOR_REVISION").toUShort(nullptr, 16);
+        processors.count = textValue(*environment, u"NUMBER_OF_PROCESSORS").toUInt();
+        processors.level = textValue(*environment, u"PROCESSOR_LEVEL").toUShort();
+        processors.revision = textValue(*environment, u"PROCESSOR_REVISION").toUShort(nullptr, 16);
     }
     if (processors.count == 0)
         processors.count = quint32(std::max(QThread::idealThreadCount(), 0));

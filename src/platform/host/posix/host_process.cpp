@@ -26,7 +26,6 @@ namespace {
 constexpr quint32 StatusAccessViolation = 0xC0000005;
 constexpr quint32 StatusIllegalInstruction = 0xC000001D;
 constexpr quint32 StatusDivideByZero = 0xC0000094;
-constexpr quint32 StatusControlCExit = 0xC000013A;
 constexpr quint32 AbortExitCode = 3;
 
 /// Nothing open but what it is given, default signals: a child that inherits neither.
