@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the build, the tests and the programs need on Debian, as far as it is missing; with "windows" also
-# what the build for Windows and its tests need, with "packages" what Debian's packages are made with.
+# what the build for Windows and its tests need, with "packages" what Debian's packages are made with, with "checks"
+# what looks at the sources, with "work" that and what makes daily work quick.
 set -euo pipefail
 
 packages=(
@@ -32,6 +33,12 @@ if [ "${1:-}" = packages ]; then
     debhelper dpkg-dev
     lintian appstream desktop-file-utils    # look at what was made
   )
+fi
+if [ "${1:-}" = checks ] || [ "${1:-}" = work ]; then
+  packages+=(git python3 clang clang-format-14 clang-tidy-14)
+fi
+if [ "${1:-}" = work ]; then
+  packages+=(ccache mold gcovr)
 fi
 
 missing=()

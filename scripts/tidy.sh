@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Looks at the sources without running them: the format, clang-tidy over all of src, and each public header alone.
+#
+#   scripts/tidy.sh [format|tidy|headers]...     all three if none is given
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh checks
+checks=("$@")
+[ ${#checks[@]} -gt 0 ] || checks=(format tidy headers)
+
+for check in "${checks[@]}"; do
+  case "$check" in
+    format)
+      git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format-14 --dry-run --Werror
+      ;;
+    tidy)
+      cmake --preset tidy -Wno-dev >/dev/null
+      # What moc, rcc and the texts' compiler make is included by the sources.
+      ninja -C build/tidy -t targets all | sed -n 's/^\(\S*_autogen\): phony$/\1/p' | sort -u |
+        xargs cmake --build --preset tidy --target >/dev/null
+      python3 -c '
+import json
+for entry in json.load(open("build/tidy/compile_commands.json")):
+    if "/src/" in entry["file"] and "_autogen/" not in entry["file"] and "/.rcc/" not in entry["file"] \
+            and "_resources_" not in entry["file"]:
+        print(entry["file"])' | xargs -P "$(nproc)" -n 1 clang-tidy-14 --quiet -p build/tidy
+      ;;
+    headers)
+      cmake --preset tidy -Wno-dev >/dev/null
+      cmake --build --preset tidy --target all_verify_interface_header_sets >/dev/null
+      ;;
+    *)
+      echo "usage: scripts/tidy.sh [format|tidy|headers]..." >&2
+      exit 2
+      ;;
+  esac
+  echo "$check: passed"
+done
