@@ -2,6 +2,8 @@
 
 namespace quoril {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool isBlank(QChar unit)
@@ -81,6 +83,26 @@ QStringList splitArguments(QStringView rest)
     for (skipBlanks(rest); !rest.isEmpty(); skipBlanks(rest))
         arguments.append(takeArgument(rest));
     return arguments;
+}
+
+bool hasFolder(QStringView program)
+{
+    return program.contains(u'\\') || program.contains(u'/') || program.contains(u':');
+}
+
+bool isFullPath(QStringView program)
+{
+    const auto isSeparator = [](QChar unit) { return unit == u'\\' || unit == u'/'; };
+    if (program.size() < 3)
+        return false;
+    const bool hasDrive = program[1] == u':' && isSeparator(program[2]);
+    return hasDrive || (isSeparator(program[0]) && isSeparator(program[1]));
+}
+
+QString withProgramExtension(const QString& program)
+{
+    const qsizetype name = qMax(program.lastIndexOf(u'\\'), program.lastIndexOf(u'/')) + 1;
+    return program.indexOf(u'.', name) < 0 ? program + u".exe"_s : program;
 }
 
 QList<ProgramCandidate> programCandidates(QStringView commandLine)

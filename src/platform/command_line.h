@@ -19,6 +19,15 @@ struct ProgramCandidate
     QStringView rest; // of the command line
 };
 
+/// Whether a program's name says where it lies: with a folder or a drive.
+bool hasFolder(QStringView program);
+
+/// Whether it says so whatever the current folder and drive are.
+bool isFullPath(QStringView program);
+
+/// The name with ".exe" where it has no extension.
+QString withProgramExtension(const QString& program);
+
 /// What a command line may mean as its program, in the order in which Windows tries it: the quoted text, or
 /// without quotes each beginning that ends before a blank, the shortest first.
 QList<ProgramCandidate> programCandidates(QStringView commandLine);

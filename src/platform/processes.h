@@ -35,8 +35,8 @@ public:
 
     /// Creates a process from a command line in the machine's form (the program's machine path, in double
     /// quotes where it has blanks, then its arguments), with the caller's environment and current folder and
-    /// no inherited handles. With an application name that names the program instead. 2 or 3 no such file, 5,
-    /// 193.
+    /// no inherited handles. With an application name that names the program instead. A bare name is one of
+    /// the system's own folders; nothing is looked for in the current one. 2 or 3 no such file, 5, 193.
     virtual Result<std::unique_ptr<Process>> create(QStringView applicationName, QStringView commandLine) = 0;
 };
 

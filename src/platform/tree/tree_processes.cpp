@@ -19,25 +19,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool hasFolder(QStringView program)
-{
-    return program.contains(u'\\') || program.contains(u'/') || program.contains(u':');
-}
-
-QString withExtension(const QString& program)
-{
-    const qsizetype name = qMax(program.lastIndexOf(u'\\'), program.lastIndexOf(u'/')) + 1;
-    return program.indexOf(u'.', name) < 0 ? program + u".exe"_s : program;
-}
-
-/// The path itself, or the same below each of the folders that are searched for a bare name.
+/// The path itself, or a bare name below each of the system's folders. The current folder is none of them:
+/// whoever may write there would choose what is run.
 QStringList placesOf(const QString& program)
 {
     if (hasFolder(program))
-        return {program};
+        return isFullPath(program) ? QStringList(program) : QStringList();
     static constexpr std::array<QStringView, 3> folders
         = {u"C:\\Windows\\System32\\", u"C:\\Windows\\System\\", u"C:\\Windows\\"};
-    QStringList places = {program};
+    QStringList places;
     for (const QStringView folder : folders)
         places.append(folder.toString() + program);
     return places;
@@ -60,7 +50,7 @@ Result<TreeProcesses::Program> TreeProcesses::findProgram(QStringView commandLin
 {
     std::optional<Error> first;
     for (const ProgramCandidate& candidate : programCandidates(commandLine)) {
-        for (const QString& place : placesOf(withExtension(candidate.program))) {
+        for (const QString& place : placesOf(withProgramExtension(candidate.program))) {
             const Result<QString> host = m_paths.existing(place);
             if (host && QFileInfo(*host).isFile())
                 return Program{*host, splitArguments(candidate.rest)};
