@@ -63,6 +63,10 @@ inline Status statusOfCall(BOOL succeeded)
     return succeeded ? Status() : Status(lastError());
 }
 
+/// What a file is opened with: what serves a pipe of that name learns who asks, and may not act as him.
+inline constexpr DWORD DiskFileFlags
+    = FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+
 /// Owns a handle that the function closes.
 template <auto close> struct HandleCloser
 {

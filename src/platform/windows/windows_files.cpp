@@ -15,22 +15,16 @@ namespace quoril {
 
 namespace {
 
-constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
 using SearchHandle = OwnedHandle<HANDLE, ::FindClose>;
 
 /// Opens or makes the file and gives a device over it.
 Result<std::unique_ptr<QIODevice>> openFile(
     QStringView path, DWORD access, DWORD disposition, QIODevice::OpenMode mode)
 {
-    const Result<QString> name = callPath(path);
-    if (!name)
-        return name.failure();
-    const HANDLE handle
-        = ::CreateFileW(wide(*name), access, ShareAll, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE)
-        return lastError();
-    return std::unique_ptr<QIODevice>(std::make_unique<FileDevice>(KernelHandle(handle), mode));
+    Result<KernelHandle> file = openDiskFile(path, access, disposition);
+    if (!file)
+        return file.failure();
+    return std::unique_ptr<QIODevice>(std::make_unique<FileDevice>(*std::move(file), mode));
 }
 
 } // namespace
@@ -66,6 +60,8 @@ Result<QStringList> WindowsFiles::find(QStringView pattern)
         if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
             names.append(textOf(found.cFileName));
     } while (::FindNextFileW(search.get(), &found));
+    if (::GetLastError() != ERROR_NO_MORE_FILES)
+        return lastError();
     // File systems list in orders of their own.
     std::ranges::sort(names, [](const QString& left, const QString& right) {
         const auto order = foldedCompare(left, right);
@@ -77,7 +73,11 @@ Result<QStringList> WindowsFiles::find(QStringView pattern)
 Result<QString> WindowsFiles::fileVersion(QStringView path)
 {
     const Result<QString> name = callPath(path);
-    return name ? windowsFileVersion(*name) : name;
+    if (!name)
+        return name;
+    // The call itself would open whatever the name leads to.
+    const Result<KernelHandle> file = openDiskFile(path, GENERIC_READ, OPEN_EXISTING);
+    return file ? windowsFileVersion(*name) : Result<QString>(file.failure());
 }
 
 Status WindowsFiles::setCurrentDirectory(QStringView path)

@@ -41,4 +41,19 @@ Result<QString> callPath(QStringView path)
     return full->startsWith(u"\\\\") ? u"\\\\?\\UNC"_s + full->mid(1) : u"\\\\?\\"_s + *full;
 }
 
+Result<KernelHandle> openDiskFile(QStringView path, DWORD access, DWORD disposition)
+{
+    const Result<QString> name = callPath(path);
+    if (!name)
+        return name.failure();
+    const HANDLE handle = ::CreateFileW(wide(*name), access,
+        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, disposition, DiskFileFlags, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return lastError();
+    KernelHandle file(handle);
+    if (::GetFileType(handle) != FILE_TYPE_DISK)
+        return Error{error::AccessDenied, *name};
+    return file;
+}
+
 } // namespace quoril

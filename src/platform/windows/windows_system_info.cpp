@@ -98,8 +98,9 @@ Result<quint64> WindowsSystemInfo::physicalMemory() const
 
 QString WindowsSystemInfo::windowsDirectory() const
 {
+    // On a terminal server each user has a Windows folder of his own besides.
     std::array<wchar_t, MAX_PATH> units = {};
-    const UINT size = ::GetWindowsDirectoryW(units.data(), static_cast<UINT>(units.size()));
+    const UINT size = ::GetSystemWindowsDirectoryW(units.data(), static_cast<UINT>(units.size()));
     QString folder = size < units.size() ? textOf(units.data()) : QString();
     while (folder.endsWith(u'\\'))
         folder.chop(1);

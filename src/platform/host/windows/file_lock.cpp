@@ -28,7 +28,7 @@ HANDLE openLockFile(const QString& fileName, DWORD access, DWORD disposition)
 {
     return ::CreateFileW(HostPath(fileName).text(), access,
         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, disposition,
-        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+        DiskFileFlags | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
 }
 
 bool tryToLock(HANDLE handle)
@@ -139,7 +139,7 @@ Status replaceFile(const QString& fileName, const QByteArray& bytes)
     DWORD failure = ERROR_SUCCESS;
     {
         const HostHandle file(::CreateFileW(
-            temporaryPath.text(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+            temporaryPath.text(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, DiskFileFlags, nullptr));
         if (!file.isOpen())
             return lastChangeError(temporary);
         failure = writeAll(file.get(), bytes);

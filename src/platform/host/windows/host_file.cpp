@@ -63,8 +63,12 @@ quint64 joined(DWORD high, DWORD low)
 HostPath::HostPath(const QString& hostPath) : m_path(QDir::toNativeSeparators(QDir::cleanPath(hostPath)))
 {
     const bool hasDrive = m_path.size() > 2 && m_path[1] == u':' && m_path[2] == u'\\';
+    const bool isShare
+        = m_path.startsWith(u"\\\\") && m_path.size() > 2 && m_path[2] != u'?' && m_path[2] != u'.';
     if (hasDrive)
         m_path.prepend(u"\\\\?\\"_s);
+    else if (isShare)
+        m_path.replace(0, 1, u"\\\\?\\UNC"_s);
 }
 
 Error lastHostError(const QString& about)
@@ -84,7 +88,7 @@ Result<std::unique_ptr<QFile>> openRegularFile(const QString& hostPath, HostOpen
 {
     const OpenWay way = wayOf(purpose);
     HostHandle handle(::CreateFileW(HostPath(hostPath).text(), way.access, shareAll, nullptr, way.disposition,
-        FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+        DiskFileFlags | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     if (!handle.isOpen())
         return lastHostError(hostPath);
     if (!isRegularFile(handle.get()))
@@ -171,8 +175,8 @@ Result<HostEntry> hostEntry(const QString& hostPath)
 
 QString realHostPath(const QString& hostPath)
 {
-    const HostHandle handle(::CreateFileW(
-        HostPath(hostPath).text(), 0, shareAll, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const HostHandle handle(::CreateFileW(HostPath(hostPath).text(), 0, shareAll, nullptr, OPEN_EXISTING,
+        DiskFileFlags | FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     if (!handle.isOpen())
         return {};
     std::array<wchar_t, 32768> text;

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "formats/error.h"
+#include "platform/windows/win32.h"
 
 #include <QString>
 
 #include <utility>
-
-#include <windows.h>
 
 namespace quoril {
 
