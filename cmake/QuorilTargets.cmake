@@ -66,7 +66,7 @@ function(quoril_layer name)
   set_target_properties(${name} PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
 endfunction()
 
-# quoril_program(name DESCRIPTION text [GUI]): gives a program of Windows its version block, icon and manifest, and
+# quoril_program(name DESCRIPTION text [GUI]): gives a program of Windows its version block, icon, manifest and safe start, and
 # a program with windows (GUI) no console, and makes it part of the release. Elsewhere there is nothing to give.
 function(quoril_program name)
   cmake_parse_arguments(PROGRAM "GUI" "DESCRIPTION" "" ${ARGN})
@@ -83,11 +83,13 @@ function(quoril_program name)
   set(QUORIL_MANIFEST ${PROJECT_SOURCE_DIR}/cmake/windows/program.manifest)
   set(resource ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/windows/program.rc.in ${resource} @ONLY)
-  target_sources(${name} PRIVATE ${resource})
+  target_sources(${name} PRIVATE ${resource} ${PROJECT_SOURCE_DIR}/src/apps/program_start_windows.cpp)
   set_source_files_properties(${resource} PROPERTIES OBJECT_DEPENDS "${QUORIL_ICON};${QUORIL_MANIFEST}")
   set_target_properties(${name} PROPERTIES WIN32_EXECUTABLE ${PROGRAM_GUI})
   if(MSVC)
-    # The resource holds the manifest; the linker would add one of its own.
-    target_link_options(${name} PRIVATE /MANIFEST:NO)
+    # The resource holds the manifest; the linker would add one of its own. DLLs are looked for in the system's folder.
+    target_link_options(${name} PRIVATE /MANIFEST:NO /DEPENDENTLOADFLAG:0x800)
+  else()
+    target_link_options(${name} PRIVATE -Wl,--tsaware)
   endif()
 endfunction()
