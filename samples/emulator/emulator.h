@@ -7,7 +7,6 @@
 #include <QStringList>
 #include <QStringView>
 
-#include <cstdio>
 #include <optional>
 
 namespace quoril {
@@ -57,9 +56,6 @@ Status install(Machine& machine, QStringView name, QStringView configuration, co
 /// the machine. What goes wrong is told on standard error. Gives the exit code: 0xFFFFFFFF, or a Windows
 /// error number.
 quint32 installByArguments(Machine& machine, const QStringList& arguments, const QString& program);
-
-/// One line of text for the person who started the program.
-void say(std::FILE* stream, const QString& text);
 
 /// The platform's side: the machine that the process belongs to and its service manager. Gives the exit
 /// status.

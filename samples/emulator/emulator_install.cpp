@@ -5,6 +5,7 @@
 #include "platform/machine.h"
 #include "platform/registry.h"
 #include "platform/services.h"
+#include "platform/terminal.h"
 
 #include <QMap>
 
@@ -153,27 +154,20 @@ Status install(Machine& machine, QStringView name, QStringView configurationPath
 quint32 installByArguments(Machine& machine, const QStringList& arguments, const QString& program)
 {
     if (arguments.size() != 3) {
-        say(stderr, u"usage: quoril-emulator --install NAME CONFIG"_s);
+        say(u"usage: quoril-emulator --install NAME CONFIG"_s);
         return error::InvalidParameter;
     }
     if (program.isEmpty()) {
-        say(stderr,
-            u"The emulator is installed from where it lies on the machine, and this copy lies outside."_s);
+        say(u"The emulator is installed from where it lies on the machine, and this copy lies outside."_s);
         return error::PathNotFound;
     }
     const Status status = install(machine, arguments[1], arguments[2], program);
     if (status)
         return InstalledCode;
-    say(stderr,
-        u"%1 can't be installed: error %2 %3"_s.arg(arguments[1])
+    say(u"%1 can't be installed: error %2 %3"_s.arg(arguments[1])
             .arg(status.errorNumber())
             .arg(status.failure().detail));
     return status.errorNumber();
-}
-
-void say(std::FILE* stream, const QString& text)
-{
-    std::fputs(QString(text + u'\n').toLocal8Bit().constData(), stream);
 }
 
 } // namespace quoril::emulator

@@ -5,6 +5,7 @@
 
 #include "platform/host/exit_code.h"
 #include "platform/machine_choice.h"
+#include "platform/terminal.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_state.h"
 
@@ -108,8 +109,7 @@ int runOnPlatform(const QStringList& arguments)
     const std::optional<Behaviour> behaviour = Behaviour::from(arguments);
     const QString service = qEnvironmentVariable("QUORIL_SERVICE");
     if (!behaviour || service.isEmpty()) {
-        say(stderr,
-            behaviour ? u"The emulator runs as a service: install it and start that."_s
+        say(behaviour ? u"The emulator runs as a service: install it and start that."_s
                       : u"quoril-emulator: unknown option; --help tells the known ones"_s);
         return FailedStatus;
     }

@@ -3,6 +3,7 @@
 #include "emulator.h"
 #include "emulator_log.h"
 
+#include "platform/terminal.h"
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_machine.h"
 #include "platform/windows/windows_paths.h"
@@ -19,6 +20,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int FailedStatus = 1;
+constexpr quint32 UsualStopMilliseconds = 500;
 
 /// What the service's main function, which the manager calls in a thread of its own, takes from the process's
 /// one.
@@ -29,8 +31,8 @@ class WindowsController : public Controller
 public:
     explicit WindowsController(QString service)
         : m_service(std::move(service))
-        , m_stop(::CreateEventW(nullptr, TRUE, FALSE, nullptr))
-        , m_status(::RegisterServiceCtrlHandlerExW(wide(m_service), handleControl, m_stop.get()))
+        , m_stop(::CreateEventW(nullptr, FALSE, FALSE, nullptr))
+        , m_status(::RegisterServiceCtrlHandlerExW(wide(m_service), handleControl, this))
     {
     }
 
@@ -41,30 +43,34 @@ public:
     }
     void reportRunning() override { report(SERVICE_RUNNING, 0, 0, 0); }
     void reportStopPending(quint32 waitHint) override { report(SERVICE_STOP_PENDING, 0, 1, waitHint); }
-    void reportStopped(quint32 exitCode) override
-    {
-        m_hasStopped = true;
-        report(SERVICE_STOPPED, exitCode, 0, 0);
-    }
+    void reportStopped(quint32 exitCode) override { m_exitCode = exitCode; }
     bool waitForStop(std::optional<quint32> milliseconds) override
     {
-        const bool asked
-            = ::WaitForSingleObject(m_stop.get(), milliseconds.value_or(INFINITE)) == WAIT_OBJECT_0;
-        // The next request is another one.
-        ::ResetEvent(m_stop.get());
-        return asked;
+        // The wait takes the request; one that comes at this moment stays for the next.
+        return ::WaitForSingleObject(m_stop.get(), milliseconds.value_or(INFINITE)) == WAIT_OBJECT_0;
     }
 
-    bool hasStopped() const { return m_hasStopped; }
+    /// The last thing that a service does: the system may end the process right after. False if it hasn't
+    /// stopped.
+    bool tellEnd()
+    {
+        if (m_exitCode)
+            report(SERVICE_STOPPED, *m_exitCode, 0, 0);
+        return m_exitCode.has_value();
+    }
 
 private:
-    static DWORD WINAPI handleControl(DWORD code, DWORD, void*, void* stop)
+    static DWORD WINAPI handleControl(DWORD code, DWORD, void*, void* context)
     {
         if (code == SERVICE_CONTROL_INTERROGATE)
             return NO_ERROR;
-        if (code != SERVICE_CONTROL_STOP)
+        if (code != SERVICE_CONTROL_STOP && code != SERVICE_CONTROL_SHUTDOWN)
             return ERROR_CALL_NOT_IMPLEMENTED;
-        ::SetEvent(static_cast<HANDLE>(stop));
+        auto* const self = static_cast<WindowsController*>(context);
+        // Whoever asked sees at once that the request has arrived.
+        if (!behaviourOfService.ignoresStop)
+            self->reportStopPending(behaviourOfService.stopDelayMilliseconds + UsualStopMilliseconds);
+        ::SetEvent(self->m_stop.get());
         return NO_ERROR;
     }
 
@@ -74,7 +80,8 @@ private:
         SERVICE_STATUS status = {};
         status.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
         status.dwCurrentState = state;
-        status.dwControlsAccepted = state == SERVICE_RUNNING ? SERVICE_ACCEPT_STOP : 0;
+        status.dwControlsAccepted
+            = state == SERVICE_RUNNING ? SERVICE_ACCEPT_STOP | SERVICE_ACCEPT_SHUTDOWN : 0;
         status.dwWin32ExitCode = exitCode;
         status.dwCheckPoint = checkPoint;
         status.dwWaitHint = waitHint;
@@ -84,16 +91,15 @@ private:
     QString m_service;
     KernelHandle m_stop;
     SERVICE_STATUS_HANDLE m_status;
-    bool m_hasStopped = false;
+    std::optional<quint32> m_exitCode; // of a service that has stopped
 };
 
 void WINAPI serviceMain(DWORD argumentCount, wchar_t** arguments)
 {
-    const auto machine = openLiveMachine();
     WindowsController controller(argumentCount > 0 ? textOf(arguments[0]) : QString());
-    const int status = runService(*machine, controller, behaviourOfService);
+    const int status = runService(*openLiveMachine(), controller, behaviourOfService);
     // A service that ends without a word ends as a process does that was aborted.
-    if (!controller.hasStopped())
+    if (!controller.tellEnd())
         ::ExitProcess(static_cast<UINT>(status));
 }
 
@@ -101,19 +107,13 @@ void WINAPI serviceMain(DWORD argumentCount, wchar_t** arguments)
 
 bool appendToFile(Machine&, const QString& path, const QByteArray& bytes)
 {
-    const Result<QString> name = callPath(path);
-    if (!name)
+    const Result<KernelHandle> file = openDiskFile(path, FILE_APPEND_DATA, OPEN_ALWAYS);
+    if (!file)
         return false;
-    const HANDLE opened
-        = ::CreateFileW(wide(*name), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-            nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (opened == INVALID_HANDLE_VALUE)
-        return false;
-    const KernelHandle file(opened);
     // One write at the end: lines of several writers don't mix.
     DWORD written = 0;
     const auto size = static_cast<DWORD>(bytes.size());
-    return ::WriteFile(file.get(), bytes.constData(), size, &written, nullptr) && written == size;
+    return ::WriteFile(file->get(), bytes.constData(), size, &written, nullptr) && written == size;
 }
 
 int runOnPlatform(const QStringList& arguments)
@@ -125,7 +125,7 @@ int runOnPlatform(const QStringList& arguments)
     }
     const std::optional<Behaviour> behaviour = Behaviour::from(arguments);
     if (!behaviour) {
-        say(stderr, u"quoril-emulator: unknown option; --help tells the known ones"_s);
+        say(u"quoril-emulator: unknown option; --help tells the known ones"_s);
         return FailedStatus;
     }
     behaviourOfService = *behaviour;
@@ -136,7 +136,7 @@ int runOnPlatform(const QStringList& arguments)
     const SERVICE_TABLE_ENTRYW table[] = {{noName, serviceMain}, {nullptr, nullptr}};
     if (::StartServiceCtrlDispatcherW(table))
         return 0;
-    say(stderr, u"The emulator runs as a service: install it and start that."_s);
+    say(u"The emulator runs as a service: install it and start that."_s);
     return FailedStatus;
 }
 

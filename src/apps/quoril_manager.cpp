@@ -1,25 +1,25 @@
 // The console.
 
 #include "platform/machine_choice.h"
+#include "platform/terminal.h"
 #include "platform/tree/tree_machine.h"
 #include "shell/quoril_manager_app.h"
 
 #include <QApplication>
 
 #include <algorithm>
-#include <cstdio>
 #include <initializer_list>
 #include <string_view>
 
 namespace {
 
-constexpr const char* Usage = "Usage: QuorilManager [file]\n"
+constexpr QStringView Usage = u"Usage: QuorilManager [file]\n"
                               "Console for the instances of the Quoril emulator on a machine.\n"
                               "\n"
                               "  -h, --help     Shows this help.\n"
                               "  -v, --version  Shows the version.\n"
                               "\n"
-                              "QUORIL_MACHINE names the folder of the machine, a Windows system tree.\n";
+                              "QUORIL_MACHINE names the folder of the machine, a Windows system tree.";
 
 } // namespace
 
@@ -30,11 +30,11 @@ int main(int argc, char** argv)
         return std::find_first_of(argv + 1, argv + argc, options.begin(), options.end()) != argv + argc;
     };
     if (asked({"-h", "--help"})) {
-        std::fputs(Usage, stdout);
+        quoril::say(Usage, quoril::StandardStream::Output);
         return 0;
     }
     if (asked({"-v", "--version"})) {
-        std::puts("QuorilManager " QUORIL_VERSION);
+        quoril::say(u"QuorilManager " QUORIL_VERSION, quoril::StandardStream::Output);
         return 0;
     }
     const QApplication application(argc, argv);

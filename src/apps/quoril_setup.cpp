@@ -29,7 +29,7 @@ int runDialogs(const SetupArguments& arguments)
     dialog.ImagePath = arguments.imagePath;
     dialog.Installer = &installer;
     dialog.exec();
-    if (installer.installed() > 0)
+    if (installer.installed() > 0 && hasStream(StandardStream::Output))
         say(dialog.ResultName, StandardStream::Output);
     return installer.installed() == installer.asked() ? 0 : Failed;
 }

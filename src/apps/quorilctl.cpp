@@ -2,7 +2,6 @@
 
 #include "ctl/ctl.h"
 #include "platform/machine_choice.h"
-#include "platform/terminal.h"
 #include "platform/tree/message_table.h"
 #include "platform/tree/sample_machine.h"
 #include "platform/tree/tree_machine.h"
@@ -46,12 +45,11 @@ void dropMessage(QtMsgType, const QMessageLogContext&, const QString&) { }
 
 int main(int argc, char** argv)
 {
-    prepareStandardStreams();
     // In a locale of scripts, such as C, Qt tells that it takes UTF-8 all the same. Nobody has to know.
     const QtMessageHandler before = qInstallMessageHandler(dropMessage);
     const QCoreApplication application(argc, argv);
     qInstallMessageHandler(before);
     QCoreApplication::setApplicationName(QStringLiteral("quorilctl"));
-    Console console(stdin, stdout, stderr, Console::standardFacts());
+    Console console(stdin, stdout, stderr, Console::prepareStandard());
     return runCtl(QCoreApplication::arguments(), console, openChosen);
 }

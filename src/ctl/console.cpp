@@ -41,13 +41,13 @@ constexpr const char* ColourEnd = "\x1b[0m";
 
 } // namespace
 
-Console::Facts Console::standardFacts()
+Console::Facts Console::prepareStandard()
 {
     Facts facts;
     facts.inputIsTerminal = isTerminal(StandardStream::Input);
     facts.outputIsTerminal = isTerminal(StandardStream::Output);
     facts.errorIsTerminal = isTerminal(StandardStream::Error);
-    facts.coloured = qEnvironmentVariableIsEmpty("NO_COLOR");
+    facts.coloured = prepareStandardStreams() && qEnvironmentVariableIsEmpty("NO_COLOR");
     return facts;
 }
 
@@ -89,9 +89,7 @@ void Console::tell(QStringView text, LineStyle style)
 {
     const std::lock_guard lock(m_errorGuard);
     showProgress({});
-    const QByteArray bytes = bytesFor(text, m_facts.errorIsTerminal, style);
-    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), m_errors);
-    std::fflush(m_errors);
+    writeText(m_errors, bytesFor(text, m_facts.errorIsTerminal, style));
 }
 
 void Console::tellLines(QStringView text)
@@ -106,17 +104,26 @@ void Console::progress(QStringView text)
     if (m_facts.errorIsTerminal)
         showProgress(terminalText(text));
     else if (!text.isEmpty())
-        std::fputs((text.toUtf8() + '\n').constData(), m_errors);
+        writeText(m_errors, text.toUtf8() + '\n');
 }
 
 void Console::showProgress(const QString& shown)
 {
     if (shown.isEmpty() && m_progressWidth == 0)
         return;
-    const QByteArray bytes = '\r' + shown.leftJustified(m_progressWidth).toUtf8() + '\r';
+    writeText(m_errors, '\r' + shown.leftJustified(m_progressWidth).toUtf8() + '\r');
     m_progressWidth = shown.size();
-    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), m_errors);
-    std::fflush(m_errors);
+}
+
+std::FILE* Console::questionStream() const
+{
+    return m_facts.errorIsTerminal || !m_facts.outputIsTerminal ? m_errors : m_output;
+}
+
+void Console::subject(QStringView text)
+{
+    flush();
+    writeText(questionStream(), bytesFor(text, canAsk(), LineStyle::Plain));
 }
 
 bool Console::ask(QStringView question)
@@ -124,8 +131,7 @@ bool Console::ask(QStringView question)
     if (!canAsk())
         return false;
     flush();
-    std::fputs((terminalText(question) + QStringLiteral(" [y/N] ")).toUtf8().constData(), m_errors);
-    std::fflush(m_errors);
+    writeText(questionStream(), (terminalText(question) + QStringLiteral(" [y/N] ")).toUtf8());
     std::array<char, 256> answer{};
     const char* const read = std::fgets(answer.data(), int(answer.size()), m_input);
     return read && (*read == 'y' || *read == 'Y');
@@ -133,9 +139,7 @@ bool Console::ask(QStringView question)
 
 bool Console::flush()
 {
-    const std::size_t size = std::size_t(m_buffer.size());
-    const bool taken = std::fwrite(m_buffer.constData(), 1, size, m_output) == size;
-    const bool isOut = std::fflush(m_output) == 0 && taken;
+    const bool isOut = writeText(m_output, m_buffer);
     // A pipe without a reader is told as EINVAL on Windows.
     m_isClosed = m_isClosed || (!isOut && (errno == EPIPE || (OnWindows && errno == EINVAL)));
     m_written = isOut && m_written;

@@ -33,8 +33,9 @@ public:
         bool coloured = false; ///< colours on those that are terminals
     };
 
-    /// What the standard streams are. NO_COLOR in the environment takes the colours away.
-    static Facts standardFacts();
+    /// Prepares the standard streams, and tells what they are. NO_COLOR in the environment takes the colours
+    /// away.
+    static Facts prepareStandard();
 
     /// The streams are not owned and live longer.
     Console(std::FILE* input, std::FILE* output, std::FILE* errors, Facts facts);
@@ -58,8 +59,13 @@ public:
     /// takes it away.
     void progress(QStringView text);
 
-    /// Whether a person can be asked: input and errors are terminals.
-    bool canAsk() const { return m_facts.inputIsTerminal && m_facts.errorIsTerminal; }
+    /// Whether a person can be asked: he types the input, and sees the errors or the output.
+    bool canAsk() const
+    {
+        return m_facts.inputIsTerminal && (m_facts.errorIsTerminal || m_facts.outputIsTerminal);
+    }
+    /// A line that a question is about, where the question will stand.
+    void subject(QStringView text);
     /// Puts the question and waits for the answer; true for one that begins with y. False where nobody can be
     /// asked.
     bool ask(QStringView question);
@@ -70,6 +76,7 @@ public:
     bool isClosed() const { return m_isClosed; }
 
 private:
+    std::FILE* questionStream() const;
     void keepBufferSmall();
     void showProgress(const QString& shown);
     QByteArray bytesFor(QStringView text, bool terminal, LineStyle style) const;

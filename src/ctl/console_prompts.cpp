@@ -24,7 +24,7 @@ bool ConsolePrompts::ask(const QString& question)
 bool ConsolePrompts::confirmRemoval(const QString& serviceName)
 {
     const QString label = activeResources().dialog(remove_dialog::Id).caption(remove_dialog::NameLabel);
-    m_console.tell(label + u' ' + serviceName, LineStyle::Plain);
+    m_console.subject(label + u' ' + serviceName);
     return true;
 }
 

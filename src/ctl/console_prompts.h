@@ -17,6 +17,7 @@ public:
     void message(const QString& text) override;
     /// No without a terminal.
     bool ask(const QString& question) override;
+    bool isWatched() const override { return false; }
     /// Names the service; the question that follows is the one to answer.
     bool confirmRemoval(const QString& serviceName) override;
 

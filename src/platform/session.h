@@ -42,6 +42,13 @@ public:
     virtual ~MessageSubscription() = default;
 };
 
+/// What a broadcast does about windows that hang.
+enum class HungWindows
+{
+    AreAwaited, // for as long as they hang
+    ArePassedOver // where nobody watches who could end them
+};
+
 /// The session of the person who runs the program.
 class Session
 {
@@ -62,7 +69,7 @@ public:
 
     /// Sends the registered message to every program of this user that subscribed, this one included (whose
     /// handlers run before the call returns).
-    virtual void broadcast(QStringView message) = 0;
+    virtual void broadcast(QStringView message, HungWindows hung) = 0;
 
     /// The keyboard's lock keys; all off where they can't be read.
     virtual LockKeys lockKeys() const = 0;

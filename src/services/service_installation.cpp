@@ -50,7 +50,8 @@ InstallOutcome stop(InstallStep step, const QString& told, UserPrompts& prompts)
 void announce(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts)
 {
     prompts.message(LoadText(request.isUpdate ? text::ServiceUpdated : text::ServiceInstalled));
-    machine().session().broadcast(NewServiceInstalledMessage);
+    machine().session().broadcast(NewServiceInstalledMessage,
+        prompts.isWatched() ? HungWindows::AreAwaited : HungWindows::ArePassedOver);
     if (app.BuildDependencyList(request.serviceName) == 0)
         (void)app.SetDependencies(request.serviceName);
 }

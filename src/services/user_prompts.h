@@ -20,6 +20,9 @@ public:
     /// A question with the buttons Yes and No; true for Yes.
     virtual bool ask(const QString& question) = 0;
 
+    /// Whether somebody watches who could end a window that holds an announcement up.
+    virtual bool isWatched() const { return true; }
+
     /// The dialog that names the service to be removed; true if the person pressed Remove.
     virtual bool confirmRemoval(const QString& serviceName) = 0;
 };

@@ -223,7 +223,7 @@ TEST_F(MainFrameTest, AnAnnouncedServiceIsToldAndChangesNothing)
 {
     m_machine.addInstance(u"Gamma"_s);
     NextBox box;
-    m_machine.session().broadcast(u"WM_NEW_SERVICE_INSTALLED_MSG");
+    m_machine.session().broadcast(u"WM_NEW_SERVICE_INSTALLED_MSG", HungWindows::AreAwaited);
     EXPECT_EQ(box.text, u"SERVICE-MANAGER: New QUORIL service installed"_s);
     EXPECT_EQ(tree().topLevelItem(0)->childCount(), 2);
     frame().close();

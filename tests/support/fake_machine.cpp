@@ -313,9 +313,10 @@ std::unique_ptr<MessageSubscription> FakeSession::subscribe(
     return std::make_unique<FakeSubscription>([handlers = m_handlers, id] { handlers->erase(id); });
 }
 
-void FakeSession::broadcast(QStringView message)
+void FakeSession::broadcast(QStringView message, HungWindows hung)
 {
-    m_calls.log(u"broadcast "_s % message);
+    m_calls.log(
+        u"broadcast "_s % message % (hung == HungWindows::AreAwaited ? u""_s : u" past hung windows"_s));
     for (const auto& [id, subscription] : Handlers(*m_handlers)) {
         if (subscription.first == message)
             subscription.second();

@@ -128,7 +128,8 @@ private:
     FakeCalls& m_calls;
 };
 
-/// The session. Log: "broadcast MESSAGE", "lock workstation", "restore TITLE", "bring forward TITLE".
+/// The session. Log: "broadcast MESSAGE [past hung windows]", "lock workstation", "restore TITLE", "bring
+/// forward TITLE".
 class FakeSession : public Session
 {
 public:
@@ -144,7 +145,7 @@ public:
     std::unique_ptr<ForeignWindow> findWindow(QStringView title) override;
     std::unique_ptr<MessageSubscription> subscribe(
         QStringView message, std::function<void()> handler) override;
-    void broadcast(QStringView message) override;
+    void broadcast(QStringView message, HungWindows hung) override;
     LockKeys lockKeys() const override { return {}; }
     Status lockWorkstation() override;
 

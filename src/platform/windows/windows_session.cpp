@@ -10,6 +10,8 @@ namespace quoril {
 namespace {
 
 constexpr int LanguageNameUnits = 32;
+// A window that hasn't answered by then is taken for one that hangs.
+constexpr UINT MostMillisecondsOfAWindow = 1000;
 
 using ModuleHandle = OwnedHandle<HMODULE, ::FreeLibrary>;
 
@@ -74,10 +76,14 @@ std::unique_ptr<MessageSubscription> WindowsSession::subscribe(
     return window ? std::make_unique<WindowsSubscription>(std::move(window)) : nullptr;
 }
 
-void WindowsSession::broadcast(QStringView message)
+void WindowsSession::broadcast(QStringView message, HungWindows hung)
 {
-    if (const UINT number = registeredMessage(message))
+    const UINT number = registeredMessage(message);
+    if (number != 0 && hung == HungWindows::AreAwaited)
         ::SendMessageW(HWND_BROADCAST, number, 0, 0);
+    else if (number != 0)
+        ::SendMessageTimeoutW(
+            HWND_BROADCAST, number, 0, 0, SMTO_ABORTIFHUNG, MostMillisecondsOfAWindow, nullptr);
 }
 
 LockKeys WindowsSession::lockKeys() const

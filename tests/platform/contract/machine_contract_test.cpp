@@ -57,6 +57,13 @@ TEST_F(MachineContract, runsProgramsAndTellsTheirExitCode)
     // Wine doesn't tell a folder that is missing from a file.
     EXPECT_EQ(machine.processes().create({}, u"C:\\no-folder\\x.exe").errorNumber(),
         contract->isWine() ? error::FileNotFound : error::PathNotFound);
+
+    // Nothing is looked for in the current folder.
+    ASSERT_TRUE(machine.files().setCurrentDirectory(contract->folder()));
+    for (const QStringView name : {u"data.exe", u"data", u".\\data.exe"})
+        for (const QStringView application : {QStringView(), name})
+            EXPECT_EQ(machine.processes().create(application, name).errorNumber(), error::FileNotFound);
+    EXPECT_TRUE(machine.files().setCurrentDirectory(u"C:\\"));
 }
 
 TEST_F(MachineContract, sharesAFileWithWhoeverWritesOrRemovesIt)
@@ -119,11 +126,13 @@ TEST_F(MachineContract, hearsItsOwnBroadcastBeforeItReturns)
     auto first = session.subscribe(u"QuorilContractWanted", [&] { ++heard; });
     const auto other = session.subscribe(u"QuorilContractOther", [&] { heard += 100; });
     ASSERT_TRUE(first && other);
-    session.broadcast(u"QuorilContractWanted");
+    session.broadcast(u"QuorilContractWanted", HungWindows::AreAwaited);
     EXPECT_EQ(heard, 1);
+    session.broadcast(u"QuorilContractWanted", HungWindows::ArePassedOver);
+    EXPECT_EQ(heard, 2);
     first.reset();
-    session.broadcast(u"QuorilContractWanted");
-    EXPECT_EQ(heard, 1);
+    session.broadcast(u"QuorilContractWanted", HungWindows::AreAwaited);
+    EXPECT_EQ(heard, 2);
     EXPECT_FALSE(session.findWindow(u"no window of this title"));
 }
 

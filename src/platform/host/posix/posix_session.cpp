@@ -26,7 +26,7 @@ std::unique_ptr<MessageSubscription> PosixSession::subscribe(
     return m_channel.subscribe(message, std::move(handler));
 }
 
-void PosixSession::broadcast(QStringView message)
+void PosixSession::broadcast(QStringView message, HungWindows)
 {
     m_channel.broadcast(message);
 }

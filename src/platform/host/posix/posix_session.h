@@ -15,7 +15,7 @@ public:
     std::unique_ptr<ForeignWindow> findWindow(QStringView title) override;
     std::unique_ptr<MessageSubscription> subscribe(
         QStringView message, std::function<void()> handler) override;
-    void broadcast(QStringView message) override;
+    void broadcast(QStringView message, HungWindows hung) override;
     LockKeys lockKeys() const override;
     Status lockWorkstation() override;
 
