@@ -23,7 +23,9 @@ if [ "${1:-}" = windows ]; then
     g++-mingw-w64-x86-64-posix
     googletest              # its sources: the library is built for Windows with the tests
     dpkg-dev                # unpacks Qt's source package where no Qt for mingw is at hand
-    zip                     # packs the release
+    zip wixl msitools       # the release's archive and installer
+    git                     # the time of the last commit, which the release's files carry
+    build-essential         # what Debian's source packages are built with
     wine wine64
     openbox x11-utils   # windows with frames and keys, and a look at which there are
   )

@@ -1,6 +1,6 @@
 # Sourced by the scripts that run something under Wine.
 # shellcheck shell=bash
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" WINEARCH=win64 LC_ALL=C.UTF-8
+export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe=" WINEARCH=win64 LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY
 
 # copy_prefix: what runs from here on runs in a copy of the template prefix; end_copy, for the EXIT trap, ends and removes
