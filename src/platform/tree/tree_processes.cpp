@@ -54,7 +54,7 @@ Result<TreeProcesses::Program> TreeProcesses::findProgram(QStringView commandLin
             const Result<QString> host = m_paths.existing(place);
             if (host && QFileInfo(*host).isFile())
                 return Program{*host, splitArguments(candidate.rest)};
-            if (!first)
+            if (!first && hasFolder(candidate.program))
                 first = host ? Error{error::AccessDenied, place} : host.failure();
         }
     }
@@ -68,7 +68,7 @@ Result<QString> TreeProcesses::findApplication(QStringView name) const
         const Result<QString> host = m_paths.existing(place);
         if (host && QFileInfo(*host).isFile())
             return *host;
-        if (host || host.errorNumber() != error::FileNotFound)
+        if (host || (hasFolder(name) && host.errorNumber() != error::FileNotFound))
             failure = host ? Error{error::AccessDenied, place} : host.failure();
     }
     const QString onDesktop = desktopProgram(name);
