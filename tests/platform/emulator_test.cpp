@@ -1,7 +1,6 @@
 
 #include "support/service_tree.h"
 
-#include <QDir>
 #include <gtest/gtest.h>
 
 namespace quoril::test {
@@ -79,14 +78,6 @@ TEST_F(EmulatorTest, registersNothingWhenItFails)
     EXPECT_EQ(run(u"--install \"\" juno.cfg"_s), error::InvalidName);
     EXPECT_EQ(run(u"--install "_s + QString(32'000, u'n') + u" juno.cfg"_s), error::InvalidName);
     EXPECT_EQ(tree.open(u"bad"_s).errorNumber(), error::ServiceDoesNotExist);
-}
-
-TEST_F(EmulatorTest, runsOnlyAsAService)
-{
-    EXPECT_EQ(run({}), 1u);
-    EXPECT_EQ(run(u"--die many"_s), 1u);
-    EXPECT_EQ(run(u"--help"_s), 0u);
-    EXPECT_TRUE(QDir(tree.host(u"Emulators"_s)).isEmpty());
 }
 
 } // namespace
