@@ -44,7 +44,8 @@ void declareControl(const CommandParser& parser, ControlOptions& options)
 void declareStart(const CommandParser& parser, ControlOptions& options)
 {
     declareControl(parser, options);
-    parser.addFlag("--no-prerequisites", options.alone, "Leave the services that it needs as they are");
+    parser.addFlag(
+        "--no-prerequisites", options.alone, "Let the service manager alone start what it depends on");
 }
 
 /// What is waited for, and what is told meanwhile and on a failure.

@@ -98,11 +98,15 @@ public:
     virtual Result<ServiceStatus> queryStatus() = 0;
     /// The configuration, as far as it fits into so many bytes; 122 if it doesn't.
     virtual Result<ServiceConfig> queryConfig(qsizetype limitBytes) = 0;
-    /// Asks the manager to start the service and comes back at once: 1056, 1058, 1072, 2, 3, 5, 193.
+    /// Asks the manager to start the service. It starts first what the service depends on and waits for that,
+    /// but not for the service itself: 1056, 1058, 1059 a circle, 1068 a dependency doesn't start, 1072,
+    /// 1075 there is no such dependency, 2, 3, 5, 193.
     virtual Status start() = 0;
-    /// Sends a control code and gives the status that followed: 1062 not running, 1061, 1052, and 1051 while
+    /// Sends a control code and gives the status that followed: 1062 not running, 1061, 1052 (a driver of the
+    /// system too), and 1051 while
     /// a service that needs this one is not stopped.
     virtual Result<ServiceStatus> control(quint32 code) = 0;
+    /// 1059 if the service would then depend on itself, 1072.
     virtual Status changeConfig(const ServiceConfigChange& change) = 0;
     /// Marks the service for deletion: it is gone once it is stopped and no handle is open. 1072 if it is
     /// marked.
@@ -131,7 +135,8 @@ public:
 
     /// 1060 no such service, 5 no right, 123 no valid name.
     virtual Result<std::unique_ptr<Service>> openService(QStringView name, quint32 access) = 0;
-    /// Registers a service. 1073 if there is one of that name, 1072 if it is about to be deleted, 5, 87, 123.
+    /// Registers a service. 1073 if there is one of that name, 1072 if it is about to be deleted, 1059 if it
+    /// would depend on itself, 5, 87, 123.
     virtual Status createService(const NewService& service) = 0;
     /// 1055 if somebody else holds the lock.
     virtual Result<std::unique_ptr<ServiceDatabaseLock>> lockDatabase() = 0;

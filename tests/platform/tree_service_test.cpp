@@ -113,6 +113,7 @@ TEST_F(TreeServiceTest, takesADriverOfTheSystemForRunning)
     } cases[] = {
         {"\"Type\"=dword:1\r\n\"Start\"=dword:0\r\n", Running},
         {"\"Type\"=dword:2\r\n\"Start\"=dword:1\r\n", Running},
+        {"\"Type\"=dword:1\r\n\"Start\"=dword:2\r\n", Running},
         {"\"Type\"=dword:1\r\n\"Start\"=dword:3\r\n", Stopped},
         {"\"Type\"=dword:10\r\n\"Start\"=dword:1\r\n", Stopped},
     };
@@ -122,6 +123,9 @@ TEST_F(TreeServiceTest, takesADriverOfTheSystemForRunning)
         const auto service = *tree.open(u"tcpip"_s);
         EXPECT_EQ(service->queryStatus()->currentState, state) << values;
         EXPECT_EQ(service->start().errorNumber() == error::ServiceAlreadyRunning, state == Running) << values;
+        EXPECT_EQ(service->control(ServiceControlStop).errorNumber(),
+            state == Running ? error::InvalidServiceControl : error::ServiceNotActive)
+            << values;
     }
 }
 
@@ -162,22 +166,84 @@ TEST_F(TreeServiceTest, removesAMarkedServiceWhenItStops)
     EXPECT_FALSE(QDir(tree.folder(u"GOING"_s).path()).exists());
 }
 
-TEST_F(TreeServiceTest, stopsNoServiceThatIsNeeded)
+TEST_F(TreeServiceTest, startsWhatAServiceNeedsAndKeepsIt)
 {
-    tree.add(u"LICENCE"_s);
-    tree.add(u"CERES"_s);
-    const auto needed = *tree.open(u"LICENCE"_s);
-    const auto service = *tree.open(u"CERES"_s);
+    import(tree.machine.registry(),
+        "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Services\\Tcpip]\r\n"
+        "\"Type\"=dword:1\r\n\"Start\"=dword:0\r\n");
+    const auto setUp = [this](const QString& name, const QString& needs, const QString& group,
+                           const QString& options = {}) {
+        tree.add(name, options);
+        const auto key = keyAt(tree.machine.registry(), u"SYSTEM\\CurrentControlSet\\Services\\"_s + name);
+        EXPECT_TRUE((*key)->setMultiString(u"DependOnService", needs.split(u' ', Qt::SkipEmptyParts)));
+        EXPECT_TRUE((*key)->setMultiString(u"DependOnGroup", group.split(u' ', Qt::SkipEmptyParts)));
+    };
+    const auto state
+        = [this](const QString& name) { return (*tree.open(name))->queryStatus()->currentState; };
+    setUp(u"LICENCE"_s, {}, {}, u"--start-delay 300"_s);
+    setUp(u"BRIDGE"_s, u"licence"_s, {}, u"--start-delay 300"_s);
+    setUp(u"IDLE"_s, {}, {});
+    setUp(u"DYING"_s, {}, {}, u"--die 3"_s);
+    setUp(u"OFF"_s, {}, {});
+    setUp(u"GOING"_s, {}, {});
+    const auto going = *tree.open(u"GOING"_s);
+    ASSERT_TRUE(going->markForDelete());
     ServiceConfigChange change;
-    change.dependencies = QStringList{u"licence"_s};
-    ASSERT_TRUE(service->changeConfig(change));
-    ASSERT_TRUE(needed->start() && service->start());
-    ASSERT_TRUE(tree.comesTo(*needed, Running) && tree.comesTo(*service, Running));
-    EXPECT_EQ(needed->control(ServiceControlStop).errorNumber(), error::DependentServicesRunning);
-    ASSERT_TRUE(service->control(ServiceControlStop));
-    ASSERT_TRUE(tree.comesTo(*service, Stopped));
-    EXPECT_TRUE(needed->control(ServiceControlStop));
-    EXPECT_TRUE(tree.comesTo(*needed, Stopped));
+    change.startType = start_type::Disabled;
+    ASSERT_TRUE((*tree.open(u"OFF"_s))->changeConfig(change));
+    for (const QString& name : {u"DYING"_s, u"HELPER"_s}) {
+        if (name == u"HELPER")
+            setUp(name, {}, {});
+        const auto key = keyAt(tree.machine.registry(), u"SYSTEM\\CurrentControlSet\\Services\\"_s + name);
+        ASSERT_TRUE((*key)->setText(u"Group", name == u"DYING" ? u"Bad"_s : u"Good"_s));
+    }
+    const struct
+    {
+        QString name;
+        QString needs;
+        QString groups;
+        quint32 number;
+    } cases[] = {
+        {u"LOST"_s, u"IDLE none"_s, {}, error::ServiceDependencyDeleted},
+        {u"FORSAKEN"_s, u"IDLE going"_s, {}, error::ServiceDependencyDeleted},
+        {u"BEHIND"_s, u"IDLE LOST"_s, {}, error::ServiceDependencyFail},
+        {u"LOCKED"_s, u"IDLE OFF"_s, {}, error::ServiceDependencyFail},
+        {u"ROUND"_s, u"IDLE ABOUT"_s, {}, error::CircularDependency},
+        {u"ABOUT"_s, u"IDLE round"_s, {}, error::CircularDependency},
+        {u"BESIDE"_s, u"IDLE ROUND"_s, {}, error::CircularDependency},
+        {u"MOURNING"_s, u"DYING"_s, {}, error::ServiceDependencyFail},
+        {u"DESERTED"_s, {}, u"bad"_s, error::ServiceDependencyFail},
+        {u"JOINED"_s, {}, u"good Nobody"_s, error::Success},
+        {u"CERES"_s, u"TCPIP bridge"_s, {}, error::Success},
+    };
+    for (const auto& each : cases)
+        setUp(each.name, each.needs, each.groups);
+    for (const auto& each : cases)
+        EXPECT_EQ((*tree.open(each.name))->start().errorNumber(), each.number) << qPrintable(each.name);
+    EXPECT_EQ(state(u"IDLE"_s), Stopped) << "nothing is started for what can't start";
+    EXPECT_EQ(state(u"HELPER"_s), Running);
+    EXPECT_EQ(state(u"BRIDGE"_s), Running);
+
+    change = {};
+    change.dependencies = QStringList{u"tcpip"_s, u"ceres"_s};
+    EXPECT_EQ((*tree.open(u"LICENCE"_s))->changeConfig(change).errorNumber(), error::CircularDependency);
+    EXPECT_EQ(tree.manager()
+                  ->createService({u"SELF"_s, {}, u"x.exe"_s, {}, start_type::Manual, {u"self"_s}})
+                  .errorNumber(),
+        error::CircularDependency);
+
+    const auto ceres = *tree.open(u"CERES"_s);
+    ASSERT_TRUE(tree.comesTo(*ceres, Running));
+    const auto stop = [this](const QString& name) {
+        return (*tree.open(name))->control(ServiceControlStop).errorNumber();
+    };
+    EXPECT_EQ(stop(u"LICENCE"_s), error::DependentServicesRunning);
+    EXPECT_EQ(stop(u"BRIDGE"_s), error::DependentServicesRunning);
+    EXPECT_EQ(stop(u"TCPIP"_s), error::DependentServicesRunning);
+    ASSERT_EQ(stop(u"CERES"_s), 0u);
+    ASSERT_TRUE(tree.comesTo(*ceres, Stopped));
+    EXPECT_EQ(stop(u"TCPIP"_s), error::InvalidServiceControl);
+    EXPECT_EQ(stop(u"BRIDGE"_s), 0u);
 }
 
 TEST_F(TreeServiceTest, locksTheDatabaseBetweenProcesses)

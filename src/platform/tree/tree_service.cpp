@@ -1,7 +1,7 @@
 #include "platform/host/file_lock.h"
 #include "platform/tree/tree_machine.h"
-#include "platform/tree/tree_service_host.h"
 #include "platform/tree/tree_service_manager.h"
+#include "platform/tree/tree_service_start.h"
 
 #include <csignal>
 
@@ -12,7 +12,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype ConfigFixedBytes = 72;
-constexpr quint32 DriverTypes = 0x3; // of the kernel and of file systems
 
 /// What the configuration takes in the block that the classic query fills.
 qsizetype byteSize(const ServiceConfig& config)
@@ -50,13 +49,6 @@ Status TreeService::need(quint32 right) const
     return m_rights & right ? Status() : Status(Error{error::AccessDenied, m_name});
 }
 
-bool TreeService::isSystemDriver() const
-{
-    const Result<ServiceConfig> config = m_database.config(m_name);
-    return config && config->serviceType & DriverTypes
-        && (config->startType == start_type::Boot || config->startType == start_type::System);
-}
-
 ServiceFolder TreeService::folder() const
 {
     return ServiceFolder(m_machine.paths(), m_name);
@@ -66,9 +58,7 @@ Result<ServiceStatus> TreeService::queryStatus()
 {
     if (Status allowed = need(service_access::QueryStatus); !allowed)
         return allowed.failure();
-    if (isSystemDriver())
-        return ServiceStatus{service_state::Running, error::Success, 0, 0};
-    return folder().current().status;
+    return serviceStatus(m_machine, m_name);
 }
 
 Result<ServiceConfig> TreeService::queryConfig(qsizetype limitBytes)
@@ -85,27 +75,7 @@ Status TreeService::start()
 {
     if (Status allowed = need(service_access::Start); !allowed)
         return allowed;
-    const Result<QString> parent = ServiceFolder::makeParent(m_machine.paths());
-    if (!parent)
-        return parent.failure();
-    const auto lock = ServiceFolder::lockServices(*parent);
-    return lock ? startLocked() : Status(lock.failure());
-}
-
-Status TreeService::startLocked()
-{
-    const Result<ServiceConfig> config = m_database.config(m_name);
-    if (!config)
-        return config.failure();
-    if (m_database.isMarkedForDelete(m_name))
-        return Error{error::ServiceMarkedForDelete, m_name};
-    if (isSystemDriver() || folder().current().status.currentState != service_state::Stopped)
-        return Error{error::ServiceAlreadyRunning, m_name};
-    if (config->startType == start_type::Disabled)
-        return Error{error::ServiceDisabled, m_name};
-    if (const auto program = m_database.program(*config); !program)
-        return program.failure();
-    return launchServiceHost(m_machine, m_database.storedName(m_name));
+    return startWithDependencies(m_machine, m_name);
 }
 
 Result<ServiceStatus> TreeService::control(quint32 code)
@@ -116,26 +86,30 @@ Result<ServiceStatus> TreeService::control(quint32 code)
     if (Status allowed = need(service_access::Stop); !allowed)
         return allowed.failure();
     const QString parent = ServiceFolder::parent(m_machine.paths());
+    // Where nothing was ever started only drivers run, and there is nothing to lock.
     if (parent.isEmpty())
-        return Error{error::ServiceNotActive, m_name};
+        return stop();
     const auto lock = ServiceFolder::lockServices(parent);
     return lock ? stop() : Result<ServiceStatus>(lock.failure());
 }
 
 Result<ServiceStatus> TreeService::stop()
 {
+    const bool isDriver = m_database.isSystemDriver(m_name);
     ServiceRecord record = folder().current();
-    if (record.status.currentState == service_state::Stopped)
+    if (!isDriver && record.status.currentState == service_state::Stopped)
         return Error{error::ServiceNotActive, m_name};
     const bool hasHost = record.host && record.host->isAlive();
     // A host that was killed before it passed a stop on leaves it pending: it is asked for once more.
     const bool isForgotten = record.status.currentState == service_state::StopPending && !hasHost;
-    if (record.status.currentState != service_state::Running
+    if (!isDriver && record.status.currentState != service_state::Running
         && record.status.currentState != service_state::Paused && !isForgotten)
         return Error{error::ServiceCannotAcceptControl, m_name};
     for (const QString& each : m_database.dependents(m_name))
-        if (ServiceFolder(m_machine.paths(), each).current().status.currentState != service_state::Stopped)
+        if (serviceStatus(m_machine, each).currentState != service_state::Stopped)
             return Error{error::DependentServicesRunning, each};
+    if (isDriver)
+        return Error{error::InvalidServiceControl, m_name};
     if (Status asked = folder().askStop(); !asked)
         return asked.failure();
     // The host passes it on. A service whose host was killed is asked here; its end shows by itself.

@@ -5,6 +5,7 @@
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_state.h"
 
+#include <QSet>
 #include <QtEndian>
 
 #include <algorithm>
@@ -19,6 +20,7 @@ constexpr qsizetype MaximumValueBytes = 65536;
 constexpr qsizetype MaximumNameUnits = 256;
 constexpr quint32 OwnProcess = 0x10;
 constexpr quint32 AnyProcess = 0x30;
+constexpr quint32 DriverTypes = 0x3; // of the kernel and of file systems
 constexpr quint32 ErrorNormal = 1;
 constexpr QStringView ServicesPath = u"SYSTEM\\CurrentControlSet\\Services";
 
@@ -181,6 +183,45 @@ QStringList TreeServiceDatabase::dependents(QStringView name) const
     return names;
 }
 
+QStringList TreeServiceDatabase::members(QStringView group) const
+{
+    QStringList names;
+    const auto services = servicesKey(m_machine.registry(), key_access::Read);
+    if (!services)
+        return names;
+    for (const QString& each : storedNames(m_machine.registry())) {
+        const auto key = (*services)->open(each, key_access::QueryValue);
+        if (key && foldedEquals(textOf(**key, u"Group"), group.mid(1)) && check(each))
+            names.append(each);
+    }
+    return names;
+}
+
+bool TreeServiceDatabase::isSystemDriver(QStringView name) const
+{
+    const Result<ServiceConfig> found = config(name);
+    return found && found->serviceType & DriverTypes && found->startType <= start_type::Automatic;
+}
+
+bool TreeServiceDatabase::needsItself(QStringView name, const QStringList& dependencies) const
+{
+    QStringList toVisit = dependencies;
+    QSet<QString> met; // in upper case
+    while (!toVisit.isEmpty()) {
+        const QString each = toVisit.takeLast();
+        if (foldedEquals(each, name))
+            return true;
+        if (met.contains(upcase(each)))
+            continue;
+        met.insert(upcase(each));
+        if (each.startsWith(u'+'))
+            toVisit += members(each);
+        else if (const Result<ServiceConfig> next = config(each))
+            toVisit += next->dependencies;
+    }
+    return false;
+}
+
 Result<ServiceConfig> TreeServiceDatabase::config(QStringView name) const
 {
     const auto opened = serviceKey(m_machine.registry(), name, key_access::QueryValue);
@@ -212,6 +253,8 @@ Status TreeServiceDatabase::change(QStringView name, const ServiceConfigChange& 
         return key.failure();
     if (isMarkedForDelete(name))
         return Error{error::ServiceMarkedForDelete, {}};
+    if (change.dependencies && needsItself(name, *change.dependencies))
+        return Error{error::CircularDependency, name.toString()};
     if (Status status = applyChange(**key, change); !status)
         return status;
     return (*transaction)->commit();
@@ -229,6 +272,8 @@ Status TreeServiceDatabase::create(const NewService& service)
     if (check(service.name))
         return Error{
             isMarkedForDelete(service.name) ? error::ServiceMarkedForDelete : error::ServiceExists, {}};
+    if (needsItself(service.name, service.dependencies))
+        return Error{error::CircularDependency, service.name};
     const auto services = servicesKey(m_machine.registry(), key_access::CreateSubKey | key_access::SetValue);
     if (!services)
         return services.failure();

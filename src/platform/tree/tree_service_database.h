@@ -29,11 +29,17 @@ public:
     /// The services that need this one.
     QStringList dependents(QStringView name) const;
 
+    /// The services of a group, which is written as a dependency, "+NDIS".
+    QStringList members(QStringView group) const;
+    /// Whether it is a driver that comes up with the system. No process of the host stands for it: it runs
+    /// as long as the machine is there.
+    bool isSystemDriver(QStringView name) const;
+
     /// 1060 if there is none.
     Result<ServiceConfig> config(QStringView name) const;
-    /// In one change of the hive.
+    /// In one change of the hive. 1059 where the service would depend on itself, be it through others.
     Status change(QStringView name, const ServiceConfigChange& change);
-    /// 1073, 1072, 87, 123.
+    /// 1073, 1072, 1059, 87, 123.
     Status create(const NewService& service);
 
     bool isMarkedForDelete(QStringView name) const;
@@ -46,6 +52,9 @@ public:
     Result<TreeProcesses::Program> program(const ServiceConfig& config) const;
 
 private:
+    /// Whether a service with these dependencies would depend on itself.
+    bool needsItself(QStringView name, const QStringList& dependencies) const;
+
     TreeMachine& m_machine;
 };
 

@@ -29,11 +29,7 @@ public:
 
 private:
     Status need(quint32 right) const;
-    Status startLocked();
     Result<ServiceStatus> stop();
-    /// A driver that comes up with the system. No process of the host stands for it: it runs as long as the
-    /// machine is there.
-    bool isSystemDriver() const;
     ServiceFolder folder() const;
 
     TreeMachine& m_machine;
