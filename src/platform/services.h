@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QStringView>
 
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
@@ -127,6 +128,28 @@ struct ServiceLockStatus
     quint32 secondsHeld = 0;
 };
 
+/// Zeroed memory of the caller, which a query of the platform fills. Null where there is none to be had.
+class QueryBlock
+{
+public:
+    QueryBlock() = default;
+    explicit QueryBlock(std::size_t bytes) : m_bytes(std::calloc(1, bytes)), m_size(m_bytes ? bytes : 0) { }
+
+    explicit operator bool() const { return m_bytes != nullptr; }
+    /// Aligned for every type.
+    void* data() const { return m_bytes.get(); }
+    std::size_t size() const { return m_size; }
+
+private:
+    struct Free
+    {
+        void operator()(void* memory) const { std::free(memory); }
+    };
+
+    std::unique_ptr<void, Free> m_bytes;
+    std::size_t m_size = 0;
+};
+
 /// An open connection to the service manager. It closes itself; services opened through it stay open.
 class ServiceManager
 {
@@ -140,8 +163,10 @@ public:
     virtual Status createService(const NewService& service) = 0;
     /// 1055 if somebody else holds the lock.
     virtual Result<std::unique_ptr<ServiceDatabaseLock>> lockDatabase() = 0;
-    /// Who holds the lock, into so many bytes.
-    virtual Result<ServiceLockStatus> queryLockStatus(qsizetype limitBytes) = 0;
+    /// Memory for an answer.
+    virtual QueryBlock allocate(std::size_t bytes) { return QueryBlock(bytes); }
+    /// Who holds the lock; 122 where the block is too small for the answer.
+    virtual Result<ServiceLockStatus> queryLockStatus(const QueryBlock& block) = 0;
 };
 
 /// The machine's service control manager.

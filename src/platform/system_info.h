@@ -71,7 +71,8 @@ public:
     /// translation; an error if the file has no such block.
     virtual Result<QString> fileVersion(const QString& hostPath) const = 0;
 
-    /// The system's text of an error number, its line end (CR LF) included; empty if it has none.
+    /// The system's text of an error number, its line end (CR LF) included; empty if it has none, or one with
+    /// a place for an insert, as 193.
     virtual QString errorText(quint32 number) const = 0;
 };
 

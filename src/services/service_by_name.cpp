@@ -92,7 +92,9 @@ int ServiceApp::SetDependencies(const QString& serviceName) const
     case ServiceStep::LockDatabase:
         return -2;
     case ServiceStep::LockHeld:
-        return outcome.errorNumber == error::NotEnoughMemory ? -3 : -4;
+        return -4;
+    case ServiceStep::NoMemory:
+        return -3;
     case ServiceStep::OpenService:
         return -5;
     case ServiceStep::Act:

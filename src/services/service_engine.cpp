@@ -7,7 +7,7 @@ namespace quoril {
 namespace {
 
 // The size of the platform's lock status with the longest name of an owner.
-constexpr qsizetype LockStatusBytes = 268;
+constexpr std::size_t LockStatusBytes = 268;
 
 /// The lock, or null where it isn't needed. The outcome is Done unless the operation has to end here.
 ServiceOutcome takeLock(
@@ -24,9 +24,12 @@ ServiceOutcome takeLock(
         return {ServiceStep::LockDatabase, taken.errorNumber()};
     if (locking == DatabaseLocking::IfFree)
         return {};
-    const auto holder = manager.queryLockStatus(LockStatusBytes);
-    const bool noMemory = holder.errorNumber() == error::NotEnoughMemory;
-    return {ServiceStep::LockHeld, noMemory ? error::NotEnoughMemory : error::ServiceDatabaseLocked};
+    const QueryBlock block = manager.allocate(LockStatusBytes);
+    if (!block)
+        return {ServiceStep::NoMemory, error::NotEnoughMemory};
+    // Who it is changes nothing.
+    (void)manager.queryLockStatus(block).ok();
+    return {ServiceStep::LockHeld, error::ServiceDatabaseLocked};
 }
 
 } // namespace

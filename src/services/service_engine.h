@@ -36,6 +36,7 @@ enum class ServiceStep
     OpenManager,
     LockDatabase,
     LockHeld, ///< the lock is required, and somebody else holds it
+    NoMemory, ///< the same, and there is no memory to ask who
     OpenService,
     Act,
     Done

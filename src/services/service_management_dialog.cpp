@@ -126,6 +126,7 @@ void ServiceManagementDialog::connectControls()
     // What the person picks counts, the entry that is shown already too: a start type outside the list is
     // shown as the first entry.
     connect(m_startType, &QComboBox::activated, this, &ServiceManagementDialog::OnTypeSelected);
+    m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &ServiceManagementDialog::OnTimer);
 }
 

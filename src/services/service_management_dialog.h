@@ -49,7 +49,7 @@ private:
     bool TypeChanged = false; ///< a start type is chosen and not yet applied
     qint32 NewStartType = 0;
     int m_errorBoxes = 0; ///< that stand now
-    QTimer m_timer;
+    QTimer m_timer{this};
 
     QLineEdit* m_name;
     QLineEdit* m_description;

@@ -51,6 +51,7 @@ int report(ServiceInfo& record, const ServiceOutcome& outcome, const QString& ac
         break;
     case ServiceStep::LockDatabase:
     case ServiceStep::LockHeld:
+    case ServiceStep::NoMemory:
         record.Message = LoadText(text::DatabaseLockFailed);
         break;
     case ServiceStep::OpenService:

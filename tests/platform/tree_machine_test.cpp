@@ -129,7 +129,8 @@ TEST(TreeMachineTest, tellsOfItsSystem)
     EXPECT_EQ(machine.systemInfo().errorText(5), u"Access is denied.\r\n");
     EXPECT_EQ(machine.systemInfo().errorText(1060),
         u"The specified service does not exist as an installed service.\r\n");
-    EXPECT_EQ(machine.systemInfo().errorText(0xFFFFFFFF), QString());
+    for (const quint32 number : {0xFFFFFFFF, 193u, 216u})
+        EXPECT_EQ(machine.systemInfo().errorText(number), QString());
 }
 
 TEST(TreeMachineTest, tellsItsVersion)

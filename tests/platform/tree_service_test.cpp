@@ -39,6 +39,13 @@ TEST_F(TreeServiceTest, isTheSameToEveryConsoleAndTellsTheLogs)
 {
     tree.add(u"CERES"_s, u"--start-delay 600 --stop-delay 600"_s);
     const auto service = *tree.open(u"ceres"_s);
+    // The fixed part has 64 bytes; then come the four texts and the empty list.
+    const auto config = *service->queryConfig(8192);
+    const qsizetype size = 64
+        + 2 * (config.binaryPath + config.loadOrderGroup + config.displayName + u"LocalSystem"_s).size()
+        + 2 * 5;
+    EXPECT_TRUE(service->queryConfig(size));
+    EXPECT_EQ(service->queryConfig(size - 1).errorNumber(), error::InsufficientBuffer);
     ASSERT_EQ(service->start().errorNumber(), 0u);
     EXPECT_EQ(service->control(ServiceControlStop).errorNumber(), error::ServiceCannotAcceptControl);
     ASSERT_TRUE(tree.comesTo(*service, Running));
@@ -248,7 +255,7 @@ TEST_F(TreeServiceTest, startsWhatAServiceNeedsAndKeepsIt)
 
 TEST_F(TreeServiceTest, locksTheDatabaseBetweenProcesses)
 {
-    EXPECT_FALSE(tree.manager()->queryLockStatus(1024)->isLocked);
+    EXPECT_FALSE(tree.manager()->queryLockStatus(QueryBlock(1024))->isLocked);
     const pid_t holder = ::fork();
     if (holder == 0) {
         TreeMachine other(tree.root());
@@ -256,14 +263,14 @@ TEST_F(TreeServiceTest, locksTheDatabaseBetweenProcesses)
         const auto lock = (*manager)->lockDatabase();
         ::pause();
     }
-    for (int i = 0; i < 2000 && !tree.manager()->queryLockStatus(1024)->isLocked; ++i)
+    for (int i = 0; i < 2000 && !tree.manager()->queryLockStatus(QueryBlock(1024))->isLocked; ++i)
         std::this_thread::sleep_for(5ms);
     EXPECT_EQ(tree.manager()->lockDatabase().errorNumber(), error::ServiceDatabaseLocked);
-    EXPECT_EQ(tree.manager()->queryLockStatus(24).errorNumber(), error::InsufficientBuffer);
-    EXPECT_TRUE(tree.manager()->queryLockStatus(1024)->owner.contains(u'\\'));
+    EXPECT_EQ(tree.manager()->queryLockStatus(QueryBlock(24)).errorNumber(), error::InsufficientBuffer);
+    EXPECT_TRUE(tree.manager()->queryLockStatus(QueryBlock(1024))->owner.contains(u'\\'));
     ::kill(holder, SIGKILL);
     ::waitpid(holder, nullptr, 0);
-    EXPECT_FALSE(tree.manager()->queryLockStatus(1024)->isLocked);
+    EXPECT_FALSE(tree.manager()->queryLockStatus(QueryBlock(1024))->isLocked);
     EXPECT_TRUE(tree.manager()->lockDatabase());
     EXPECT_TRUE(tree.manager()->lockDatabase()) << "the first lock ended with its object";
     // A lock file that can't be opened is held by nobody.

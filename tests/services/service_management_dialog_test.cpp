@@ -111,6 +111,8 @@ TEST(ServiceManagementDialog, TheTimerFollowsTheStateAndAPauseLeavesTheButtons)
             console.note(window);
         }
         EXPECT_TRUE(window.parentWidget()->updatesEnabled());
+        const auto* timer = window.findChild<QTimer*>(Qt::FindDirectChildrenOnly);
+        EXPECT_TRUE(timer && timer->timerType() == Qt::PreciseTimer);
         Person::press(window, Cancel);
     });
     EXPECT_EQ(seen, Title.toStdString() + "\nPaused-+-\nStopped+--\nUnknown status++-");

@@ -170,7 +170,12 @@ public:
             std::make_unique<FakeLock>(m_control.m_calls, m_control.locked));
     }
 
-    Result<ServiceLockStatus> queryLockStatus(qsizetype) override
+    QueryBlock allocate(std::size_t bytes) override
+    {
+        return m_control.m_calls.note({}) ? QueryBlock() : QueryBlock(bytes);
+    }
+
+    Result<ServiceLockStatus> queryLockStatus(const QueryBlock&) override
     {
         if (const auto failure = m_control.m_calls.note(u"queryLockStatus"_s))
             return *failure;

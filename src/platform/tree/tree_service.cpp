@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype ConfigFixedBytes = 72;
+constexpr qsizetype ConfigFixedBytes = 64;
 
 /// What the configuration takes in the block that the classic query fills.
 qsizetype byteSize(const ServiceConfig& config)

@@ -151,7 +151,7 @@ Result<std::unique_ptr<ServiceDatabaseLock>> TreeServiceManager::lockDatabase()
     return std::unique_ptr<ServiceDatabaseLock>(std::make_unique<TreeDatabaseLock>(std::move(lock)));
 }
 
-Result<ServiceLockStatus> TreeServiceManager::queryLockStatus(qsizetype limitBytes)
+Result<ServiceLockStatus> TreeServiceManager::queryLockStatus(const QueryBlock& block)
 {
     if (!(m_rights & service_access::ManagerQueryLockStatus))
         return Error{error::AccessDenied, {}};
@@ -163,7 +163,7 @@ Result<ServiceLockStatus> TreeServiceManager::queryLockStatus(qsizetype limitByt
         status.owner = holder->name;
         status.secondsHeld = static_cast<quint32>(qMax<qint64>(0, now - holder->since));
     }
-    if (limitBytes < LockStatusFixedBytes + 2 * (status.owner.size() + 1))
+    if (qsizetype(block.size()) < LockStatusFixedBytes + 2 * (status.owner.size() + 1))
         return Error{error::InsufficientBuffer, {}};
     return status;
 }

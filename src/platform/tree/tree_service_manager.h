@@ -49,7 +49,7 @@ public:
     Result<std::unique_ptr<Service>> openService(QStringView name, quint32 access) override;
     Status createService(const NewService& service) override;
     Result<std::unique_ptr<ServiceDatabaseLock>> lockDatabase() override;
-    Result<ServiceLockStatus> queryLockStatus(qsizetype limitBytes) override;
+    Result<ServiceLockStatus> queryLockStatus(const QueryBlock& block) override;
 
 private:
     TreeMachine& m_machine;

@@ -2,7 +2,7 @@
 
 #include "platform/windows/win32.h"
 
-#include <vector>
+#include <algorithm>
 
 namespace quoril {
 
@@ -11,24 +11,6 @@ namespace {
 using ServiceHandle = OwnedHandle<SC_HANDLE, ::CloseServiceHandle>;
 
 static_assert(ServiceNoChange == SERVICE_NO_CHANGE);
-
-/// A block of the caller's size that a query fills; aligned as its fixed part asks.
-template <typename Fixed> class QueryBlock
-{
-public:
-    explicit QueryBlock(qsizetype limitBytes)
-        : m_storage(static_cast<std::size_t>(limitBytes) / sizeof(Fixed) + 1)
-        , m_size(static_cast<DWORD>(limitBytes))
-    {
-    }
-
-    Fixed* get() { return m_storage.data(); }
-    DWORD size() const { return m_size; }
-
-private:
-    std::vector<Fixed> m_storage;
-    DWORD m_size;
-};
 
 QStringList textsOf(const wchar_t* multiString)
 {
@@ -69,11 +51,14 @@ public:
 
     Result<ServiceConfig> queryConfig(qsizetype limitBytes) override
     {
-        QueryBlock<QUERY_SERVICE_CONFIGW> block(limitBytes);
+        const QueryBlock block(std::max(static_cast<std::size_t>(limitBytes), sizeof(QUERY_SERVICE_CONFIGW)));
+        if (!block)
+            return Error{error::NotEnoughMemory, {}};
+        auto* const answer = static_cast<QUERY_SERVICE_CONFIGW*>(block.data());
         DWORD needed = 0;
-        if (!::QueryServiceConfigW(m_handle.get(), block.get(), block.size(), &needed))
+        if (!::QueryServiceConfigW(m_handle.get(), answer, static_cast<DWORD>(limitBytes), &needed))
             return lastError();
-        const QUERY_SERVICE_CONFIGW& config = *block.get();
+        const QUERY_SERVICE_CONFIGW& config = *answer;
         return ServiceConfig{config.dwServiceType, config.dwStartType, config.dwErrorControl,
             textOf(config.lpBinaryPathName), textOf(config.lpLoadOrderGroup), textsOf(config.lpDependencies),
             textOf(config.lpDisplayName)};
@@ -149,15 +134,15 @@ public:
         return std::unique_ptr<ServiceDatabaseLock>(std::make_unique<WindowsDatabaseLock>(lock));
     }
 
-    Result<ServiceLockStatus> queryLockStatus(qsizetype limitBytes) override
+    Result<ServiceLockStatus> queryLockStatus(const QueryBlock& block) override
     {
-        QueryBlock<QUERY_SERVICE_LOCK_STATUSW> block(limitBytes);
+        auto* const answer = static_cast<QUERY_SERVICE_LOCK_STATUSW*>(block.data());
         DWORD needed = 0;
         // Not every system sets an error when it refuses.
         ::SetLastError(ERROR_SUCCESS);
-        if (!::QueryServiceLockStatusW(m_handle.get(), block.get(), block.size(), &needed))
+        if (!::QueryServiceLockStatusW(m_handle.get(), answer, static_cast<DWORD>(block.size()), &needed))
             return lastError();
-        const QUERY_SERVICE_LOCK_STATUSW& status = *block.get();
+        const QUERY_SERVICE_LOCK_STATUSW& status = *answer;
         return ServiceLockStatus{status.fIsLocked != 0, textOf(status.lpLockOwner), status.dwLockDuration};
     }
 

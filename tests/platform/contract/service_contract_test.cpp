@@ -135,7 +135,7 @@ TEST_F(ServiceContract, locksItsDatabase)
     if (contract->isWine())
         GTEST_SKIP()
             << "Wine's service manager has no lock: every caller gets it, and its state can't be asked";
-    const auto status = manager()->queryLockStatus(268);
+    const auto status = manager()->queryLockStatus(QueryBlock(268));
     EXPECT_TRUE(status && !status->isLocked) << status.errorNumber();
     const auto unable = *machine.services().openManager(service_access::ManagerConnect);
     EXPECT_EQ(unable->lockDatabase().errorNumber(), error::AccessDenied);

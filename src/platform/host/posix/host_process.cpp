@@ -15,6 +15,7 @@
 #include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -145,7 +146,11 @@ HostProcess::~HostProcess()
         ::close(m_exitCodeFile);
     if (reap())
         return;
-    std::thread([pid = m_pid] { ::waitpid(pid, nullptr, 0); }).detach();
+    try {
+        std::thread([pid = m_pid] { ::waitpid(pid, nullptr, 0); }).detach();
+    } catch (const std::system_error&) {
+        // No thread is to be had: what is left of the process goes with this program.
+    }
 }
 
 bool HostProcess::reap()

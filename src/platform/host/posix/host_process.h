@@ -8,7 +8,8 @@
 
 namespace quoril {
 
-/// A child process of the host. It is not left behind as a zombie, whoever drops the object when.
+/// A child process of the host. It is not left behind as a zombie, whoever drops the object when, as long as
+/// a thread can be had to wait for it.
 class HostProcess : public Process
 {
 public:
