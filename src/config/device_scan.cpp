@@ -2,6 +2,8 @@
 
 #include "formats/name_case.h"
 #include "platform/registry.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
 #include "services/service_walk.h"
 #include "shell/service_info.h"
 
@@ -24,20 +26,21 @@ constexpr QStringView known_id[]
     = {u"pua", u"pub", u"dua", u"dub", u"pka_0", u"pka_1", u"pka_2", u"pka_3", u"pka_4", u"pka_5", u"pka_6",
         u"pka_7", u"pkb_0", u"pkb_1", u"pkb_2", u"pkb_3", u"pkb_4", u"pkb_5", u"pkb_6", u"pkb_7"};
 
+/// A class of SCSI and storage units, with the text that it is shown by.
 struct DeviceClass
 {
     QStringView name;
-    QStringView text;
+    quint32 textId;
 };
 
 constexpr DeviceClass DeviceClasses[] = {
-    {u"virtual_scsi_disk", u"SCSI device (virtual SCSI disk)"},
-    {u"physical_scsi_device", u"SCSI device (physical SCSI disk)"},
-    {u"floppy_scsi_device", u"SCSI device (SCSI floppy)"},
-    {u"hsd50", u"SCSI"},
-    {u"hsj50", u"SCSI"},
-    {u"kdb50", u"SCSI"},
-    {u"kdm70", u"SCSI"},
+    {u"virtual_scsi_disk", text::VirtualScsiDisk},
+    {u"physical_scsi_device", text::PhysicalScsiDisk},
+    {u"floppy_scsi_device", text::ScsiFloppy},
+    {u"hsd50", text::ScsiController},
+    {u"hsj50", text::ScsiController},
+    {u"kdb50", text::ScsiController},
+    {u"kdm70", text::ScsiController},
 };
 
 bool isKnown(const QString& name)
@@ -46,22 +49,24 @@ bool isKnown(const QString& name)
         [&name](QStringView known) { return foldedEquals(name, known); });
 }
 
-/// What the panel shows in brackets for a class of SCSI devices.
+/// What the panel shows in brackets for a class of SCSI devices: what its text has in brackets, and the class
+/// itself where there is nothing.
 QString scsiClassText(const QString& name)
 {
     const auto found = std::find_if(std::begin(DeviceClasses), std::end(DeviceClasses),
         [&name](const DeviceClass& known) { return known.name == name; });
     if (found == std::end(DeviceClasses))
         return name;
-    const qsizetype open = found->text.indexOf(u'(');
-    const qsizetype close = found->text.lastIndexOf(u')');
-    return open < 0 || close < open ? name : found->text.sliced(open + 1, close - open - 1).toString();
+    const QString text = LoadText(found->textId);
+    const qsizetype open = text.indexOf(u'(');
+    const qsizetype close = text.lastIndexOf(u')');
+    return open < 0 || close < open ? name : text.sliced(open + 1, close - open - 1);
 }
 
-/// A component with a readable class: the class, and its units if it has any.
+/// A component that is there: its class if that can be read, and its units if it has any.
 struct Component
 {
-    QString deviceClass;
+    std::optional<QString> deviceClass;
     RegistryKeyHandle container;
 };
 
@@ -70,24 +75,25 @@ std::optional<Component> openComponent(const RegistryKey& parameters, QStringVie
     const auto key = parameters.open(name, registryAccess());
     if (!key)
         return std::nullopt;
-    auto deviceClass = (*key)->text(u"Class", TextLimitBytes);
-    if (!deviceClass)
-        return std::nullopt;
-    Component component{*std::move(deviceClass), nullptr};
+    Component component;
+    if (auto deviceClass = (*key)->text(u"Class", TextLimitBytes))
+        component.deviceClass = *std::move(deviceClass);
     if (auto container = (*key)->open(u"container", registryAccess()))
         component.container = *std::move(container);
     return component;
 }
 
-/// The indexes for which the container has a key. Most containers have a few, so looking at what is there
-/// costs less than trying every index.
+/// The indexes for which the container may have a key. Most containers have a few, so looking at what is
+/// there costs less than trying every index; where not all of it can be seen, every index is tried.
 std::bitset<IndexCount> unitIndexes(const RegistryKey& container)
 {
     std::bitset<IndexCount> found;
     for (quint32 place = 0;; ++place) {
         const auto name = container.subkeyName(place, NameRoomUnits);
+        if (name.errorNumber() == error::MoreData)
+            continue;
         if (!name)
-            return found;
+            return name.errorNumber() == error::NoMoreItems ? found : found.set();
         bool isNumber = false;
         const uint index = name->toUInt(&isNumber);
         if (isNumber && index < IndexCount && *name == QString::number(index))
@@ -121,7 +127,7 @@ void fillScsiDevice(const RegistryKey& parameters, QStringView name, DeviceList&
     if (!component)
         return;
     device.Present = true;
-    device.Class = scsiClassText(component->deviceClass);
+    device.Class = scsiClassText(component->deviceClass.value_or(QString()));
     if (!component->container)
         return;
     const auto indexes = unitIndexes(*component->container);
@@ -136,11 +142,11 @@ void fillScsiDevice(const RegistryKey& parameters, QStringView name, DeviceList&
 
 void fillDevice(const RegistryKey& parameters, QStringView name, DeviceList& device)
 {
-    auto component = openComponent(parameters, name);
+    const auto component = openComponent(parameters, name);
     if (!component)
         return;
     device.Present = true;
-    device.Class = std::move(component->deviceClass);
+    device.Class = component->deviceClass.value_or(QString());
     if (!component->container)
         return;
     const auto indexes = unitIndexes(*component->container);
@@ -163,11 +169,11 @@ void ScanDevices(const RegistryKey& parameters, ServiceInfo& service)
         if (isKnown(*name))
             continue;
         auto component = openComponent(parameters, *name);
-        if (!component || !component->container)
+        if (!component || !component->deviceClass || !component->container)
             continue;
         QRAPI_Device device;
         device.Present = true;
-        device.Class = std::move(component->deviceClass);
+        device.Class = *std::move(component->deviceClass);
         bool anyUnit = false;
         const auto indexes = unitIndexes(*component->container);
         for (int slot = 0; slot < device.Units.size(); ++slot) {

@@ -7,6 +7,10 @@
 #include "ctl/progress.h"
 #include "ctl/subcommand.h"
 #include "report/problem_report.h"
+#include "resources/resource_module.h"
+#include "resources/text_ids.h"
+
+#include <QFile>
 
 #include <QFile>
 
@@ -39,17 +43,18 @@ int report(Ctl& ctl, const ReportOptions& options)
     ServiceInfo* const service = instances.find(ctl, options.name);
     if (!service)
         return exit_code::Failed;
+    const QString file = options.output.isEmpty() ? u"QuorilMailReport.txt"_s : options.output;
+    // Gathering takes its time: what can't be written is told before.
+    if (!QFile(file).open(QIODevice::WriteOnly | QIODevice::Append))
+        return failure(ctl, LoadText(text::OutputNotOpened), error::Success);
     takeLastRun(*service);
-    QString file;
-    const auto askFileName = [&](const QString& proposed) {
-        file = options.output.isEmpty() ? proposed : options.output;
-        return file;
-    };
+    const auto askFileName = [&file](const QString&) { return file; };
     ConsolePrompts prompts(ctl.console);
     bool written = false;
     {
         const Progress progress(ctl.console, u"Gathering the report..."_s);
-        written = mailProblemReport(*service, prompts, askFileName, options.executables);
+        written = mailProblemReport(*service, prompts, askFileName,
+            {.describesExecutables = options.executables, .removesLeftovers = true});
     }
     if (QFile out(file); !written && !file.isEmpty() && !out.open(QIODevice::ReadWrite))
         ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(file, out.errorString()));

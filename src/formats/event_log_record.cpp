@@ -147,6 +147,19 @@ std::optional<EventRecordView> EventRecordBlock::next()
     return record;
 }
 
+quint32 eventLogRecordSize(const EventEntry& entry)
+{
+    constexpr qsizetype ClosingLength = 4;
+    const auto bytesOf = [](QStringView text) {
+        const qsizetype zero = text.indexOf(QChar(u'\0'));
+        return 2 * ((zero < 0 ? text.size() : zero) + 1);
+    };
+    const qsizetype content = EventRecordView::FixedSize + bytesOf(entry.sourceName)
+        + bytesOf(entry.computerName) + entry.userSid.size() + entry.insertStrings.byteSize()
+        + entry.data.size();
+    return quint32(content + 4 - content % 4 + ClosingLength);
+}
+
 void appendEventLogRecord(QByteArray& out, const EventEntry& entry)
 {
     const qsizetype start = out.size();

@@ -56,6 +56,9 @@ private:
     QByteArrayView m_rest;
 };
 
+/// What appendEventLogRecord() appends, in bytes.
+quint32 eventLogRecordSize(const EventEntry& entry);
+
 /// Appends `entry` to `out` as a whole EVENTLOGRECORD, padded and closed as in a file. Texts are cut at an
 /// embedded zero unit; `entry.insertBytes` is not looked at.
 void appendEventLogRecord(QByteArray& out, const EventEntry& entry);

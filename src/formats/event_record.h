@@ -29,17 +29,24 @@ public:
         m_ends.clear();
     }
 
+    /// Appends a string; a zero unit ends it, as it does in an EVENTLOGRECORD.
     void append(QStringView text)
     {
         m_units.append(text);
-        m_ends.push_back(m_units.size());
+        endString();
     }
 
     /// A string in the making: units appended to the buffer after beginString() become a string with
     /// endString(); without it, the next beginString() drops them.
     void beginString() { m_units.resize(m_ends.empty() ? 0 : m_ends.back()); }
     QString& units() { return m_units; }
-    void endString() { m_ends.push_back(m_units.size()); }
+    void endString()
+    {
+        const qsizetype begin = m_ends.empty() ? 0 : m_ends.back();
+        if (const qsizetype zero = m_units.indexOf(QChar(u'\0'), begin); zero >= 0)
+            m_units.resize(zero);
+        m_ends.push_back(m_units.size());
+    }
 
     /// What the strings take in an EVENTLOGRECORD, each with its terminator; in bytes.
     quint32 byteSize() const { return quint32((m_units.size() + count()) * 2); }
@@ -88,6 +95,9 @@ struct EventEntry
 
     friend bool operator==(const EventEntry&, const EventEntry&) = default;
 };
+
+/// The limit of a reader that takes records of any size.
+inline constexpr quint32 NoRecordLimit = std::numeric_limits<quint32>::max();
 
 /// A span of TimeGenerated, in seconds since 1970-01-01 UTC; both ends belong to it.
 struct EventSpan

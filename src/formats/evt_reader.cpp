@@ -36,6 +36,12 @@ bool EvtReader::next(EventEntry& entry)
         const quint32 walked = std::min(m_left, record ? record->length() : Step);
         m_offset = m_ring.advance(m_offset, walked);
         m_left -= walked;
+        if (record && record->length() > m_recordLimit) {
+            m_left = 0;
+            m_isOverLimit = true;
+            entry.timeGenerated = record->timeGenerated();
+            return false;
+        }
         if (record && m_span.contains(record->timeGenerated())) {
             record->decode(entry);
             return true;

@@ -1,5 +1,7 @@
 #include "formats/evtx_chunk.h"
 
+#include "formats/event_log_record.h"
+
 #include <QtEndian>
 
 #include <algorithm>
@@ -17,6 +19,7 @@ constexpr int MaximumNesting = 8;
 constexpr qint64 RecordBudget = 16'384;
 constexpr qint64 BudgetPerByte = 16;
 constexpr std::size_t MaximumPrograms = 1024;
+constexpr quint32 MostUnfolding = 8;
 
 template <typename T> T load(QByteArrayView bytes, quint32 offset)
 {
@@ -81,7 +84,7 @@ bool Chunk::next(const EventSpan& span, EventEntry& entry)
 {
     constexpr quint32 Step = 8;
     m_span = span;
-    while (m_offset < m_end && m_end - m_offset >= RecordHeaderSize + RecordTrailerSize) {
+    while (!m_isOverLimit && m_offset < m_end && m_end - m_offset >= RecordHeaderSize + RecordTrailerSize) {
         const quint32 start = m_offset;
         const quint32 size = load<quint32>(m_chunk, start + 4);
         // A record that is whole repeats its size at its end.
@@ -103,10 +106,13 @@ bool Chunk::decode(quint32 offset, quint32 end, EventEntry& entry)
 {
     m_pending = {};
     m_pending.budget = RecordBudget + BudgetPerByte * (end - offset);
+    m_pending.isMeasured = end - offset > m_recordLimit / MostUnfolding;
     m_values.clear();
     entry.recordNumber = quint32(load<quint64>(m_chunk, offset + 8));
-    entry.timeWritten = toSeconds(load<quint64>(m_chunk, offset + 16));
+    const auto written = secondsSinceEpoch(load<quint64>(m_chunk, offset + 16));
+    entry.timeWritten = heldSeconds(written);
     entry.timeGenerated = entry.timeWritten;
+    m_pending.isBeforeEpoch = written < 0;
     entry.eventCategory = 0;
     entry.insertStrings.clear();
     entry.userSid.resize(0);
@@ -116,13 +122,19 @@ bool Chunk::decode(quint32 offset, quint32 end, EventEntry& entry)
     if (m_pending.outside || !m_pending.hasId)
         return false;
     finish(entry);
-    return true;
+    m_isOverLimit = m_recordLimit != NoRecordLimit && eventLogRecordSize(entry) > m_recordLimit;
+    return !m_isOverLimit && isInSpan(entry);
+}
+
+bool Chunk::isInSpan(const EventEntry& entry) const
+{
+    return !m_pending.isBeforeEpoch && m_span.contains(entry.timeGenerated);
 }
 
 void Chunk::checkSpan(const EventEntry& entry)
 {
     if (m_pending.hasTime || m_pending.depth == 0)
-        m_pending.outside = !m_span.contains(entry.timeGenerated);
+        m_pending.outside = !m_pending.isMeasured && !isInSpan(entry);
 }
 
 void Chunk::finish(EventEntry& entry) const
@@ -289,10 +301,13 @@ void Chunk::setField(const Value& value, Place place, EventEntry& entry)
     case Place::Keywords:
         m_pending.keywords = toNumber(value);
         return;
-    case Place::SystemTime:
-        entry.timeGenerated = toSeconds(value);
+    case Place::SystemTime: {
+        const qint64 seconds = secondsSinceEpoch(value);
+        entry.timeGenerated = heldSeconds(seconds);
+        m_pending.isBeforeEpoch = seconds < 0;
         m_pending.hasTime = true;
         return;
+    }
     case Place::EventRecordId:
         entry.recordNumber = quint32(toNumber(value));
         return;
@@ -309,6 +324,8 @@ void Chunk::setField(const Value& value, Place place, EventEntry& entry)
 
 void Chunk::setName(const QString& name, Place place, EventEntry& entry)
 {
+    if (const qsizetype zero = name.indexOf(QChar(u'\0')); zero >= 0)
+        return setName(QString(name.constData(), zero), place, entry);
     const bool isComputer = place == Place::Computer;
     const bool isClassic = place == Place::EventSourceName;
     if (name.isEmpty() || (place == Place::ProviderName && m_pending.hasClassicSource))

@@ -27,6 +27,10 @@ public:
     /// Goes to the first record.
     void begin();
 
+    /// As EvtxReader::setRecordLimit(); next() is false from the event over the limit on.
+    void setRecordLimit(quint32 bytes) { m_recordLimit = bytes; }
+    bool isOverLimit() const { return m_isOverLimit; }
+
     /// Makes `entry` the chunk's next event of the span; false at the chunk's end.
     bool next(const EventSpan& span, EventEntry& entry);
 
@@ -44,7 +48,9 @@ private:
         bool hasClassicSource = false;
         bool hasComputer = false;
         bool noString = false; ///< the open element is an array of no strings
-        bool outside = false;
+        bool outside = false; ///< and its size is of no interest
+        bool isMeasured = false; ///< it may be over the limit
+        bool isBeforeEpoch = false;
         int depth = 0;
         qint64 budget = 0;
     };
@@ -62,6 +68,7 @@ private:
     void appendStrings(Value value, EventEntry& entry);
     void finish(EventEntry& entry) const;
     void checkSpan(const EventEntry& entry);
+    bool isInSpan(const EventEntry& entry) const;
     const Program& programOf(quint32 definition, Place place);
 
     QByteArray m_bytes;
@@ -69,6 +76,8 @@ private:
     quint32 m_offset = 0;
     quint32 m_end = 0;
     EventSpan m_span;
+    quint32 m_recordLimit = NoRecordLimit;
+    bool m_isOverLimit = false;
     std::unordered_map<quint64, Program> m_programs; ///< by definition and place
     std::vector<Value> m_values; ///< of the instances that are being run, innermost last
     Pending m_pending;

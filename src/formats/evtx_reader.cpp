@@ -49,7 +49,7 @@ bool EvtxReader::next(EventEntry& entry)
     while (true) {
         if (m_chunk.next(m_span, entry))
             return true;
-        if (!loadChunk())
+        if (m_chunk.isOverLimit() || !loadChunk())
             return false;
     }
 }

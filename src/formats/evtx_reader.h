@@ -25,6 +25,13 @@ public:
     /// Limits next() to events of the span; others are skipped before their strings are decoded.
     void setSpan(const EventSpan& span) { m_span = span; }
 
+    /// Ends the log at the first event that takes more bytes as an EVENTLOGRECORD, as a reading buffer of
+    /// that size does. Outside the span only events whose own record here has more than an eighth of them
+    /// are looked at: what a smaller one unfolds to is not known without decoding all.
+    void setRecordLimit(quint32 bytes) { m_chunk.setRecordLimit(bytes); }
+    /// Whether such an event ended the log; it is then what the last next() made of the entry.
+    bool isOverLimit() const { return m_chunk.isOverLimit(); }
+
     /// Makes `entry` the next event; false at the end of the log.
     bool next(EventEntry& entry);
 

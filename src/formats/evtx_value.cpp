@@ -298,32 +298,33 @@ quint64 toNumber(const Value& value)
     }
 }
 
-quint32 toSeconds(quint64 fileTime)
+qint64 secondsSinceEpoch(quint64 fileTime)
 {
-    if (fileTime <= UnixEpoch)
-        return 0;
-    return quint32(
-        std::min<quint64>((fileTime - UnixEpoch) / TicksPerSecond, std::numeric_limits<quint32>::max()));
+    const auto seconds = [](quint64 ticks) { return qint64(ticks / TicksPerSecond); };
+    if (fileTime >= UnixEpoch)
+        return seconds(fileTime - UnixEpoch);
+    return -seconds(UnixEpoch - fileTime + TicksPerSecond - 1);
 }
 
-quint32 toSeconds(const Value& value)
+qint64 secondsSinceEpoch(const Value& value)
 {
-    const auto clamped = [](const QDateTime& time) {
-        return time.isValid()
-            ? quint32(std::clamp<qint64>(time.toSecsSinceEpoch(), 0, std::numeric_limits<quint32>::max()))
-            : 0U;
-    };
+    const auto secondsOf = [](const QDateTime& time) { return time.isValid() ? time.toSecsSinceEpoch() : 0; };
     if (value.type == value_type::FileTime && value.bytes.size() >= 8)
-        return toSeconds(load<quint64>(value.bytes.data()));
+        return secondsSinceEpoch(load<quint64>(value.bytes.data()));
     if (value.type == value_type::SystemTime && value.bytes.size() >= 16)
-        return clamped(systemTime(value.bytes.data()));
+        return secondsOf(systemTime(value.bytes.data()));
     if (value.type != value_type::String)
         return 0;
     QString text;
     appendUnits(value.bytes, text);
     QDateTime time = QDateTime::fromString(text, Qt::ISODate);
     time.setTimeZone(QTimeZone::utc());
-    return clamped(time);
+    return secondsOf(time);
+}
+
+quint32 heldSeconds(qint64 seconds)
+{
+    return quint32(std::clamp<qint64>(seconds, 0, std::numeric_limits<quint32>::max()));
 }
 
 } // namespace quoril::evtx

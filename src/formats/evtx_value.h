@@ -51,10 +51,13 @@ void appendText(const Value& value, QString& out);
 /// The value as a number: integers as they are, texts as decimal or 0x digits; 0 for anything else.
 quint64 toNumber(const Value& value);
 
-/// A FILETIME in whole seconds since 1970-01-01 UTC, held within what 32 bits can tell.
-quint32 toSeconds(quint64 fileTime);
+/// A FILETIME in whole seconds since 1970-01-01 UTC; negative before that.
+qint64 secondsSinceEpoch(quint64 fileTime);
 
-/// The point in time of a FILETIME, SYSTEMTIME or text value, as toSeconds(); 0 for anything else.
-quint32 toSeconds(const Value& value);
+/// The point in time of a FILETIME, SYSTEMTIME or text value, as above; 0 for anything else.
+qint64 secondsSinceEpoch(const Value& value);
+
+/// The seconds, held within what 32 bits can tell.
+quint32 heldSeconds(qint64 seconds);
 
 } // namespace quoril::evtx

@@ -16,8 +16,6 @@ constexpr QStringView ApplicationLog = u"Application";
 constexpr QStringView SystemLog = u"System";
 constexpr QStringView EmulatorSource = u"QUORIL";
 constexpr qint64 SecondsBeyond = 15;
-// An entry that is larger than the reading buffer ends the log.
-constexpr qint64 LargestEntryBytes = 0xFFFF;
 
 constexpr qsizetype TagColumn = 16;
 constexpr qsizetype CodeOffset = 24;
@@ -34,16 +32,6 @@ constexpr Tag LevelTags[] = {
     {u"WARN :", event_type::Warning},
     {u"ERROR:", event_type::Error},
 };
-
-/// What an entry takes as an EVENTLOGRECORD.
-qint64 entryBytes(const EventEntry& entry)
-{
-    constexpr qint64 FixedBytes = 56;
-    constexpr qint64 ClosingLength = 4;
-    const qint64 names = FixedBytes + 2 * (entry.sourceName.size() + entry.computerName.size() + 2);
-    const qint64 body = names + entry.userSid.size() + entry.insertBytes + entry.data.size() + ClosingLength;
-    return (body + 3) & ~qint64(3);
-}
 
 /// The insert strings as one text: a blank behind the first, nothing between the others. Empty if all are.
 QString joined(const InsertStrings& inserts)
@@ -87,10 +75,13 @@ qint64 beyond(qint64 to)
 
 EventRecord EventRecords::operator[](qsizetype index) const
 {
-    const Line& line = m_content->lines[std::size_t(index)];
-    const qsizetype begin = index == 0 ? 0 : m_content->lines[std::size_t(index - 1)].end;
-    return {line.type, line.eventId, line.time,
-        QString::fromUtf16(m_content->texts.data() + begin, line.end - begin)};
+    return {typeOf(index), eventIdOf(index), timeOf(index), textOf(index).toString()};
+}
+
+QStringView EventRecords::textOf(qsizetype index) const
+{
+    const qsizetype begin = index == 0 ? 0 : line(index - 1).end;
+    return QStringView(m_content->texts).mid(begin, line(index).end - begin);
 }
 
 void EventRecords::append(quint16 type, quint32 eventId, qint64 time, QStringView text)
@@ -138,7 +129,7 @@ bool walkEventLines(QStringView name, qint64 from, qint64 to, const EventLineVis
     if (!log)
         return false;
     EventEntry entry;
-    while ((*log)->next(entry) && entryBytes(entry) <= LargestEntryBytes) {
+    while ((*log)->next(entry)) {
         if (!application || entry.sourceName.contains(EmulatorSource))
             splitEventLines(entry, visit);
     }

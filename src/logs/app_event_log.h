@@ -35,6 +35,12 @@ public:
     /// The record at the index, 0 to size() - 1.
     EventRecord operator[](qsizetype index) const;
 
+    // The record's fields one by one; the text is valid until the next change.
+    quint16 typeOf(qsizetype index) const { return line(index).type; }
+    quint32 eventIdOf(qsizetype index) const { return line(index).eventId; }
+    qint64 timeOf(qsizetype index) const { return line(index).time; }
+    QStringView textOf(qsizetype index) const;
+
     void append(quint16 type, quint32 eventId, qint64 time, QStringView text);
     void clear() { m_content.reset(); }
 
@@ -51,6 +57,8 @@ private:
         std::vector<Line> lines;
         std::u16string texts;
     };
+
+    const Line& line(qsizetype index) const { return m_content->lines[std::size_t(index)]; }
 
     std::shared_ptr<Content> m_content;
 };

@@ -50,10 +50,10 @@ QString localDateText(qint64 seconds)
 }
 
 /// The type of an event as a severity; without a tag only event 100 is an error.
-RowSeverity severityOf(const EventRecord& record)
+RowSeverity severityOf(quint16 type, quint32 eventId)
 {
     constexpr quint32 UntaggedError = 100;
-    switch (record.m_type) {
+    switch (type) {
     case 1:
         return RowSeverity::Error;
     case 2:
@@ -61,7 +61,7 @@ RowSeverity severityOf(const EventRecord& record)
     case 4:
         return RowSeverity::Information;
     default:
-        return record.m_event_id == UntaggedError ? RowSeverity::Error : RowSeverity::Information;
+        return eventId == UntaggedError ? RowSeverity::Error : RowSeverity::Information;
     }
 }
 
@@ -71,17 +71,19 @@ public:
     explicit EventRows(const EventRecords& records) : m_records(records) { }
 
     qsizetype count() const override { return m_records.size(); }
-    PanelColour colour(qsizetype row) const override { return colourOf(severityOf(m_records[row])); }
+    PanelColour colour(qsizetype row) const override
+    {
+        return colourOf(severityOf(m_records.typeOf(row), m_records.eventIdOf(row)));
+    }
     QString text(qsizetype row, int column) const override
     {
-        const EventRecord record = m_records[row];
         switch (column) {
         case DateColumn:
-            return localDateText(record.m_time);
+            return localDateText(m_records.timeOf(row));
         case CodeColumn:
-            return QString::number(record.m_event_id, 16).toUpper().rightJustified(8, u'0');
+            return QString::number(m_records.eventIdOf(row), 16).toUpper().rightJustified(8, u'0');
         default:
-            return record.m_text;
+            return m_records.textOf(row).toString();
         }
     }
 

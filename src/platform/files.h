@@ -36,8 +36,9 @@ public:
     /// Removes the file; 2 if there is none.
     virtual Status remove(QStringView path) = 0;
 
-    /// The names of the files that the path's last part matches, with * and ? in it, by name without regard
-    /// to case. 2 if there is none; errors of the folder as in openForReading().
+    /// The names of the files that the path's last part matches, with * and ? in it, in the
+    /// order of the machine's search, which on a tree is by name without regard to case. 2 if there is none;
+    /// errors of the folder as in openForReading().
     virtual Result<QStringList> find(QStringView pattern) = 0;
 
     /// The FileVersion string in the file's version block, by the block's first translation. 1812 to 1814 if

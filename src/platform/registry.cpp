@@ -33,6 +33,16 @@ QString RegistryValue::text() const
     return units;
 }
 
+Result<RegistryKeyHandle> RegistryKey::openBelow(QStringView path, quint32 access) const
+{
+    constexpr quint32 none = 0;
+    const qsizetype last = path.lastIndexOf(u'\\');
+    if (last < 0)
+        return open(path, access);
+    const auto above = openPath(*this, path.first(last), none);
+    return above ? (*above)->open(path.sliced(last + 1), access) : Result<RegistryKeyHandle>(above.failure());
+}
+
 Result<QString> RegistryKey::text(QStringView name, qsizetype limitBytes) const
 {
     const auto found = value(name, limitBytes);

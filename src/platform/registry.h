@@ -60,6 +60,10 @@ public:
     /// Opens the subkey of that name (one level, no separators) with the given rights; 2 if there is none.
     virtual Result<RegistryKeyHandle> open(QStringView name, quint32 access) const = 0;
 
+    /// Opens a path of subkeys, separated by backslashes, in one step: the rights are asked for at its end
+    /// alone. As open().
+    virtual Result<RegistryKeyHandle> openBelow(QStringView path, quint32 access) const;
+
     /// Opens the subkey, making it first when there is none.
     virtual Result<RegistryKeyHandle> create(QStringView name, quint32 access) = 0;
 

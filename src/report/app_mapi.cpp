@@ -91,30 +91,29 @@ quint32 appMAPI::writeAttachment(
     const QString& prefix, QString& attachment, bool& isReady, const Section& section)
 {
     AttachmentFile file;
-    bool isMade = false;
+    Status made = Error{error::FileExists, {}};
     // A name that somebody takes between its making and the file's is given up for another.
-    for (int i = 0; i < NameTries && !isMade; ++i) {
+    for (int i = 0; i < NameTries && made.errorNumber() == error::FileExists; ++i) {
         const Result<QString> name = MakeTempName(prefix);
         if (!name) {
             ShowError(LoadText(text::TemporaryNotCreated));
             return name.errorNumber();
         }
         attachment = *name;
-        isMade = file.create(attachment);
-        if (!isMade && !isTaken(attachment))
-            break;
+        made = file.create(attachment);
     }
-    if (!isMade) {
+    if (!made) {
         ShowError(LoadText(text::AttachmentNotCreated));
-        return 1;
+        return made.errorNumber();
     }
     const quint32 result = section(file);
-    isReady = file.close();
+    const Status closed = file.close();
+    isReady = closed.ok();
     if (isReady)
         return result;
     QFile::remove(attachment);
     ShowError(LoadText(text::AttachmentNotCreated));
-    return 1;
+    return closed.errorNumber();
 }
 
 quint32 appMAPI::WriteHardwareSection(QuorilMAPIData& data)
@@ -146,8 +145,12 @@ quint32 appMAPI::WriteRegistrySection(QuorilMAPIData& data)
 
 quint32 appMAPI::WriteLogSections(QuorilMAPIData& data)
 {
-    return writeAttachment(data.TempPrefix, data.LogAttachment, data.LogReady,
+    constexpr quint32 notMade = 1;
+    const quint32 result = writeAttachment(data.TempPrefix, data.LogAttachment, data.LogReady,
         [&](ReportStream& out) { return writeLogs(out, data); });
+    const bool isNamed = !data.LogAttachment.isEmpty();
+    // Of this stage a file that can't be made is told by a number of its own.
+    return isNamed && !data.LogReady ? notMade : result;
 }
 
 quint32 appMAPI::writeLogs(ReportStream& out, QuorilMAPIData& data)
@@ -196,16 +199,19 @@ void appMAPI::SaveReport(QuorilMAPIData& data)
         ShowError(LoadText(text::OutputNotOpened));
         return;
     }
+    // What kept a stage from its part has been told: a report without it is not one that was stored.
+    const bool hasStages = ErrorText.isEmpty();
     BuildForm();
     const bool hasForm = writeUnits(out, FormText);
     const bool hasParts = copyParts(out, data);
-    removeAttachments(data);
+    RemoveAttachments(data);
     out.close();
     if (!hasParts)
         return;
-    if (hasForm && out.error() == QFileDevice::NoError)
+    const bool isWritten = hasForm && out.error() == QFileDevice::NoError;
+    if (isWritten && hasStages)
         m_prompts.message(LoadText(text::ReportStored) + u" \""_s + path + u"\"."_s);
-    else
+    else if (!isWritten)
         ShowError(LoadText(text::OutputNotWritten));
 }
 
@@ -231,7 +237,7 @@ bool appMAPI::copyParts(QIODevice& out, const QuorilMAPIData& data)
     return isWhole && hasBegin && hasEnd;
 }
 
-void appMAPI::removeAttachments(QuorilMAPIData& data)
+void appMAPI::RemoveAttachments(QuorilMAPIData& data)
 {
     const auto remove = [](const QString& attachment, bool& isReady) {
         if (isReady)

@@ -27,7 +27,8 @@ public:
     appMAPI(UserPrompts& prompts, AskFileName askFileName);
 
     // The stages. Each makes its attachment, sets its Ready flag, and gives 0. A temporary file that can't be
-    // named or made, or not written to its end, is told and leaves the flag clear; nothing remains of it.
+    // named or made, or not written to its end, is told and leaves the flag clear; nothing remains of it, and
+    // the result is the error's number.
 
     quint32 WriteHardwareSection(QuorilMAPIData& data);
 
@@ -35,14 +36,17 @@ public:
     quint32 WriteRegistrySection(QuorilMAPIData& data);
 
     /// Takes the last three minutes' first seconds where the span has an end that is 0. Without a name of the
-    /// log it is looked for in the configuration file; 1 if it isn't there.
+    /// log it is looked for in the configuration file; 1 if it isn't there, or the file can't be made.
     quint32 WriteLogSections(QuorilMAPIData& data);
 
     /// Asks for the file and writes the report: the form, the attachments that are ready, the configuration
     /// file if wanted. Then removes the attachments and clears their flags. The message of success comes only
-    /// when every part was written and the file closed without a failure. A file that is not chosen or can't
-    /// be opened leaves the attachments where they are.
+    /// when no stage failed and every part was written and the file closed without a failure. A file that is
+    /// not chosen or can't be opened leaves the attachments where they are.
     void SaveReport(QuorilMAPIData& data);
+
+    /// Removes the attachments that are ready and clears the flags.
+    static void RemoveAttachments(QuorilMAPIData& data);
 
     void BuildForm();
 
@@ -70,7 +74,6 @@ private:
     quint32 writeLogs(ReportStream& out, QuorilMAPIData& data);
     bool copyParts(QIODevice& out, const QuorilMAPIData& data);
     int copyBlocks(QIODevice& in, const std::function<bool(QByteArrayView)>& write);
-    static void removeAttachments(QuorilMAPIData& data);
 
     UserPrompts& m_prompts;
     AskFileName m_askFileName;

@@ -1,5 +1,7 @@
 #include "report/attachment_file.h"
 
+#include <QFileInfo>
+
 namespace quoril {
 
 namespace {
@@ -16,14 +18,15 @@ bool writeUnits(QIODevice& out, QStringView text)
     return out.write(reinterpret_cast<const char*>(text.utf16()), bytes) == bytes;
 }
 
-bool AttachmentFile::create(const QString& hostPath)
+Status AttachmentFile::create(const QString& hostPath)
 {
     m_file.setFileName(hostPath);
     m_failed = !m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
         QFile::ReadOwner | QFile::WriteOwner);
-    if (!m_failed)
-        m_pending.reserve(PendingUnits);
-    return !m_failed;
+    if (m_failed)
+        return Error{failureNumber(hostPath), hostPath};
+    m_pending.reserve(PendingUnits);
+    return {};
 }
 
 void AttachmentFile::write(QStringView text)
@@ -42,11 +45,24 @@ void AttachmentFile::flush()
     m_pending.clear();
 }
 
-bool AttachmentFile::close()
+Status AttachmentFile::close()
 {
     flush();
     m_file.close();
-    return !m_failed && m_file.error() == QFileDevice::NoError;
+    if (!m_failed && m_file.error() == QFileDevice::NoError)
+        return {};
+    const bool isFull = m_file.error() == QFileDevice::ResourceError;
+    return Error{isFull ? error::DiskFull : error::WriteFault, m_file.fileName()};
+}
+
+quint32 AttachmentFile::failureNumber(const QString& hostPath) const
+{
+    const QFileInfo file(hostPath);
+    if (file.exists() || file.isSymLink())
+        return error::FileExists;
+    if (!QFileInfo(file.path()).isDir())
+        return error::PathNotFound;
+    return m_file.error() == QFileDevice::ResourceError ? error::DiskFull : error::AccessDenied;
 }
 
 } // namespace quoril

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "formats/error.h"
 #include "report/report_stream.h"
 
 #include <QFile>
@@ -19,17 +20,19 @@ bool writeUnits(QIODevice& out, QStringView text);
 class AttachmentFile : public ReportStream
 {
 public:
-    /// Makes the file, readable by nobody but its owner. False if it can't be made, and also if anything is
-    /// there under that name, be it a link: nothing that somebody else put there is ever written to.
-    bool create(const QString& hostPath);
+    /// Makes the file, readable by nobody but its owner. 80 if anything is there under that name, be it a
+    /// link: nothing that somebody else put there is ever written to. Else the error that kept it from being
+    /// made.
+    Status create(const QString& hostPath);
 
     void write(QStringView text) override;
 
-    /// Writes what is left and closes. False if any part of the text could not be written.
-    bool close();
+    /// Writes what is left and closes. 112 or 29 if any part of the text could not be written.
+    Status close();
 
 private:
     void flush();
+    quint32 failureNumber(const QString& hostPath) const;
 
     QFile m_file;
     std::vector<char16_t> m_pending;

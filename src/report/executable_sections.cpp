@@ -7,9 +7,12 @@
 #include "report/report_stream.h"
 #include "shell/version_record.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QStringBuilder>
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <optional>
 
@@ -46,6 +49,25 @@ QStringView folderOf(QStringView path)
     return path.size() > 1 && path[1] == u':' ? path.left(2) : QStringView();
 }
 
+/// Lists the executables, then the libraries, that are found in the folder. A file without a version shows
+/// that of the file before it.
+void writeListing(ReportStream& out, const QString& folder,
+    const std::function<QStringList(const QString& pattern)>& find,
+    const std::function<std::optional<QString>(const QString& file)>& versionOf)
+{
+    VersionRecord version;
+    for (const QString& pattern : {u"*.exe"_s, u"*.dll"_s}) {
+        for (const QString& name : find(pattern)) {
+            const QString file = folder + name;
+            if (const auto text = versionOf(file))
+                version = VersionRecord::parse(*text);
+            out.write(QString(u"Executable: " % file % u" \"" % version.version_text % u"\"\r\n"));
+            out.write(QString(numbersOf(version) % u"\r\n\r\n"));
+        }
+    }
+    out.write(u"-------------------- End of Executable Description --------------------\r\n\r\n");
+}
+
 void writeDriver(ReportStream& out, QStringView title, QStringView service, VersionRecord& version)
 {
     if (ReadDriverVersion(service, version))
@@ -68,7 +90,7 @@ bool ReadDriverVersion(QStringView name, VersionRecord& version)
     if (!localMachine)
         return false;
     const QString path = u"SYSTEM\\CurrentControlSet\\Services\\"_s % name;
-    const auto key = openPath(**localMachine, path, key_access::QueryValue);
+    const auto key = (*localMachine)->openBelow(path, key_access::QueryValue);
     if (!key)
         return false;
     const auto imagePath = (*key)->text(u"ImagePath", std::numeric_limits<qsizetype>::max());
@@ -90,25 +112,34 @@ void DescribeExecutables(ReportStream& out, QStringView path)
     if (path.endsWith(u'"'))
         path.chop(1);
     const QString folder = folderOf(path).toString();
-    VersionRecord version;
-    for (const QStringView pattern : {u"*.exe", u"*.dll"}) {
-        const auto names = machine().files().find(QString(folder % pattern));
-        if (!names)
-            continue;
-        for (const QString& name : *names) {
-            const QString file = folder + name;
-            ReadFileVersion(file, version);
-            out.write(QString(u"Executable: " % file % u" \"" % version.version_text % u"\"\r\n"));
-            out.write(QString(numbersOf(version) % u"\r\n\r\n"));
-        }
+    const auto find = [&folder](const QString& pattern) {
+        const auto names = machine().files().find(folder + pattern);
+        return names ? *names : QStringList();
+    };
+    writeListing(out, folder, find, fileVersionOf);
+}
+
+void DescribeOwnExecutables(ReportStream& out, QStringView path)
+{
+    if (path != QCoreApplication::applicationFilePath()) {
+        DescribeExecutables(out, path);
+        return;
     }
-    out.write(u"-------------------- End of Executable Description --------------------\r\n\r\n");
+    const QString folder = folderOf(path).toString();
+    const auto find = [&folder](const QString& pattern) {
+        return QDir(folder).entryList({pattern}, QDir::Files | QDir::Hidden, QDir::Name | QDir::IgnoreCase);
+    };
+    const auto versionOf = [](const QString& file) {
+        const auto text = machine().systemInfo().fileVersion(file);
+        return text ? std::optional(text->left(VersionUnits)) : std::nullopt;
+    };
+    writeListing(out, folder, find, versionOf);
 }
 
 void writeExecutableSections(ReportStream& out, QStringView guiExecutablePath, QStringView executablePath)
 {
     out.write(u"-------------------- QUORIL GUI Executable Description --------------------\r\n");
-    DescribeExecutables(out, guiExecutablePath);
+    DescribeOwnExecutables(out, guiExecutablePath);
     out.write(u"-------------------- QUORIL Executable Description --------------------\r\n");
     DescribeExecutables(out, executablePath);
     out.write(u"-------------------- QUORIL DRIVERS --------------------\r\n");

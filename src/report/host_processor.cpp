@@ -19,16 +19,6 @@ namespace {
 
 constexpr QStringView ProcessorPath = u"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0";
 
-/// The processor's key with the console's rights; null if it can't be opened.
-RegistryKeyHandle openProcessorKey()
-{
-    const auto localMachine = machine().registry().localMachine();
-    if (!localMachine)
-        return nullptr;
-    auto key = openPath(**localMachine, ProcessorPath, registryAccess);
-    return key ? *std::move(key) : nullptr;
-}
-
 std::optional<QString> stringOf(const RegistryKey& key, QStringView name)
 {
     const auto value = key.value(name, std::numeric_limits<qsizetype>::max());
@@ -79,10 +69,13 @@ QString describeByRecord(const ProcessorInfo& processors)
 
 qint32 readCpuSpeed()
 {
-    const RegistryKeyHandle key = openProcessorKey();
+    const auto localMachine = machine().registry().localMachine();
+    if (!localMachine)
+        return 0;
+    const auto key = openPath(**localMachine, ProcessorPath, registryAccess);
     if (!key)
         return 0;
-    const auto value = key->value(u"~MHz", sizeof(quint32));
+    const auto value = (*key)->value(u"~MHz", sizeof(quint32));
     if (!value || value->type != value_type::DWord)
         return 0;
     quint32 megahertz = 0;
@@ -93,8 +86,11 @@ qint32 readCpuSpeed()
 
 QString describeProcessor(const ProcessorInfo& processors, qint32 cpuSpeed)
 {
-    const RegistryKeyHandle key = openProcessorKey();
-    return u"Host CPU: "_s % (key ? describeByRegistry(*key, cpuSpeed) : describeByRecord(processors));
+    const auto localMachine = machine().registry().localMachine();
+    // Unlike the speed's key in one step, so that it takes rights to nothing above it.
+    const auto key = localMachine ? (*localMachine)->openBelow(ProcessorPath, registryAccess())
+                                  : Result<RegistryKeyHandle>(localMachine.failure());
+    return u"Host CPU: "_s % (key ? describeByRegistry(**key, cpuSpeed) : describeByRecord(processors));
 }
 
 } // namespace quoril

@@ -105,13 +105,15 @@ bool WriteEventLog(ReportStream& out, QStringView log, qint64 from, qint64 to)
 void writeEmulatorLog(ReportStream& out, const QString& path)
 {
     out.write(u"-------------------- LOG --------------------\r\n");
+    bool isRead = false;
     if (const auto file = machine().files().openForReading(path)) {
         UnitReader reader(**file);
         for (QStringView piece = reader.next(); !piece.isEmpty(); piece = reader.next())
             out.write(piece);
-    } else {
-        out.write(u"Can't open QUORIL log file: \""_s + path + u"\"\r\n"_s);
+        isRead = !reader.hasFailed();
     }
+    if (!isRead)
+        out.write(u"Can't open QUORIL log file: \""_s + path + u"\"\r\n"_s);
     out.write(u"-------------------- End of the LOG --------------------\r\n");
 }
 

@@ -1,8 +1,11 @@
 #include "report/problem_report.h"
 
+#include "platform/files.h"
+#include "platform/machine.h"
 #include "report/attachment_file.h"
 #include "shell/service_info.h"
 
+#include <QCoreApplication>
 #include <QStringBuilder>
 
 namespace quoril {
@@ -27,6 +30,14 @@ constexpr SummaryLine SummaryLines[] = {
     {u"TOY", &ServiceInfo::ToyContainer, false},
 };
 
+/// The running program by its path on the machine, or on the host where it lies outside the machine.
+QString ownProgram()
+{
+    const QString hostPath = QCoreApplication::applicationFilePath();
+    const auto path = machine().files().machinePath(hostPath);
+    return path ? *path : hostPath;
+}
+
 } // namespace
 
 QString configSummary(const ServiceInfo& service)
@@ -41,8 +52,8 @@ QString configSummary(const ServiceInfo& service)
     return summary % LineEnd % LineEnd;
 }
 
-bool mailProblemReport(const ServiceInfo& service, UserPrompts& prompts, appMAPI::AskFileName askFileName,
-    bool executablesWanted)
+bool mailProblemReport(
+    const ServiceInfo& service, UserPrompts& prompts, appMAPI::AskFileName askFileName, ReportRequest request)
 {
     appMAPI report(prompts, std::move(askFileName));
     QuorilMAPIData data;
@@ -50,7 +61,9 @@ bool mailProblemReport(const ServiceInfo& service, UserPrompts& prompts, appMAPI
     data.LogFrom = service.LogFrom;
     data.LogTo = service.LogTo;
 
-    data.ExecutablesWanted = executablesWanted;
+    data.ExecutablesWanted = request.describesExecutables;
+    if (request.describesExecutables)
+        data.GuiExecutablePath = ownProgram();
     data.ExecutablePath = service.ImagePath;
     report.WriteHardwareSection(data);
 
@@ -61,8 +74,11 @@ bool mailProblemReport(const ServiceInfo& service, UserPrompts& prompts, appMAPI
     data.LogFileName = service.LogFile;
     report.WriteLogSections(data);
 
+    const bool hasAllParts = data.HardwareReady && data.RegistryReady && data.LogReady;
     report.SaveReport(data);
-    return report.ErrorText.isEmpty();
+    if (request.removesLeftovers)
+        appMAPI::RemoveAttachments(data);
+    return hasAllParts && report.ErrorText.isEmpty();
 }
 
 } // namespace quoril

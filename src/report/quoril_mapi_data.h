@@ -15,7 +15,7 @@ struct QuorilMAPIData
     QString RegistryAttachment;
     QString HardwareAttachment;
     QString ExecutablePath; ///< the service's `ImagePath`
-    QString GuiExecutablePath; ///< machine path of the console's own program; empty for none
+    QString GuiExecutablePath; ///< of the console's own program, on the host if it isn't on the machine
     bool HardwareReady = false; ///< the stage's temporary file is there and whole
     bool LogReady = false;
     bool RegistryReady = false;

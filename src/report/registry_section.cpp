@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype LongestValueBytes = 511;
-constexpr qsizetype NameRoomUnits = 1023;
+constexpr qsizetype NameRoomUnits = 511; // of a buffer of 512 units
 constexpr qsizetype LongestParameterBytes = 1023;
 constexpr qsizetype DeepestKey = 512;
 

@@ -25,6 +25,7 @@ QStringView UnitReader::next()
     // A device may give less than was asked for, and half a unit at that.
     while (bytes < Room) {
         const qint64 got = m_device.read(data + bytes, std::min(Room - bytes, m_left));
+        m_hasFailed = m_hasFailed || got < 0;
         if (got <= 0)
             break;
         bytes += got;

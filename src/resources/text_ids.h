@@ -143,6 +143,10 @@ inline constexpr quint32 ScsiDevice = 40090;
 inline constexpr quint32 Device = 40091;
 inline constexpr quint32 VersionTemplate = 40092;
 inline constexpr quint32 ReportFilter = 40093;
+inline constexpr quint32 VirtualScsiDisk = 40094;
+inline constexpr quint32 PhysicalScsiDisk = 40095;
+inline constexpr quint32 ScsiFloppy = 40096;
+inline constexpr quint32 ScsiController = 40097;
 
 // Buttons and words of the program's own windows.
 inline constexpr quint32 HelpTitle = 41000;

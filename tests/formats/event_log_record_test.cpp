@@ -41,6 +41,7 @@ TEST(EventLogRecord, DecodesWhatItEncodes)
     QByteArray bytes;
     appendEventLogRecord(bytes, sampleEntry());
     EXPECT_EQ(bytes.size() % 4, 0);
+    EXPECT_EQ(eventLogRecordSize(sampleEntry()), bytes.size());
     EXPECT_TRUE(EventRecordView::first(bytes)->isClosed());
     EXPECT_EQ(decoded(bytes), sampleEntry());
 }

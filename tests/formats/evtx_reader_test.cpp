@@ -1,7 +1,10 @@
 #include "formats/evtx_reader.h"
+
+#include "formats/event_log_record.h"
 #include "formats/evtx_value.h"
 #include "support/event_log_samples.h"
 #include "support/real_data.h"
+#include "support/utf16.h"
 
 #include <QDateTime>
 #include <QRegularExpression>
@@ -152,6 +155,31 @@ TEST(EvtxRealLog, SpansAndDamage)
         [&](const EventEntry& entry) { return span.contains(entry.timeGenerated); });
     EXPECT_LT(expected.size(), all.size());
     EXPECT_EQ(readAll<EvtxReader>(log, span), expected);
+
+    // The largest event ends the log for a buffer that doesn't hold it, though it is outside the span.
+    const auto largest = std::ranges::max_element(all, {}, eventLogRecordSize);
+    QByteArray copy = log;
+    QBuffer buffer(&copy);
+    ASSERT_TRUE(buffer.open(QIODevice::ReadOnly));
+    auto limited = EvtxReader::open(buffer);
+    limited->setRecordLimit(eventLogRecordSize(*largest) - 1);
+    limited->setSpan({1, 2});
+    EventEntry last;
+    EXPECT_FALSE(limited->next(last) || limited->next(last));
+    EXPECT_TRUE(limited->isOverLimit());
+    EXPECT_EQ(last, *largest);
+
+    // A time before 1970 is in no span, and a zero unit ends a string.
+    const QByteArray time = log.mid(FirstChunk + 512 + 16, 8);
+    QByteArray early = log;
+    early.replace(time, QByteArray(8, '\1'));
+    EXPECT_EQ(readAll<EvtxReader>(early).front(), all[1]);
+    const QString string = all.back().insertStrings.at(0).toString();
+    QByteArray cut = test::units(string);
+    cut[2] = cut[3] = 0;
+    QByteArray withZero = log;
+    withZero.replace(test::units(string), cut);
+    EXPECT_EQ(readAll<EvtxReader>(withZero).back().insertStrings.at(0), QStringView(string).first(1));
 
     QByteArray noMagic = log;
     noMagic[FirstChunk] = 'X';

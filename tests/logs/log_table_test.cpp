@@ -81,6 +81,26 @@ TEST_F(LogTable, ShowsTheSourcesInOrderAndColour)
     EXPECT_EQ(service.LogTo, 0u);
 }
 
+TEST_F(LogTable, DatesEventsInLocalTimeAndColoursThemByType)
+{
+    qputenv("TZ", "XST-5:30"); // five and a half hours ahead
+    const auto tagged = [](const char* tag, const char* code) {
+        return u"20261122:221559:%1  %2%3"_s.arg(QLatin1StringView(tag), QLatin1StringView(code))
+                   .leftJustified(52)
+            + u"text"_s;
+    };
+    report(u"Application"_s, 7, tagged("INFO :", "12345"));
+    report(u"Application"_s, 7, tagged("WARN :", "A"));
+    report(u"Application"_s, 7, tagged("ERROR:", "DEADBEEF"));
+    report(u"Application"_s, 100, u"text"_s);
+    report(u"Application"_s, 0xC0000064, u"text"_s);
+    service.LogFrom = service.LogTo = quint32(Now);
+    EXPECT_EQ(rows().sliced(1, 5),
+        QStringList({u"e6ffff 2023-11-15 03:43:20|00012345|text"_s,
+            u"ffffe6 2023-11-15 03:43:20|0000000A|text"_s, u"2020ff 2023-11-15 03:43:20|DEADBEEF|text"_s,
+            u"2020ff 2023-11-15 03:43:20|00000064|text"_s, u"e6ffff 2023-11-15 03:43:20|C0000064|text"_s}));
+}
+
 TEST_F(LogTable, BeginsAnOpenPeriodAtTheMachinesStart)
 {
     fake.fakeClock.advance(100'000);

@@ -5,6 +5,7 @@
 #include "report/attachment_file.h"
 #include "report/report_text.h"
 #include "shell/service_info.h"
+#include "support/event_log_samples.h"
 #include "support/fake_machine.h"
 
 #include <gtest/gtest.h>
@@ -125,6 +126,17 @@ TEST_F(ProblemReportTest, IsStoredWithoutWhatThereIsNot)
     EXPECT_EQ(m_machine.calls.open(), 0);
 }
 
+TEST_F(ProblemReportTest, HoldsTheEventsOfTheServicesPeriod)
+{
+    for (const quint32 time : {999u, 1000u, 2015u, 2016u, quint32(m_machine.fakeClock.now() - 180)})
+        m_machine.fakeEventLogs.logs[u"Application"_s].push_back(
+            test::eventOf(time, u"QUORIL"_s, {u"at %1"_s.arg(time)}));
+    m_service.LogFrom = 1000;
+    m_service.LogTo = 2000;
+    EXPECT_EQ(mail(m_report), stored(m_report));
+    EXPECT_TRUE(textOfFile(m_report).contains(LogBegin + u"at 1000\r\nat 2015\r\n----"_s));
+}
+
 TEST_F(ProblemReportTest, LeavesItsTemporaryFilesWhenNoReportIsMade)
 {
     EXPECT_EQ(mail({}), "");
@@ -172,14 +184,25 @@ TEST_F(ProblemReportTest, GoesOnWithoutATemporaryFileThatVanished)
 TEST_F(ProblemReportTest, TellsThatItHasNoPlaceForTemporaryFiles)
 {
     QFile(m_folder.filePath(u"file"_s)).open(QIODevice::WriteOnly);
-    const std::pair<QString, std::string> cases[] = {
-        {m_folder.filePath(u"file/below"_s), "Can't create temporary attachment file.\n"},
-        {u"/proc"_s, "Can't create file for attachment.\n"},
+    const struct
+    {
+        QString directory;
+        std::string told;
+        quint32 hardware, log; // what the stages give
+    } cases[] = {
+        {m_folder.filePath(u"file/below"_s), "Can't create temporary attachment file.\n", error::PathNotFound,
+            error::PathNotFound},
+        {u"/proc"_s, "Can't create file for attachment.\n", error::AccessDenied, 1},
     };
-    for (const auto& [directory, told] : cases) {
+    for (const auto& [directory, told, hardware, log] : cases) {
         useTemporaryDirectory(directory);
-        EXPECT_EQ(mail(m_report), told + told + told + stored(m_report));
+        EXPECT_EQ(mail(m_report) + '\n', told + told + told);
         EXPECT_TRUE(textOfFile(m_report).endsWith(u"(such as RDB, DEC Forms.):\r\n\r\n\r\n"));
+        appMAPI report(m_prompts, {});
+        QuorilMAPIData data;
+        EXPECT_EQ(report.WriteHardwareSection(data), hardware);
+        EXPECT_EQ(report.WriteRegistrySection(data), hardware);
+        EXPECT_EQ(report.WriteLogSections(data), log);
     }
 }
 
@@ -226,7 +249,7 @@ TEST_F(ProblemReportTest, NeverCallsACutReportStored)
     m_machine.fakeFiles.put(u"C:\\a.log", QByteArray(100'000, '\1'));
     m_service.LogFile = u"C:\\a.log"_s;
     disk.emplace(10'000);
-    EXPECT_EQ(mail(m_report), "Can't create file for attachment.\n" + stored(m_report));
+    EXPECT_EQ(mail(m_report), "Can't create file for attachment.");
     disk.reset();
     EXPECT_TRUE(textOfFile(m_report).contains(RegistryEnd) && !textOfFile(m_report).contains(LogBegin));
     EXPECT_EQ(temporaryFiles(), QStringList());
@@ -239,11 +262,11 @@ TEST_F(ProblemReportTest, WritesThroughNoLink)
     const QString place = m_folder.filePath(u"tmp/OperatorConsoleabcdef1"_s);
     ASSERT_TRUE(QFile::link(victim, place));
     AttachmentFile file;
-    EXPECT_FALSE(file.create(place));
+    EXPECT_EQ(file.create(place).errorNumber(), error::FileExists);
     EXPECT_FALSE(QFile::exists(victim));
     ASSERT_TRUE(QFile(victim).open(QIODevice::WriteOnly));
-    EXPECT_FALSE(file.create(place));
-    EXPECT_FALSE(file.create(victim));
+    EXPECT_EQ(file.create(place).errorNumber(), error::FileExists);
+    EXPECT_EQ(file.create(victim).errorNumber(), error::FileExists);
 }
 
 #endif

@@ -72,6 +72,15 @@ TEST_F(ServiceCatalogueTest, ListsTheInstancesInStoredOrderWithTheirSettings)
             .split(u'|'));
     const ServiceInfo& bare = m_document.m_services[1];
     EXPECT_EQ(bare.HomeDir + bare.LogFile + bare.RamSize + bare.ImagePath + bare.DisplayName, QString());
+
+    for (const bool wow64 : {false, true}) {
+        m_machine.fakeRegistry.wow64 = wow64;
+        m_machine.fakeRegistry.asked.clear();
+        scan();
+        const QString mask = wow64 ? QStringLiteral(" 0xf013f") : QStringLiteral(" 0xf003f");
+        EXPECT_EQ(m_machine.fakeRegistry.asked.filter(mask), m_machine.fakeRegistry.asked);
+        EXPECT_GT(m_machine.fakeRegistry.asked.size(), 30);
+    }
 }
 
 TEST_F(ServiceCatalogueTest, BuffersHaveTheirLimitsInBytes)

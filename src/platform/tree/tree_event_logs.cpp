@@ -19,6 +19,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// The buffer that logs are read through: an event that it doesn't hold is the end of the log.
+constexpr quint32 ReadingBufferBytes = 0xFFFF;
+
 QString classicPath(QStringView name)
 {
     QString stem = name.toString();
@@ -35,14 +38,22 @@ class Source
 public:
     virtual ~Source() = default;
 
-    bool advance() { return read(m_next); }
+    bool advance()
+    {
+        m_isEnd = !read(m_next);
+        return !m_isEnd || isOverLimit();
+    }
     EventEntry& next() { return m_next; }
+    /// Whether what comes next is an event that no reading buffer holds, and with it the end of the log.
+    bool isEnd() const { return m_isEnd; }
 
 protected:
     virtual bool read(EventEntry& entry) = 0;
+    virtual bool isOverLimit() const = 0;
 
 private:
     EventEntry m_next;
+    bool m_isEnd = false;
 };
 
 template <typename Reader> class FileSource : public Source
@@ -57,6 +68,7 @@ public:
         if (!reader)
             return reader.failure();
         reader->setSpan(span);
+        reader->setRecordLimit(ReadingBufferBytes);
         return std::unique_ptr<Source>(std::make_unique<FileSource>(*std::move(file), *std::move(reader)));
     }
 
@@ -68,6 +80,7 @@ public:
 
 protected:
     bool read(EventEntry& entry) override { return m_reader.next(entry); }
+    bool isOverLimit() const override { return m_reader.isOverLimit(); }
 
 private:
     std::unique_ptr<QFile> m_file;
@@ -89,7 +102,7 @@ public:
             = std::min_element(m_sources.begin(), m_sources.end(), [](const auto& left, const auto& right) {
                   return left->next().timeGenerated < right->next().timeGenerated;
               });
-        if (earliest == m_sources.end())
+        if (earliest == m_sources.end() || (*earliest)->isEnd())
             return false;
         std::swap(entry, (*earliest)->next());
         if (!(*earliest)->advance())

@@ -1,15 +1,11 @@
 #include "platform/windows/windows_files.h"
 
-#include "formats/name_case.h"
 #include "platform/windows/file_device.h"
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_paths.h"
 #include "platform/windows/windows_version_block.h"
 
 #include <QDir>
-
-#include <algorithm>
-#include <compare>
 
 namespace quoril {
 
@@ -62,11 +58,6 @@ Result<QStringList> WindowsFiles::find(QStringView pattern)
     } while (::FindNextFileW(search.get(), &found));
     if (::GetLastError() != ERROR_NO_MORE_FILES)
         return lastError();
-    // File systems list in orders of their own.
-    std::ranges::sort(names, [](const QString& left, const QString& right) {
-        const auto order = foldedCompare(left, right);
-        return std::is_eq(order) ? left < right : std::is_lt(order);
-    });
     return names.isEmpty() ? Result<QStringList>(Error{error::FileNotFound, {}}) : names;
 }
 

@@ -36,6 +36,15 @@ public:
         return handleOf(opened, key);
     }
 
+    Result<RegistryKeyHandle> openBelow(QStringView path, quint32 access) const override
+    {
+        if (path.isEmpty() || hasZeroUnit(path))
+            return Error{error::FileNotFound, {}};
+        HKEY key = nullptr;
+        const Status opened = statusOf(::RegOpenKeyExW(m_key, wide(path.toString()), 0, access, &key));
+        return handleOf(opened, key);
+    }
+
     Result<RegistryKeyHandle> create(QStringView name, quint32 access) override
     {
         if (!isKeyName(name))

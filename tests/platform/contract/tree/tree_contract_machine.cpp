@@ -14,6 +14,9 @@ public:
         m_tree.makeFolder(u"Emulator"_s);
         EXPECT_TRUE(
             QFile::copy(QStringLiteral(QUORIL_EMULATOR), m_tree.host(u"Emulator/quoril-emulator.exe"_s)));
+        import(m_tree.machine.registry(),
+            "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Control\\ComputerName\\ComputerName]\r\n"
+            "\"ComputerName\"=\"CONTRACT\"\r\n");
         m_tree.program(u"Windows/System32/endless.exe"_s, "exec sleep 30\n");
     }
     // The service that a test leaves running is the one of that name.
