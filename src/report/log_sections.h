@@ -14,8 +14,8 @@ class ReportStream;
 bool WriteEventLog(ReportStream& out, QStringView log, qint64 from, qint64 to);
 
 /// Writes the emulator's log between its banners, unit by unit as the emulator wrote it, or a line that says
-/// that the machine path can't be opened. The same line stands behind what could be read of a file that could
-/// not be read to its end.
+/// that the machine path can't be opened. The same line follows what could be read of a file that could not
+/// be read to its end.
 void writeEmulatorLog(ReportStream& out, const QString& path);
 
 /// The log's name in an emulator's configuration file, the quoted text of the first line that begins with

@@ -79,6 +79,10 @@ TEST_F(HardwareSectionsTest, TakeTheProcessorFromTheRegistry)
         m_machine.fakeRegistry.load(u"[%1]\n%2\n"_s.arg(Processor, row.values));
         EXPECT_EQ(processorLine(), row.line);
     }
+    // The speed's key is opened level by level, the description's in one step.
+    m_machine.fakeRegistry.load(u"[%1]\n~MHz=dword:2649\n"_s.arg(Processor));
+    m_machine.fakeRegistry.refuse(u"HARDWARE\\DESCRIPTION"_s, key_access::SetValue);
+    EXPECT_EQ(processorLine(), u"Host CPU: . . . (Family 6, ~0MHz)"_s);
 }
 
 TEST_F(HardwareSectionsTest, TakeTheProcessorFromTheSystemWithoutTheRegistry)

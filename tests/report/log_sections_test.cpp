@@ -52,6 +52,13 @@ TEST(LogSections, WriteWhatTheEmulatorWrote)
         u"-------------------- LOG --------------------\r\n"_s + text
             + u"-------------------- End of the LOG --------------------\r\n"_s);
     EXPECT_EQ(machine.calls.open(), 0);
+
+    machine.fakeFiles.readsFailAt = 8;
+    out.text.clear();
+    writeEmulatorLog(out, u"C:\\a.log"_s);
+    EXPECT_EQ(out.text,
+        u"-------------------- LOG --------------------\r\n2026Can't open QUORIL log file: \"C:\\a.log\"\r\n"
+        "-------------------- End of the LOG --------------------\r\n"_s);
 }
 
 } // namespace

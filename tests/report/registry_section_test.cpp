@@ -76,6 +76,9 @@ TEST_F(RegistryWalkTest, WritesTheTreeDepthFirst)
     parameters.reset();
     m_machine.fakeRegistry.node(Services + u"Alpha\\Parameters\\zz\\1"_s);
     m_machine.fakeRegistry.node(Services + u"Alpha\\Parameters\\aa"_s);
+    // A name that the buffer doesn't hold ends the keys.
+    for (const QString& name : {QString(512, u'n'), u"unseen"_s})
+        m_machine.fakeRegistry.node(Services + u"Alpha\\Parameters\\"_s + name);
     m_machine.fakeRegistry.refuse(Services + u"Alpha\\Locked"_s, key_access::QueryValue);
     m_machine.fakeRegistry.load(uR"([SYSTEM\CurrentControlSet\Services\Other]
         Group=TARGETPLATFORMEMULATOR

@@ -58,17 +58,27 @@ private:
 class FakeFile : public QBuffer
 {
 public:
-    FakeFile(FakeCalls& calls, std::shared_ptr<QByteArray> content, OpenMode mode)
+    FakeFile(FakeCalls& calls, std::shared_ptr<QByteArray> content, OpenMode mode, qint64 failsAt = -1)
         : QBuffer(content.get())
         , m_content(std::move(content))
+        , m_failsAt(failsAt)
         , m_mark(calls)
     {
         open(mode);
     }
     ~FakeFile() override { close(); }
 
+protected:
+    qint64 readData(char* data, qint64 size) override
+    {
+        if (m_failsAt >= 0)
+            size = std::min(size, m_failsAt - pos());
+        return m_failsAt >= 0 && size <= 0 ? -1 : QBuffer::readData(data, size);
+    }
+
 private:
     std::shared_ptr<QByteArray> m_content;
+    qint64 m_failsAt;
     OpenMark m_mark;
 };
 
@@ -190,7 +200,7 @@ Result<std::unique_ptr<QIODevice>> FakeFiles::openForReading(QStringView path)
     if (found == m_files.end())
         return Error{error::FileNotFound, {}};
     return std::unique_ptr<QIODevice>(
-        std::make_unique<FakeFile>(m_calls, found->second, QIODevice::ReadOnly));
+        std::make_unique<FakeFile>(m_calls, found->second, QIODevice::ReadOnly, readsFailAt));
 }
 
 Result<std::unique_ptr<QIODevice>> FakeFiles::openForWriting(QStringView path)

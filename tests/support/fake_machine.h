@@ -81,6 +81,7 @@ public:
     void addMissingFolder(QStringView path) { m_missing.append(normal(path)); }
 
     QString currentDirectory;
+    qint64 readsFailAt = -1; ///< in bytes from the begin of a file; -1 for nowhere
     QHash<QString, QString> fileVersions; ///< by machine path in lower case
 
     Result<std::unique_ptr<QIODevice>> openForReading(QStringView path) override;
