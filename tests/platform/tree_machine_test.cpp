@@ -114,32 +114,13 @@ TEST(TreeMachineTest, mayBeUsedFromSeveralThreads)
     EXPECT_EQ(failures, 0);
 }
 
-TEST(TreeMachineTest, tellsOfItsSystem)
-{
-    const TemporaryTree tree;
-    TreeMachine machine(tree.root());
-    EXPECT_FALSE(machine.systemInfo().computerName());
-    import(machine.registry(),
-        "[HKEY_LOCAL_MACHINE\\SYSTEM\\Select]\n\"Current\"=dword:1\n"
-        "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Control\\ComputerName\\ComputerName]\n"
-        "\"ComputerName\"=\"NORTH\"\n");
-    EXPECT_EQ(*machine.systemInfo().computerName(), u"NORTH");
-    EXPECT_EQ(machine.systemInfo().errorText(5), u"Access is denied.\r\n");
-    EXPECT_EQ(machine.systemInfo().errorText(1060),
-        u"The specified service does not exist as an installed service.\r\n");
-    for (const quint32 number : {0xFFFFFFFF, 193u, 216u})
-        EXPECT_EQ(machine.systemInfo().errorText(number), QString());
-}
-
 TEST(TreeMachineTest, tellsItsVersion)
 {
     const TemporaryTree tree;
     TreeMachine machine(tree.root());
     const SystemInfo& system = machine.systemInfo();
     EXPECT_FALSE(system.version());
-    EXPECT_GT(system.processors().count, 0u);
-    EXPECT_GT(*system.physicalMemory(), 1u << 20);
-    EXPECT_EQ(system.windowsDirectory(), u"C:\\Windows");
+    EXPECT_FALSE(system.computerName());
     const QByteArray current
         = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion]\n\"CurrentVersion\"=";
     const QByteArray control = "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Control\\";
