@@ -111,7 +111,7 @@ TEST(ServiceManagementDialog, TheTimerFollowsTheStateAndAPauseLeavesTheButtons)
             console.note(window);
         }
         EXPECT_TRUE(window.parentWidget()->updatesEnabled());
-        const auto* timer = window.findChild<QTimer*>(Qt::FindDirectChildrenOnly);
+        const auto* timer = window.findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
         EXPECT_TRUE(timer && timer->timerType() == Qt::PreciseTimer);
         Person::press(window, Cancel);
     });
