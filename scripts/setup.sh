@@ -20,6 +20,7 @@ packages=(
 )
 if [ "${1:-}" = windows ]; then
   packages+=(
+    git                     # the time of the commit, for the archive
     g++-mingw-w64-x86-64-posix
     googletest              # its sources: the library is built for Windows with the tests
     dpkg-dev                # unpacks Qt's source package where no Qt for mingw is at hand
@@ -32,6 +33,8 @@ if [ "${1:-}" = windows ]; then
 fi
 if [ "${1:-}" = packages ]; then
   packages+=(
+    git                     # takes the sources of the commit, and its time
+    build-essential         # what debhelper expects on every machine that makes packages
     debhelper dpkg-dev
     lintian appstream desktop-file-utils    # look at what was made
   )

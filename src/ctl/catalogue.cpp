@@ -64,7 +64,7 @@ void declareName(const CommandParser& parser, NameOptions& options)
 int show(Ctl& ctl, const NameOptions& options)
 {
     Instances instances;
-    if (!instances.read(ctl))
+    if (!instances.read(ctl, CatalogueScan::Full))
         return exit_code::Failed;
     const ServiceInfo* const service = instances.find(ctl, options.name);
     if (!service)

@@ -9,7 +9,6 @@
 #include "resources/text_ids.h"
 #include "services/service_engine.h"
 #include "services/service_walk.h"
-#include "shell/service_catalogue.h"
 
 #include <algorithm>
 #include <array>
@@ -61,9 +60,9 @@ template <std::size_t Size> QStringList wordsOf(const std::array<Word, Size>& wo
 
 } // namespace
 
-bool Instances::read(Ctl& ctl)
+bool Instances::read(Ctl& ctl, CatalogueScan scan)
 {
-    if (ScanServices(m_document) == 0)
+    if (ScanServices(m_document, scan) == 0)
         return true;
     failure(ctl, u"The instances can't be listed."_s, openServices().errorNumber());
     return false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/quoril_manager_doc.h"
+#include "shell/service_catalogue.h"
 
 #include <QJsonObject>
 #include <QString>
@@ -16,7 +17,7 @@ class Instances
 {
 public:
     /// Reads them; a catalogue that can't be read is told and counts as a failure.
-    bool read(Ctl& ctl);
+    bool read(Ctl& ctl, CatalogueScan scan = CatalogueScan::WithoutDevices);
 
     std::vector<ServiceInfo>& all() { return m_document.m_services; }
 

@@ -69,7 +69,7 @@ void readServiceValues(const RegistryKey& services, ServiceInfo& service)
         service.DisplayName = *name;
 }
 
-ServiceInfo readService(const InstanceVisit& visit, const InstanceParameters& parameters)
+ServiceInfo readService(const InstanceVisit& visit, const InstanceParameters& parameters, CatalogueScan scan)
 {
     ServiceInfo service;
     service.Name = visit.name;
@@ -83,8 +83,10 @@ ServiceInfo readService(const InstanceVisit& visit, const InstanceParameters& pa
         if (const auto value = ReadParameterValue(*parameters.key, setting.component, setting.parameter))
             service.*setting.field = *value;
     }
-    ScanDevices(*parameters.key, service);
-    FillFixedDevices(*parameters.key, service);
+    if (scan == CatalogueScan::Full) {
+        ScanDevices(*parameters.key, service);
+        FillFixedDevices(*parameters.key, service);
+    }
     readServiceValues(visit.services, service);
     return service;
 }
@@ -103,12 +105,12 @@ QString withoutLastLevel(QString prefix)
 
 } // namespace
 
-int ScanServices(CQuorilManagerDoc& document)
+int ScanServices(CQuorilManagerDoc& document, CatalogueScan scan)
 {
     const Status walked
-        = walkInstances({NameRoomUnits, ValueLimitBytes}, [&document](const InstanceVisit& visit) {
+        = walkInstances({NameRoomUnits, ValueLimitBytes}, [&document, scan](const InstanceVisit& visit) {
               if (const auto parameters = openParameters(visit.key, ValueLimitBytes))
-                  document.AddService(readService(visit, *parameters));
+                  document.AddService(readService(visit, *parameters, scan));
               return Walk::Continue;
           });
     return walked ? 0 : -1;

@@ -104,6 +104,12 @@ protected:
     {
         return runCtlOn(&m_machine, arguments, facts, typed);
     }
+    /// The words of a line; FILE begins a path in the test's folder.
+    QStringList words(const QString& line) const
+    {
+        QStringList words = line.split(u' ', Qt::SkipEmptyParts);
+        return words.replaceInStrings(u"FILE"_s, m_folder.filePath(u"a"_s)).replaceInStrings(u"''"_s, u""_s);
+    }
     /// What the pattern finds in the help.
     QStringList helpNames(const QStringList& of, const QString& pattern)
     {
@@ -146,8 +152,7 @@ TEST_F(CtlTest, JsonHasTheDocumentedFields)
         const QString name
             = line.section(u' ', 0, line.contains(u" --summary"_s) || line.contains(u"--list"_s) ? 1 : 0);
         left.removeOne(name);
-        const CtlRun done
-            = run(QString(line).replace(u"FILE"_s, m_folder.filePath(u"a"_s)).split(u' ') << u"--json"_s);
+        const CtlRun done = run(words(line) << u"--json"_s);
         EXPECT_EQ(done.code, line.startsWith(u"wait"_s) ? 1 : 0) << done.errors.toStdString();
         const QJsonDocument json = done.json();
         const QJsonArray objects = json.isArray() ? json.array() : QJsonArray{json.object()};
@@ -172,59 +177,58 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
     auto& lame = m_machine.fakeServices.service(u"Lame"_s);
     lame.config.startType = start_type::Disabled;
     lame.errors = {{u"start"_s, error::ServiceDisabled}};
-    const QByteArray noFile = "none: " + qt_error_string(ENOENT).toUtf8();
+    const QByteArray noFile = "anone: " + qt_error_string(ENOENT).toUtf8();
+    file(u"atext"_s, "text");
     struct Case
     {
-        QStringList arguments;
+        QString line;
         int code;
         QByteArray told;
     };
     const Case cases[] = {
-        {{}, 2, "subcommand is required"},
-        {{u"nope"_s}, 2, "\"nope\" is no subcommand"},
-        {{u"list"_s, u"--bogus"_s}, 2, "--bogus"},
-        {{u"start"_s}, 2, "start: give at least one NAME"},
-        {{u"wait"_s, u"CERES"_s, u"--for"_s, u"paused"_s}, 2, "paused"},
-        {{u"install"_s, u"X"_s}, 2, "install: give --config FILE --executable FILE"},
-        {{u"list"_s, u"--machine"_s, u""_s}, 2, "--machine: it is empty"},
-        {{u"start"_s, u"CERES"_s, u"--timeout"_s, u"0"_s}, 2, "\"0\" is no time from 1s to 24h"},
-        {{u"metrics"_s, u"--label"_s, u"name=x"_s}, 2, "\"name=x\" is no label"},
-        {{u"metrics"_s, u"-o"_s, u"/none/a"_s}, 1, "\"/none/a\" can't be written: "},
-        {{u"start"_s, u"CERES"_s, u"--no-wait"_s, u"--timeout"_s, u"3"_s}, 2, "excludes"},
-        {{u"set-start-type"_s, u"CERES"_s, u"boot"_s}, 2, "boot"},
-        {{u"logs"_s, u"CERES"_s, u"--from"_s, u"yesterday"_s}, 2, "\"yesterday\" is no time"},
-        {{u"logs"_s, u"CERES"_s, u"--from"_s, u"2026-02-01"_s, u"--to"_s, u"2026-01-01"_s}, 2,
-            "--from 2026-02-01 is after --to 2026-01-01"},
-        {{u"logs"_s, u"CERES"_s, u"--run"_s, u"second"_s}, 2, "\"second\" is no run"},
-        {{u"logs"_s, u"CERES"_s, u"--run"_s, u"-1"_s}, 1, "The log of CERES holds no run -1."},
-        {{u"logs"_s, u"CERES"_s, u"-g"_s, u"a(b"_s}, 2, "\"a(b\" is no pattern: "},
-        {{u"logs"_s, u"CERES"_s, u"-f"_s, u"--list-runs"_s}, 2, "excludes"},
-        {{u"schedule"_s, u"start@+0=CERES"_s, u"CERES"_s}, 2, "\"CERES\" is no order: it begins with"},
-        {{u"schedule"_s, u"stop@24:00=CERES"_s}, 2, "is no order: \"24:00\" is no time"},
-        {{u"schedule"_s, u"stop@18:00"_s}, 2, "is no order: it has no =NAME"},
-        {{u"remove"_s, u"CERES"_s}, 2, "--yes"},
-        {{u"status"_s, u"Nemo"_s}, 1,
+        {u""_s, 2, "subcommand is required"},
+        {u"nope"_s, 2, "\"nope\" is no subcommand"},
+        {u"list --bogus"_s, 2, "--bogus"},
+        {u"start"_s, 2, "start: give at least one NAME"},
+        {u"wait CERES --for paused"_s, 2, "paused"},
+        {u"install X"_s, 2, "install: give --config FILE --executable FILE"},
+        {u"list --machine ''"_s, 2, "--machine: it is empty"},
+        {u"start CERES --timeout 0"_s, 2, "\"0\" is no time from 1s to 24h"},
+        {u"metrics --label name=x"_s, 2, "\"name=x\" is no label"},
+        {u"metrics -o /none/a"_s, 1, "\"/none/a\" can't be written: "},
+        {u"start CERES --no-wait --timeout 3"_s, 2, "excludes"},
+        {u"set-start-type CERES boot"_s, 2, "boot"},
+        {u"logs CERES --from yesterday"_s, 2, "\"yesterday\" is no time"},
+        {u"logs CERES --from 2026-02-01 --to 2026-01-01"_s, 2, "--from 2026-02-01 is after --to 2026-01-01"},
+        {u"logs CERES --run second"_s, 2, "\"second\" is no run"},
+        {u"logs CERES --run -1"_s, 1, "The log of CERES holds no run -1."},
+        {u"logs CERES -g a(b"_s, 2, "\"a(b\" is no pattern: "},
+        {u"logs CERES -f --list-runs"_s, 2, "excludes"},
+        {u"schedule start@+0=CERES CERES"_s, 2, "\"CERES\" is no order: it begins with"},
+        {u"schedule stop@24:00=CERES"_s, 2, "is no order: \"24:00\" is no time"},
+        {u"schedule stop@18:00"_s, 2, "is no order: it has no =NAME"},
+        {u"remove CERES"_s, 2, "--yes"},
+        {u"status Nemo"_s, 1,
             "SERVICE-MANAGER: Failed to connect to service Nemo Reason: No such service. (0x424)\n"
             "No instance \"Nemo\"; see \"quorilctl list\".\n"},
-        {{u"start"_s, u"Iris"_s, u"Nemo"_s}, 1, "No instance \"Nemo\""},
-        {{u"schedule"_s, u"start@+0=Nemo"_s}, 1, "No instance \"Nemo\""},
-        {{u"remove"_s, u"--yes"_s, u"Nemo"_s}, 1, "The service is not installed yet.\nNo instance \"Nemo\""},
-        {{u"remove"_s, u"--yes"_s, u"Runs"_s}, 1, "Runs is running; stop it first"},
-        {{u"remove"_s, u"--yes"_s, u"Locked"_s}, 1, "Locked can't be removed: Access is denied. (0x5)"},
-        {{u"stop"_s, u"Runs"_s}, 1, "These need Runs and run; stop them first: Uses"},
-        {{u"start"_s, u"Broken"_s}, 1, "Broken needs \"Lame\", which is stopped and disabled"},
-        {{u"report"_s, u"CERES"_s, u"-o"_s, u"/none/a"_s}, 1, "\"/none/a\" can't be written: "},
-        {{u"start"_s, u"Locked"_s}, 1,
-            "Failed to start the service \"Locked\" Reason: Access is denied. (0x5)"},
-        {{u"log"_s, m_folder.filePath(u"none"_s)}, 1, noFile},
-        {{u"events"_s, file(u"text"_s, "text")}, 1, "text: no event log"},
-        {{u"log"_s, file(u"text"_s, "text")}, 1, "text\": no log of the emulator"},
+        {u"start Iris Nemo"_s, 1, "No instance \"Nemo\""},
+        {u"schedule start@+0=Nemo"_s, 1, "No instance \"Nemo\""},
+        {u"remove --yes Nemo"_s, 1, "The service is not installed yet.\nNo instance \"Nemo\""},
+        {u"remove --yes Runs"_s, 1, "Runs is running; stop it first"},
+        {u"remove --yes Locked"_s, 1, "Locked can't be removed: Access is denied. (0x5)"},
+        {u"stop Runs"_s, 1, "These need Runs and run; stop them first: Uses"},
+        {u"start Broken"_s, 1, "Broken needs \"Lame\", which is stopped and disabled"},
+        {u"report CERES -o /none/a"_s, 1, "\"/none/a\" can't be written: "},
+        {u"start Locked"_s, 1, "Failed to start the service \"Locked\" Reason: Access is denied. (0x5)"},
+        {u"log FILEnone"_s, 1, noFile},
+        {u"events FILEtext"_s, 1, "atext: no event log"},
+        {u"log FILEtext"_s, 1, "atext\": no log of the emulator"},
     };
     for (const Case& each : cases) {
-        const CtlRun done = run(each.arguments);
-        EXPECT_EQ(done.code, each.code) << qPrintable(each.arguments.join(u' '));
-        EXPECT_TRUE(done.errors.contains(each.told)) << each.told.toStdString() << "\n"
-                                                     << done.errors.toStdString();
+        const CtlRun done = run(words(each.line));
+        EXPECT_EQ(done.code, each.code) << qPrintable(each.line);
+        EXPECT_TRUE(done.errors.contains(each.told)) << each.told.constData() << "\n"
+                                                     << done.errors.constData();
     }
     EXPECT_TRUE(m_machine.calls.takeLog().filter(u"start Iris"_s).isEmpty()) << "nothing is half done";
     // One that can't be asked is told of, and the others stand.
@@ -352,23 +356,22 @@ TEST_F(CtlTest, NothingOfAMachineCommandsTheTerminal)
     const QString name = HostNames ? evil : u"a"_s;
     const QString events = file(name, eventLog({event}));
     const QString log = file(name + u".log"_s, logLine(u":INFO :", u"00000249", evil));
-    const QStringList cases[] = {{u"list"_s}, {u"list"_s, u"--names"_s}, {u"show"_s, evil}, {u"status"_s},
-        {u"start"_s, evil}, {u"stop"_s, evil}, {u"set-start-type"_s, evil, u"auto"_s},
-        {u"logs"_s, evil, u"--from"_s, evil}, {u"logs"_s, evil, u"--from"_s, u"1971-01-01"_s},
-        {u"log"_s, log}, {u"log"_s, u"--summary"_s, log}, {u"events"_s, events},
-        {u"events"_s, u"--summary"_s, events}, {u"events"_s, log}, {u"schedule"_s, u"start@+0="_s + evil},
-        {u"schedule"_s, evil}, {u"report"_s, evil, u"-o"_s, m_folder.filePath(evil)}, {u"metrics"_s},
-        {u"wait"_s, evil, u"--for"_s, u"running"_s, u"--timeout"_s, u"0"_s}, {u"remove"_s, u"--yes"_s, evil},
-        {evil}, {u"show"_s, u"no"_s + evil}, {u"list"_s, u"--"_s + evil}, {u"machine"_s, u"create"_s, log},
-        {u"machine"_s, u"import"_s, evil}, {u"machine"_s, u"export"_s, evil}};
+    const QString lines[] = {u"list"_s, u"list --names"_s, u"show EVIL"_s, u"status"_s, u"start EVIL"_s,
+        u"stop EVIL"_s, u"set-start-type EVIL auto"_s, u"logs EVIL --from EVIL"_s,
+        u"logs EVIL --from 1971-01-01"_s, u"log LOG"_s, u"log --summary LOG"_s, u"events EVENTS"_s,
+        u"events --summary EVENTS"_s, u"events LOG"_s, u"schedule start@+0=EVIL"_s, u"schedule EVIL"_s,
+        u"report EVIL -o FILEEVIL"_s, u"metrics"_s, u"wait EVIL --for running --timeout 0"_s,
+        u"remove --yes EVIL"_s, u"EVIL"_s, u"show noEVIL"_s, u"list --EVIL"_s, u"machine create LOG"_s,
+        u"machine import EVIL"_s, u"machine export EVIL"_s};
     int shown = 0;
-    for (const QStringList& arguments : cases) {
-        for (const QStringList& options : {QStringList(), QStringList(u"--json"_s)}) {
-            const CtlRun done = run(options + arguments, {true, true, true, false});
+    for (QString line : lines) {
+        line.replace(u"LOG"_s, log).replace(u"EVENTS"_s, events).replace(u"EVIL"_s, evil);
+        for (const QString& options : {u""_s, u"--json "_s}) {
+            const CtlRun done = run(words(options + line), {true, true, true, false});
             const QString text = QString::fromUtf8(done.output + done.errors);
             // A line of progress goes back to its beginning.
             EXPECT_EQ(terminalText(text), QString(text).replace(u'\n', u"\\n"_s).replace(u'\r', u"\\r"_s))
-                << qPrintable(arguments.join(u' '));
+                << qPrintable(line);
             shown += text.contains(u"\\u001b]0;x\\u0007\\t\\u009b2J\\u202e\\u2066\\u061c"_s) ? 1 : 0;
         }
     }
