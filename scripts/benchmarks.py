@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Measures the programs beside their peers, all in one run on this machine, and prints the tables.
 
-    scripts/benchmarks.py [--runs N] [--quick] [--write]
+    scripts/benchmarks.py [--runs N] [--quick] [--fragmented] [--write]
 
     --runs N   how often each pair is run (5)
     --quick    small inputs, to try the script itself
+    --fragmented  has the memory in small pieces first, as on a machine that has run for long
     --write    puts the tables in place of those in docs/benchmarks.md
 
 Builds the preset "bench" and installs the peers that are missing (Debian packages). Whole processes are timed in turn,
@@ -138,9 +139,58 @@ def measure_emulator_logs(report, folder, sizes):
         summary = [BIN / "quorilctl", "log", "--summary", log]
         loads[size] = report.pair("load_emulator_log", load, "wc -l", ["wc", "-l", log], what)
         summaries[size] = report.pair("quorilctl log --summary", summary, "wc -l", ["wc", "-l", log], what)
+        report.pair("load_emulator_log --last-run", [*load, "--last-run"], "wc -l", ["wc", "-l", log], what)
+        iconv = ["iconv", "-f", "UTF-16LE", "-t", "UTF-8", log]
+        report.pair("quorilctl log", [BIN / "quorilctl", "log", log], "iconv", iconv, what)
+        report.pair("quorilctl log --json", [BIN / "quorilctl", "log", "--json", log], "iconv", iconv, what)
         report.pair("load_emulator_log", load, "lnav -n", ["lnav", "-n", "-q", "-c", ":filter-in started", narrow], what)
     report.growth("load_emulator_log", loads)
     report.growth("quorilctl log --summary", summaries)
+
+
+def measure_last_run(report, folder, megabytes):
+    """The same run alone in its file, behind a log of years, and behind a sparse file; all on machines of their own."""
+    report.paired_table("Last run of 1 MB")
+    run, years = folder / "run.log", folder / "years.log"
+    subprocess.run([ROOT / "bench/make_emulator_log.py", run, "2"], check=True)
+    content = run.read_bytes()[:1_000_000]
+    subprocess.run([ROOT / "bench/make_emulator_log.py", years, str(megabytes)], check=True)
+    logs = {}
+    for name in ("alone", "years", "sparse"):
+        machine = folder / f"last-{name}"
+        subprocess.run([BIN / "quorilctl", "machine", "create", machine], check=True, stdout=subprocess.DEVNULL)
+        log = machine / "Emulators/Ceres/ceres.log"
+        log.unlink()
+        if name == "years":
+            years.rename(log)
+        with open(log, "ab") as out:
+            if name == "sparse":
+                out.truncate(20 * megabytes * 1_000_000)
+                out.seek(0, os.SEEK_END)
+                out.write("\r\n".encode("utf-16-le"))
+            out.write(content)
+        logs[name] = (log, [BIN / "quorilctl", "--machine", machine, "logs", "CERES"])
+    for name, what in (("years", f"behind {megabytes} MB"), ("sparse", f"behind {20 * megabytes} MB, sparse")):
+        log, command = logs[name]
+        report.pair("quorilctl logs", command, "quorilctl logs of the run alone", logs["alone"][1], what)
+        load = [BIN / "load_emulator_log", "--last-run"]
+        report.pair("load_emulator_log --last-run", [*load, log], "the run alone", [*load, logs["alone"][0]], what)
+    log, command = logs["years"]
+    report.pair("quorilctl logs --list-runs", [*command, "--list-runs"], "wc -l", ["wc", "-l", log], f"{megabytes} MB")
+
+
+def fragment(folder):
+    """Leaves memory in pieces: the page cache is filled and every second 64 kB of it given back."""
+    piece, step = 64 * 1024, 1 << 24
+    available = int(re.search(r"MemAvailable:\s*(\d+)", Path("/proc/meminfo").read_text())[1]) * 1024
+    size = min(available * 9 // 10, os.statvfs(folder).f_bavail * os.statvfs(folder).f_frsize // 2)
+    file = os.open(folder / "filler", os.O_RDWR | os.O_CREAT)
+    for offset in range(0, size, step):
+        os.pwrite(file, bytes(step), offset)
+    os.fsync(file)
+    for offset in range(0, size, 2 * piece):
+        os.posix_fadvise(file, offset, piece, os.POSIX_FADV_DONTNEED)
+    os.close(file)
 
 
 def measure_event_logs(report, folder, counts):
@@ -230,6 +280,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--fragmented", action="store_true")
     parser.add_argument("--write", action="store_true")
     arguments = parser.parse_args()
     prepare()
@@ -238,11 +289,15 @@ def main():
     model = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text())
     load = " ".join(f"{value:.1f}" for value in os.getloadavg())
     report.line(f"{time.strftime('%Y-%m-%d')}, {os.cpu_count()} processors ({model[1] if model else 'unknown'}), load before "
-                f"the run {load}, {arguments.runs} pairs each.")
+                f"the run {load}, {arguments.runs} pairs each"
+                f"{', memory in small pieces' if arguments.fragmented else ''}.")
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
         os.environ["XDG_RUNTIME_DIR"] = name
+        if arguments.fragmented:
+            fragment(folder)
         measure_start(report)
+        measure_last_run(report, folder, 20 if quick else 1000)
         measure_emulator_logs(report, folder, (10, 30) if quick else (100, 300, 1000))
         measure_event_logs(report, folder, (1000, 10000) if quick else (10000, 100000))
         measure_machines(report, folder, (100, 1000) if quick else (1000, 10000))

@@ -72,6 +72,7 @@ public:
         : m_log(log)
         , m_device(device)
         , m_left(range.end - range.begin)
+        , m_blockUnits(quint32(std::clamp<qint64>(m_left / 2, LongestLine + 1, ParsedUnits)))
     {
         m_ended = m_left == 0 || (!device.isSequential() && !device.seek(range.begin));
     }
@@ -81,7 +82,7 @@ public:
 private:
     struct Block
     {
-        char16_t* room();
+        char16_t* room(quint32 size);
 
         LargeBuffer units; ///< made when asked for: a small file needs one block
         std::future<Chunk> chunk; ///< valid while the units are in use
@@ -95,13 +96,14 @@ private:
     QuorilLog& m_log;
     QIODevice& m_device;
     qint64 m_left; ///< bytes
+    quint32 m_blockUnits; ///< a small file needs no large block
     bool m_ended = false;
 };
 
-char16_t* QuorilLog::Reader::Block::room()
+char16_t* QuorilLog::Reader::Block::room(quint32 size)
 {
     if (!units)
-        units = makeLargeBuffer(ParsedUnits * sizeof(char16_t));
+        units = makeLargeBuffer(size * sizeof(char16_t));
     return reinterpret_cast<char16_t*>(units.get());
 }
 
@@ -110,10 +112,10 @@ char16_t* QuorilLog::Reader::Block::room()
 quint32 QuorilLog::Reader::fill(char16_t* units, quint32 size)
 {
     qint64 bytes = qint64(size) * 2;
-    constexpr qint64 Room = qint64(ParsedUnits) * 2;
+    const qint64 room = qint64(m_blockUnits) * 2;
     char* const data = reinterpret_cast<char*>(units);
-    while (bytes < Room && !m_ended) {
-        const qint64 got = m_device.read(data + bytes, std::min(Room - bytes, m_left));
+    while (bytes < room && !m_ended) {
+        const qint64 got = m_device.read(data + bytes, std::min(room - bytes, m_left));
         m_ended = got <= 0 || got == m_left;
         bytes += std::max<qint64>(got, 0);
         m_left -= std::max<qint64>(got, 0);
@@ -128,7 +130,7 @@ void QuorilLog::Reader::run()
     quint32 begun = 0; // units of a line that begins in this block and ends in a later one
     while (!m_ended) {
         Block& block = blocks[current];
-        char16_t* const units = block.room();
+        char16_t* const units = block.room(m_blockUnits);
         const quint32 size = fill(units, begun);
         const quint32 whole = m_ended ? size : quint32(wholeLogLines({units, size}));
         begun = size - whole;
@@ -140,7 +142,7 @@ void QuorilLog::Reader::run()
         current = (current + 1) % BlocksAtOnce;
         finish(blocks[current]);
         if (begun > 0)
-            std::copy_n(units + whole, begun, blocks[current].room());
+            std::copy_n(units + whole, begun, blocks[current].room(m_blockUnits));
     }
     for (std::size_t i = 0; i < BlocksAtOnce; ++i)
         finish(blocks[(current + i) % BlocksAtOnce]);

@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/host/host_file.h"
 #include "platform/machine.h"
 #include "report/attachment_file.h"
 #include "report/hardware_sections.h"
@@ -277,6 +278,9 @@ int appMAPI::CopyTempFile(QIODevice* out, const QString& path)
         ShowError(LoadText(text::TemporaryNotOpened));
         return -1;
     }
+    // What the host doesn't copy is left for the blocks.
+    if (auto* const file = qobject_cast<QFileDevice*>(out))
+        copyWithinHost(in, *file, in.size());
     return copyBlocks(
         in, [out](QByteArrayView block) { return out->write(block.data(), block.size()) == block.size(); });
 }

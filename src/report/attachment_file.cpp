@@ -1,5 +1,8 @@
 #include "report/attachment_file.h"
 
+#include "platform/files.h"
+#include "platform/host/host_file.h"
+
 #include <QFileInfo>
 
 namespace quoril {
@@ -37,6 +40,17 @@ void AttachmentFile::write(QStringView text)
         m_failed = m_failed || !writeUnits(m_file, text);
     else
         m_pending.insert(m_pending.end(), text.utf16(), text.utf16() + text.size());
+}
+
+bool AttachmentFile::writeAll(QIODevice& device)
+{
+    flush();
+    const qint64 bytes = bytesToRead(device);
+    // A program that goes on writing to the file doesn't lengthen what is copied.
+    auto* const file = qobject_cast<QFileDevice*>(&device);
+    const bool isKnown = file && !m_failed && bytes < std::numeric_limits<qint64>::max();
+    const qint64 copied = isKnown ? copyWithinHost(*file, m_file, bytes / 2 * 2) : 0;
+    return (isKnown && copied == bytes / 2 * 2) || ReportStream::writeAll(device);
 }
 
 void AttachmentFile::flush()

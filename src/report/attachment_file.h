@@ -26,6 +26,7 @@ public:
     Status create(const QString& hostPath);
 
     void write(QStringView text) override;
+    bool writeAll(QIODevice& device) override;
 
     /// Writes what is left and closes. 112 or 29 if any part of the text could not be written.
     Status close();

@@ -107,10 +107,7 @@ void writeEmulatorLog(ReportStream& out, const QString& path)
     out.write(u"-------------------- LOG --------------------\r\n");
     bool isRead = false;
     if (const auto file = machine().files().openForReading(path)) {
-        UnitReader reader(**file);
-        for (QStringView piece = reader.next(); !piece.isEmpty(); piece = reader.next())
-            out.write(piece);
-        isRead = !reader.hasFailed();
+        isRead = out.writeAll(**file);
     }
     if (!isRead)
         out.write(u"Can't open QUORIL log file: \""_s + path + u"\"\r\n"_s);

@@ -46,6 +46,11 @@ Status readFromStart(QFile& file, std::span<char> bytes);
 /// Has what was written to the file reach the disk.
 Status flushToDisk(QFile& file);
 
+/// Has the host copy bytes from the place where one file stands to that of another, without passing them
+/// through this program, and moves both places on. How many it copied; fewer, or none, where the host can't.
+/// Neither file may have anything in a buffer.
+qint64 copyWithinHost(QFileDevice& from, QFileDevice& to, qint64 bytes);
+
 /// Removes a file, not a folder.
 Status removeHostFile(const QString& hostPath);
 

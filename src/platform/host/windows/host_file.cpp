@@ -130,6 +130,11 @@ Status flushToDisk(QFile& file)
     return file.flush() && ::FlushFileBuffers(handleOf(file)) ? Status() : Status(lastHostError({}));
 }
 
+qint64 copyWithinHost(QFileDevice&, QFileDevice&, qint64)
+{
+    return 0;
+}
+
 Status removeHostFile(const QString& hostPath)
 {
     return ::DeleteFileW(HostPath(hostPath).text()) ? Status() : Status(lastHostError(hostPath));
