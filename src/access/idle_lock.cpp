@@ -2,6 +2,7 @@
 
 #include "platform/machine.h"
 #include "platform/session.h"
+#include "platform/system_info.h"
 #include "resources/text_ids.h"
 
 #include <utility>
@@ -67,7 +68,10 @@ void IdleLock::kill(quint32& timer)
 
 void LockWorkstationIfSupported()
 {
-    static_cast<void>(machine().session().lockWorkstation());
+    constexpr quint32 FirstMajor = 5; // older systems lock nothing
+    const auto version = machine().systemInfo().version();
+    if (version && version->platformId == SystemVersion::PlatformNt && version->major >= FirstMajor)
+        static_cast<void>(machine().session().lockWorkstation());
 }
 
 } // namespace quoril

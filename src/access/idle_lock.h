@@ -61,7 +61,8 @@ private:
     quint32 m_lock_timer = 0;
 };
 
-/// Locks the workstation where the session can do that. Nobody is told where it can't.
+/// Locks the workstation of an NT system from version 5 on, where the session can do that. Nobody is told
+/// where it can't, or where the version isn't known.
 void LockWorkstationIfSupported();
 
 } // namespace quoril

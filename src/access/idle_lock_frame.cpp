@@ -12,6 +12,10 @@ namespace quoril {
 
 namespace {
 
+/// While the main thread is held, timers expire and input waits. The event loop may take either of them
+/// first, so an expired lock timer leaves the input this time, which is too short to be noticed.
+constexpr int GraceMilliseconds = 50;
+
 /// The platform has messages of their own for F10 and for keys that are held with Alt alone.
 bool isSystemKey(const QKeyEvent& event)
 {
@@ -35,19 +39,30 @@ IdleLockFrame::IdleLockFrame(
     QWidget& frame, std::function<quint32()> lockTimeout, std::function<void()> lockNow)
     : m_frame(frame)
     , m_lock({[this](quint32 id, quint32 milliseconds) { return SetTimer(id, milliseconds); },
-          [this](quint32 id) { timer(id).stop(); }, std::move(lockTimeout), std::move(lockNow)})
+          [this](quint32 id) { KillTimer(id); }, std::move(lockTimeout), std::move(lockNow)})
 {
-    for (const quint32 id : {IdleLock::IdleTimerId, IdleLock::LockTimerId}) {
+    for (const quint32 id : {IdleLock::IdleTimerId, IdleLock::LockTimerId})
         timer(id).setTimerType(Qt::PreciseTimer);
-        timer(id).callOnTimeout(this, [this, id] { m_lock.OnTimer(id); });
-    }
+    timer(IdleLock::IdleTimerId).callOnTimeout(this, [this] { m_lock.OnTimer(IdleLock::IdleTimerId); });
+    timer(IdleLock::LockTimerId).callOnTimeout(this, [this] { m_grace.start(); });
+    m_grace.setSingleShot(true);
+    m_grace.setInterval(GraceMilliseconds);
+    m_grace.callOnTimeout(this, [this] { m_lock.OnTimer(IdleLock::LockTimerId); });
     qApp->installEventFilter(this);
+    m_watch = watchThreadInput([this] { m_lock.OnActivity(); });
 }
 
 quint32 IdleLockFrame::SetTimer(quint32 id, quint32 milliseconds)
 {
     timer(id).start(machine().clock().timerInterval(milliseconds));
     return id;
+}
+
+void IdleLockFrame::KillTimer(quint32 id)
+{
+    timer(id).stop();
+    if (id == IdleLock::LockTimerId)
+        m_grace.stop();
 }
 
 bool IdleLockFrame::eventFilter(QObject* receiver, QEvent* event)

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "access/idle_lock.h"
+#include "platform/input_watch.h"
 
 #include <QObject>
 #include <QTimer>
 
 #include <array>
+#include <memory>
 
 class QKeyEvent;
 class QWidget;
@@ -32,12 +34,15 @@ protected:
 
 private:
     quint32 SetTimer(quint32 id, quint32 milliseconds);
+    void KillTimer(quint32 id);
     QTimer& timer(quint32 id) { return m_timers[id - 1]; }
     void dispatchEscape(QObject* receiver, const QKeyEvent& event);
 
     QWidget& m_frame;
     IdleLock m_lock;
     std::array<QTimer, 2> m_timers; ///< by id, from 1 on
+    std::unique_ptr<InputWatch> m_watch; ///< of the dialogs that are the system's own
+    QTimer m_grace; ///< runs from the lock timer's firing to the lock
 };
 
 } // namespace quoril

@@ -121,7 +121,8 @@ int schedule(Ctl& ctl, const ScheduleOptions& options)
             return exit_code::Failed;
         table.add({*service, order.time, order.action});
     }
-    table.StartScheduleWorker();
+    if (const Status started = table.StartScheduleWorker(); !started)
+        return failure(ctl, u"The orders can't be carried out."_s, started.errorNumber());
     int code = exit_code::Done;
     std::optional<JsonArray> array;
     if (ctl.json)

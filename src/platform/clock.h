@@ -2,6 +2,10 @@
 
 #include <QtGlobal>
 
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+
 namespace quoril {
 
 /// The machine's time. Everything that waits or looks at the time asks here, so that a test can put its own
@@ -19,6 +23,12 @@ public:
 
     /// Holds the calling thread.
     virtual void sleep(quint32 milliseconds) = 0;
+
+    /// Holds the calling thread for so long, or until `ended` holds, which another thread says by `wake`. The
+    /// lock is held when `ended` is asked and afterwards, and given up meanwhile.
+    virtual void wait(quint32 milliseconds, std::unique_lock<std::mutex>& lock, std::condition_variable& wake,
+        const std::function<bool()>& ended)
+        = 0;
 
     /// The interval, in milliseconds of the event loop, that a window timer of this period is set to.
     virtual int timerInterval(quint32 milliseconds) const = 0;

@@ -67,14 +67,15 @@ public:
     virtual std::unique_ptr<MessageSubscription> subscribe(QStringView message, std::function<void()> handler)
         = 0;
 
-    /// Sends the registered message to every program of this user that subscribed, this one included (whose
-    /// handlers run before the call returns).
+    /// Sends the registered message to every program of this user that subscribed on the same machine, this
+    /// one included (whose handlers run before the call returns).
     virtual void broadcast(QStringView message, HungWindows hung) = 0;
 
     /// The keyboard's lock keys; all off where they can't be read.
     virtual LockKeys lockKeys() const = 0;
 
-    /// Locks the workstation at once; 120 where there is nothing that could.
+    /// Has the workstation locked at once, and waits for nobody: whether it came to pass isn't known here. 8
+    /// or 120 where nothing could be asked.
     virtual Status lockWorkstation() = 0;
 };
 

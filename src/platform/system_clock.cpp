@@ -26,6 +26,12 @@ void SystemClock::sleep(quint32 milliseconds)
     QThread::msleep(milliseconds);
 }
 
+void SystemClock::wait(quint32 milliseconds, std::unique_lock<std::mutex>& lock,
+    std::condition_variable& wake, const std::function<bool()>& ended)
+{
+    wake.wait_for(lock, std::chrono::milliseconds(milliseconds), ended);
+}
+
 int SystemClock::timerInterval(quint32 milliseconds) const
 {
     // A window timer takes any period of 32 bits and none below 10 ms; the event loop takes an int.

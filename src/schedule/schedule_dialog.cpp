@@ -42,17 +42,6 @@ QString dateFormat(const QLocale& locale)
     return format;
 }
 
-/// The locale's short time with its seconds.
-QString timeFormat(const QLocale& locale)
-{
-    QString format = locale.timeFormat(QLocale::ShortFormat);
-    const qsizetype minutes = format.indexOf(u"mm"_s);
-    if (minutes < 1 || format.contains(u"ss"_s))
-        return u"HH:mm:ss"_s;
-    format.insert(minutes + 2, format[minutes - 1] + u"ss"_s);
-    return format;
-}
-
 } // namespace
 
 ScheduleDialog::ScheduleDialog(
@@ -88,7 +77,7 @@ void ScheduleDialog::makePickers()
     m_date->setCalendarPopup(true);
     m_date->setDisplayFormat(dateFormat(locale()));
     m_time->setObjectName(QString::number(ids::Time));
-    m_time->setDisplayFormat(timeFormat(locale()));
+    m_time->setDisplayFormat(WithSeconds(locale().timeFormat(QLocale::ShortFormat)));
     m_time->setWrapping(true);
 }
 
@@ -167,10 +156,12 @@ void ScheduleDialog::OnInitDialog()
     (m_focus == FirstFocus::SetStop ? static_cast<QWidget*>(m_setStop) : m_date)->setFocus();
 }
 
-void ScheduleDialog::takePickers()
+bool ScheduleDialog::takePickers()
 {
     m_date_value = m_date->date();
-    m_time_value = AtTimeOfDay(m_time_value, m_time->time());
+    const std::optional<qint64> time = AtTimeOfDay(m_time_value, m_time->time());
+    m_time_value = time.value_or(m_time_value);
+    return time.has_value();
 }
 
 void ScheduleDialog::showPickers()
@@ -229,7 +220,8 @@ void ScheduleDialog::OnSetStop()
 
 void ScheduleDialog::addOrder()
 {
-    takePickers();
+    if (!takePickers())
+        return;
     const std::optional<qint64> moment = ScheduleMoment(m_time_value, m_date_value);
     if (!moment)
         return;
@@ -247,7 +239,7 @@ void ScheduleDialog::addOrder()
 
 void ScheduleDialog::OnRemove()
 {
-    takePickers();
+    static_cast<void>(takePickers());
     std::vector<OrderId> chosen;
     for (const QModelIndex& row : m_list->selectionModel()->selectedRows())
         chosen.push_back(m_model->idOf(row.row()));

@@ -45,7 +45,8 @@ private:
     void makePickers();
     void makeList();
     void buildLayout();
-    void takePickers();
+    /// False if the time of day is none of its day; the time then stays.
+    [[nodiscard]] bool takePickers();
     void showPickers();
     void buildList();
     void fitColumns();

@@ -4,7 +4,6 @@
 #include "platform/machine.h"
 
 #include <algorithm>
-#include <chrono>
 #include <system_error>
 
 namespace quoril {
@@ -58,16 +57,17 @@ std::vector<ScheduledOrder> ScheduleTable::orders() const
     return shown;
 }
 
-void ScheduleTable::StartScheduleWorker()
+Status ScheduleTable::StartScheduleWorker()
 {
-    if (m_workerStarted)
-        return;
-    m_workerStarted = true;
+    if (WorkerHandle)
+        return *WorkerHandle;
+    WorkerHandle = Status();
     try {
         m_worker = std::thread(&ScheduleTable::ScheduleWorker, this);
     } catch (const std::system_error&) {
-        // The system has no thread left. There is no further attempt and nobody to tell.
+        WorkerHandle = Error{error::NotEnoughMemory, {}}; // the system has no thread left
     }
+    return *WorkerHandle;
 }
 
 void ScheduleTable::EndWorker()
@@ -85,9 +85,8 @@ void ScheduleTable::ScheduleWorker()
     while (WorkerRun) {
         lock.unlock();
         RunPass();
-        const std::chrono::milliseconds pause(machine().clock().timerInterval(PauseMilliseconds));
         lock.lock();
-        m_wake.wait_for(lock, pause, [this] { return !WorkerRun; });
+        machine().clock().wait(PauseMilliseconds, lock, m_wake, [this] { return !WorkerRun; });
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "formats/error.h"
 #include "shell/service_info.h"
 
 #include <condition_variable>
@@ -79,8 +80,8 @@ public:
     std::vector<ScheduledOrder> orders() const;
 
     /// Starts the worker, which needs the machine in force until its end. It is started at most once in the
-    /// life of the table: later calls do nothing, also when the system refused the thread.
-    void StartScheduleWorker();
+    /// life of the table: later calls give what the first one gave. 8 if the system has no thread left.
+    Status StartScheduleWorker();
 
     /// Lets the worker end: at once from its pause, else after the pass that is under way. Doesn't wait.
     void EndWorker();
@@ -120,7 +121,7 @@ private:
     bool WorkerRun = true;
 
     OutcomeObserver m_observer; ///< not changed once the worker runs
-    bool m_workerStarted = false; ///< the calling thread's alone, like the thread
+    std::optional<Status> WorkerHandle; ///< how the start went; the calling thread's alone, like the thread
     std::thread m_worker;
 };
 

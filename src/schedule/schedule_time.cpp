@@ -48,7 +48,7 @@ QTime LocalTimeOfDay(qint64 moment)
     return parts ? QTime(parts->tm_hour, parts->tm_min, parts->tm_sec) : QTime();
 }
 
-qint64 AtTimeOfDay(qint64 moment, QTime timeOfDay)
+std::optional<qint64> AtTimeOfDay(qint64 moment, QTime timeOfDay)
 {
     auto parts = localParts(moment);
     // Made anew, a moment of the hour that comes twice in autumn could become the other of the two.
@@ -56,7 +56,18 @@ qint64 AtTimeOfDay(qint64 moment, QTime timeOfDay)
         return moment;
     setTimeOfDay(*parts, timeOfDay);
     parts->tm_isdst = -1;
-    return std::mktime(&*parts);
+    const qint64 made = std::mktime(&*parts);
+    return made < 0 ? std::nullopt : std::optional(made);
+}
+
+QString WithSeconds(QString shortTimeFormat)
+{
+    const qsizetype minutes = shortTimeFormat.indexOf(u"mm");
+    if (shortTimeFormat.contains(u's'))
+        return shortTimeFormat;
+    if (minutes < 1)
+        return QStringLiteral("HH:mm:ss");
+    return shortTimeFormat.insert(minutes + 2, shortTimeFormat[minutes - 1] + QStringLiteral("ss"));
 }
 
 std::optional<qint64> ScheduleMoment(qint64 time, QDate date)

@@ -18,7 +18,11 @@ QDate LocalDate(qint64 moment);
 QTime LocalTimeOfDay(qint64 moment);
 
 /// The moment on the same local day at another time of day; the moment itself if it has that time already.
-qint64 AtTimeOfDay(qint64 moment, QTime timeOfDay);
+/// None before 1970, or where the platform can't convert it.
+std::optional<qint64> AtTimeOfDay(qint64 moment, QTime timeOfDay);
+
+/// A locale's format of a short time ("h:mm AP") with its seconds.
+QString WithSeconds(QString shortTimeFormat);
 
 /// The moment that an order is for: the time of day and the daylight-saving flag are those of one moment, the
 /// day is the date. So an order that is made in summer for a day in winter fires an hour earlier by the

@@ -17,6 +17,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <thread>
+
 // The ways in of the window system that the toolkit keeps for its own tests: the events come as real input.
 Q_GUI_EXPORT void qt_handleKeyEvent(QWindow* window, QEvent::Type type, int key, Qt::KeyboardModifiers held,
     const QString& text, bool repeated, ushort count);
@@ -36,21 +39,36 @@ void key(QWidget& window, int code, Qt::KeyboardModifiers held = Qt::NoModifier)
         qt_handleKeyEvent(window.windowHandle(), type, code, held, {}, false, 1);
 }
 
-void mouseMove(QWidget& window)
+/// Moves the mouse to a place near the window's corner, another one each time.
+QPointF mouseMove(QWidget& window)
 {
     static int moved = 0;
     const QPointF place(3 + ++moved % 5, 3);
     qt_handleMouseEvent(window.windowHandle(), place, window.mapToGlobal(place), Qt::NoButton, Qt::NoButton,
         QEvent::MouseMove, Qt::NoModifier, 0);
+    return place;
 }
 
-void click(QWidget& window, const QPoint& place)
+void click(QWidget& window, const QPointF& place, Qt::MouseButton button = Qt::LeftButton)
 {
     for (const auto type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
         qt_handleMouseEvent(window.windowHandle(), place, window.mapToGlobal(place),
-            type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton, type,
-            Qt::NoModifier, 0);
+            type == QEvent::MouseButtonPress ? button : Qt::NoButton, button, type, Qt::NoModifier, 0);
     QCoreApplication::processEvents();
+}
+
+void wheel(QWidget& window)
+{
+    // The toolkit has no way in for it, but takes what says of itself that it is real.
+    struct Turn : QWheelEvent
+    {
+        explicit Turn(const QPointF& place)
+            : QWheelEvent(place, place, {}, {0, 120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false)
+        {
+            m_spont = true;
+        }
+    } turn({3, 3});
+    QCoreApplication::sendEvent(window.windowHandle(), &turn);
 }
 
 class IdleLockFrameTest : public testing::Test
@@ -62,6 +80,7 @@ protected:
 
     void SetUp() override
     {
+        m_machine.fakeSystemInfo.systemVersion.major = 6;
         m_machine.addInstance(u"Alpha"_s);
         m_machine.addInstance(u"Beta"_s);
         m_machine.fakeClock.timerScale = 1e3; // nothing fires by itself
@@ -96,8 +115,13 @@ protected:
     void checkInput(QWidget& window)
     {
         EXPECT_TRUE(isActivity([&] { key(window, Qt::Key_Shift); }));
-        EXPECT_TRUE(isActivity([&] { mouseMove(window); }));
-        EXPECT_FALSE(isActivity([&] { key(window, Qt::Key_Z, Qt::AltModifier); }));
+        QPointF place;
+        EXPECT_TRUE(isActivity([&] { place = mouseMove(window); }));
+        EXPECT_FALSE(isActivity([&] { click(window, place, Qt::MiddleButton); })) << "button";
+        EXPECT_FALSE(isActivity([&] { wheel(window); })) << "wheel";
+        for (const auto& [code, held] : {std::pair(Qt::Key_Z, Qt::AltModifier), {Qt::Key_F10, Qt::NoModifier},
+                 {Qt::Key_Alt, Qt::NoModifier}, {Qt::Key_Alt, Qt::NoModifier}})
+            EXPECT_FALSE(isActivity([&, code = code, held = held] { key(window, code, held); })) << code;
         EXPECT_FALSE(isActivity([&] {
             QKeyEvent made(QEvent::KeyPress, Qt::Key_Shift, Qt::NoModifier);
             QApplication::sendEvent(&window, &made);
@@ -113,9 +137,12 @@ protected:
             EXPECT_EQ(list->currentIndex(), shown);
             EXPECT_EQ(list->itemText(8), u"2  hours");
             list->setCurrentIndex(choice);
+            m_machine.fakeClock.timers.clear();
             Person::press(window, button);
         });
         frame().commands().action(command::Security)->trigger();
+        settle();
+        EXPECT_EQ(m_machine.fakeClock.timers.empty(), button == 2) << "a new choice starts a new count";
     }
 };
 
@@ -197,7 +224,25 @@ TEST_F(IdleLockFrameTest, LocksBehindADialogAndOrdersFireInReadOnlyMode)
     m_machine.fakeClock.advance(120'000);
     EXPECT_TRUE(Person::waitFor([&] { return frame().SchedTable.orders().empty(); }));
     EXPECT_TRUE(frame().close());
+    frame().SchedTable.add({tree().GetSelectedService(), 0, schedule_action::Stop});
+    QTimer::singleShot(300, qApp, [] { QCoreApplication::exit(); });
+    QCoreApplication::exec();
+    EXPECT_EQ(frame().SchedTable.orders().size(), 1U) << "the worker goes on";
     EXPECT_EQ(m_machine.calls.takeLog().count(u"control Beta 1"_s), 2);
+}
+
+TEST_F(IdleLockFrameTest, InputThatWaitsCountsBeforeTheLockTimerThatExpired)
+{
+    m_machine.fakeClock.timerScale = 0.05; // the chosen time is half a second
+    frame().document().m_lock_timeout = 10'000;
+    m_machine.fakeClock.timers.clear();
+    frame().KillIdleTimers();
+    ASSERT_TRUE(Person::waitFor([&] { return m_machine.fakeClock.timers.size() == 2; }));
+    frame().document().m_lock_timeout = 0; // no other lock after this one
+    mouseMove(frame());
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    settle();
+    EXPECT_FALSE(frame().m_read_only);
 }
 
 } // namespace quoril::test

@@ -46,6 +46,7 @@ struct Window : FakeMachine
 TEST(IdleLock, LocksASecondAfterTheChosenTimeAndAgainUntilThereIsActivity)
 {
     Window window;
+    window.fakeSystemInfo.systemVersion.major = 5;
     EXPECT_EQ(window.pass(5'000), "active");
     window.lock.ArmIdleTimer();
     EXPECT_EQ(window.pass(500), "idle");
@@ -74,6 +75,15 @@ TEST(IdleLock, LocksASecondAfterTheChosenTimeAndAgainUntilThereIsActivity)
     window.lock.KillIdleTimers();
     window.lock.ArmIdleTimer();
     EXPECT_EQ(window.pass(20'000), "active");
+
+    const std::tuple<quint32, quint32, bool> versions[]
+        = {{2, 4, false}, {1, 5, false}, {2, 6, true}, {0, 0, false}}; // the last one can't be asked for
+    for (const auto& [platform, major, locks] : versions) {
+        window.fakeSystemInfo.systemVersion = {.platformId = platform, .major = major};
+        window.calls.failAt(major == 0 ? 1 : 0);
+        LockWorkstationIfSupported();
+        EXPECT_EQ(window.calls.takeLog().contains(u"lock workstation"_s), locks) << platform << '.' << major;
+    }
 }
 
 } // namespace quoril::test

@@ -122,10 +122,28 @@ TEST_F(BroadcastTest, trustsNoFolderOfOthers)
     EXPECT_TRUE(sockets().isEmpty());
 }
 
+TEST(PosixSessionTest, keepsAMessageAmongTheProgramsOfItsTree)
+{
+    const QTemporaryDir runtime;
+    qputenv("XDG_RUNTIME_DIR", runtime.path().toLocal8Bit());
+    int argc = 0;
+    QCoreApplication application(argc, nullptr);
+    PosixSession one(u"/one"_s);
+    int heard = 0;
+    const auto subscription = one.subscribe(u"m", [&] { heard += 1; });
+    PosixSession(u"/other"_s).broadcast(u"m");
+    PosixSession(u"/one"_s).broadcast(u"m"); // comes behind the other
+    for (int i = 0; i < 2000 && heard == 0; ++i)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(heard, 1);
+    qunsetenv("XDG_RUNTIME_DIR");
+}
+
 TEST(PosixSessionTest, findsNoWindowWithoutADisplay)
 {
     qputenv("DISPLAY", "");
-    PosixSession session;
+    PosixSession session({});
     EXPECT_FALSE(session.findWindow(u"Performance Monitor"));
     qputenv("DISPLAY", ":65000");
     EXPECT_FALSE(session.findWindow(u"Performance Monitor"));

@@ -1,18 +1,21 @@
-#include "platform/host/posix/posix_session.h"
+#include "platform/host/posix/workstation_lock.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
 #include <QDBusVirtualObject>
+#include <QMap>
 #include <QProcess>
 #include <QStandardPaths>
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace quoril::test {
 
@@ -20,23 +23,28 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Answers the one call, and an error to all others; each that it takes is a byte in the pipe.
+/// The calls that a program takes, each with its answer; invalid for one without arguments.
+using Answers = QMap<QString, QVariant>;
+
+/// Answers those calls, and an error to all others.
 class Answerer : public QDBusVirtualObject
 {
 public:
-    Answerer(QString call, int taken) : m_call(std::move(call)), m_taken(taken) { }
+    explicit Answerer(Answers answers) : m_answers(std::move(answers)) { }
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override
     {
         QString call = message.path() + u' ' + message.interface() + u'.' + message.member();
         if (!message.arguments().isEmpty())
             call += u' ' + message.arguments().first().toString();
-        return call == m_call && ::write(m_taken, "", 1) == 1 && bus.send(message.createReply());
+        const auto answer = m_answers.constFind(call);
+        if (answer == m_answers.cend())
+            return false;
+        return bus.send(answer->isValid() ? message.createReply(*answer) : message.createReply());
     }
 
 private:
-    QString m_call;
-    int m_taken;
+    Answers m_answers;
 };
 
 class WorkstationLockTest : public testing::Test
@@ -52,17 +60,21 @@ protected:
     }
     void TearDown() override
     {
-        for (const pid_t pid : m_services) {
-            ::kill(pid, SIGKILL);
-            ::waitpid(pid, nullptr, 0);
-        }
-        ::close(m_calls);
+        endServices();
         m_daemon.kill();
         m_daemon.waitForFinished();
     }
 
-    /// A program on the bus that owns the name and takes that one call.
-    void serve(const QString& name, const QString& call)
+    void endServices()
+    {
+        for (const pid_t pid : std::exchange(m_services, {})) {
+            ::kill(pid, SIGKILL);
+            ::waitpid(pid, nullptr, 0);
+        }
+    }
+
+    /// A program on the bus that owns the name and takes those calls.
+    void serve(const QString& name, const Answers& answers)
     {
         int ready[2] = {};
         ASSERT_EQ(::pipe(ready), 0);
@@ -72,7 +84,7 @@ protected:
             int argc = 0;
             QCoreApplication application(argc, nullptr);
             QDBusConnection bus = QDBusConnection::connectToBus(QString::fromUtf8(m_address), u"fake"_s);
-            Answerer answerer(call, ready[1]);
+            Answerer answerer(answers);
             const bool serves = bus.registerVirtualObject(u"/"_s, &answerer, QDBusConnection::SubPath)
                 && bus.registerService(name);
             if (serves && ::write(ready[1], "", 1) == 1)
@@ -83,14 +95,7 @@ protected:
         ::close(ready[1]);
         char byte = 0;
         EXPECT_EQ(::read(ready[0], &byte, 1), 1);
-        m_calls = ready[0];
-    }
-    /// How many calls the program has taken.
-    int taken() const
-    {
-        int bytes = 0;
-        ::ioctl(m_calls, FIONREAD, &bytes);
-        return bytes;
+        ::close(ready[0]);
     }
 
     /// The error number of a lock by a program of its own: connections are kept for a process's whole life.
@@ -103,7 +108,7 @@ protected:
             qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_address);
             qputenv("DBUS_SESSION_BUS_ADDRESS", m_address);
             qputenv("XDG_SESSION_ID", session);
-            ::_exit(static_cast<int>(PosixSession().lockWorkstation().errorNumber()));
+            ::_exit(static_cast<int>(lockWorkstationOverBus().errorNumber()));
         }
         int status = 0;
         ::waitpid(pid, &status, 0);
@@ -113,32 +118,48 @@ protected:
     QProcess m_daemon;
     QByteArray m_address;
     std::vector<pid_t> m_services;
-    int m_calls = -1;
 };
 
-TEST_F(WorkstationLockTest, asksWhoeverAnswers)
+TEST_F(WorkstationLockTest, believesWhoeverSaysThatTheScreenIsLocked)
 {
-    EXPECT_EQ(lock(), 120);
-    serve(u"org.freedesktop.ScreenSaver"_s, u"/ScreenSaver org.freedesktop.ScreenSaver.Lock"_s);
-    EXPECT_EQ(lock(), 0);
-}
-
-TEST_F(WorkstationLockTest, asksTheLoginManagerForTheSession)
-{
-    serve(u"org.freedesktop.login1"_s,
-        u"/org/freedesktop/login1 org.freedesktop.login1.Manager.LockSession c2"_s);
-    EXPECT_EQ(lock("c2"), 0);
-    EXPECT_EQ(taken(), 1);
-    EXPECT_EQ(lock("c3"), 120);
-    EXPECT_EQ(lock(), 120);
-}
-
-TEST_F(WorkstationLockTest, asksTheLoginManagerForItsOwnSessionWithoutANumber)
-{
-    serve(u"org.freedesktop.login1"_s,
-        u"/org/freedesktop/login1/session/auto org.freedesktop.login1.Session.Lock"_s);
-    EXPECT_EQ(lock(), 0);
-    EXPECT_EQ(taken(), 1);
+    const QString saver = u"org.freedesktop.ScreenSaver"_s;
+    const QString login = u"org.freedesktop.login1"_s;
+    const auto hint = [](const QString& session, bool locked) {
+        return Answers{{session + u" org.freedesktop.login1.Session.Lock"_s, {}},
+            {session + u" org.freedesktop.DBus.Properties.Get org.freedesktop.login1.Session"_s,
+                QVariant::fromValue(QDBusVariant(locked))}};
+    };
+    const QString automatic = u"/org/freedesktop/login1/session/auto"_s;
+    Answers second = hint(u"/s/c2"_s, true);
+    second.insert(u"/org/freedesktop/login1 org.freedesktop.login1.Manager.GetSession c2"_s,
+        QVariant::fromValue(QDBusObjectPath(u"/s/c2"_s)));
+    const Answers screen{{u"/ScreenSaver org.freedesktop.ScreenSaver.Lock"_s, {}},
+        {u"/ScreenSaver org.freedesktop.ScreenSaver.GetActive"_s, true}};
+    const Answers deaf{{u"/ScreenSaver org.freedesktop.ScreenSaver.Lock"_s, {}}};
+    const struct
+    {
+        const char* what;
+        const char* session;
+        Answers login, saver;
+        int result;
+    } cases[] = {
+        {"nobody", "", {}, {}, 120},
+        {"screen saver", "", {}, screen, 0},
+        {"screen saver that doesn't say so", "", {}, deaf, 120},
+        {"session by its number", "c2", second, {}, 0},
+        {"session that is not there", "c3", second, {}, 120},
+        {"session of its own", "", hint(automatic, true), {}, 0},
+        {"nobody heeds the login manager", "", hint(automatic, false), {}, 120},
+        {"but the screen saver does", "", hint(automatic, false), screen, 0},
+    };
+    for (const auto& [what, session, loginAnswers, saverAnswers, result] : cases) {
+        if (!loginAnswers.isEmpty())
+            serve(login, loginAnswers);
+        if (!saverAnswers.isEmpty())
+            serve(saver, saverAnswers);
+        EXPECT_EQ(lock(session), result) << what;
+        endServices();
+    }
 }
 
 } // namespace

@@ -121,7 +121,7 @@ TEST(ScheduleTable, RemovesByIdentityAndKeepsNobodyWaitingForTheServiceManager)
 TEST(ScheduleTable, EndsPromptlyFromItsPauseAndWaitsForAPass)
 {
     Schedule schedule;
-    schedule.asked.timerScale = 60; // a pause of a minute
+    schedule.asked.waitScale = 60; // a pause of a minute
     std::promise<void> inCall;
     int asked = 0;
     schedule.asked.onAsked = [&] {
@@ -134,15 +134,15 @@ TEST(ScheduleTable, EndsPromptlyFromItsPauseAndWaitsForAPass)
         ScheduleTable worked;
         for (int i = 0; i < 2; ++i)
             worked.add({schedule.service(u"A"_s), 0, Start});
-        worked.StartScheduleWorker();
-        worked.StartScheduleWorker();
+        EXPECT_TRUE(worked.StartScheduleWorker());
+        EXPECT_TRUE(worked.StartScheduleWorker());
         inCall.get_future().wait();
         worked.EndWorker();
     }
     EXPECT_EQ(schedule.fired().size(), 2);
     {
         ScheduleTable paused;
-        paused.StartScheduleWorker();
+        EXPECT_TRUE(paused.StartScheduleWorker());
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
@@ -153,14 +153,14 @@ TEST(ScheduleTable, LosesRepeatsAndMistakesNoOrderWhileADialogWorksOnIt)
     constexpr int Orders = 15'000;
     constexpr std::size_t MostRemoved = 2'000; // the worker keeps the greater part, however slow it is
     Schedule schedule;
-    schedule.asked.timerScale = 0.001;
+    schedule.asked.waitScale = 0.001;
     for (int i = 0; i < Orders; ++i)
         schedule.fakeServices.service(QString::number(i));
     std::multiset<QString> fates;
     const auto isDue = [](const ScheduledOrder& order) { return order.time == 0; };
     {
         ScheduleTable worked;
-        worked.StartScheduleWorker();
+        EXPECT_TRUE(worked.StartScheduleWorker());
         std::mt19937 random(7);
         for (int i = 0; i < Orders; ++i) {
             worked.add({schedule.service(QString::number(i)), random() % 6 ? 0 : 9'000'000'000, Start});

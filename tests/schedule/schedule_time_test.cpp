@@ -33,8 +33,15 @@ TEST(ScheduleTime, MakesMomentsAndWritesThemByTheLocalRules)
     // Half past one comes twice on this night: the moment keeps which of them it is.
     for (const qint64 moment : {1'730'611'800, 1'730'615'400}) {
         EXPECT_EQ(LocalTimeOfDay(moment), QTime(1, 30));
-        EXPECT_EQ(ScheduleMoment(AtTimeOfDay(moment, {1, 30}), {2024, 11, 3}), moment);
+        EXPECT_EQ(ScheduleMoment(*AtTimeOfDay(moment, {1, 30}), {2024, 11, 3}), moment);
     }
+    EXPECT_EQ(AtTimeOfDay(3600, {18, 59, 59}), std::nullopt); // the second before 1970
+    const std::pair<QString, QString> formats[] = {{QStringLiteral("h:mm AP"), QStringLiteral("h:mm:ss AP")},
+        {QStringLiteral("HH.mm"), QStringLiteral("HH.mm.ss")},
+        {QStringLiteral("h:mm:ss AP"), QStringLiteral("h:mm:ss AP")},
+        {QStringLiteral("mm"), QStringLiteral("HH:mm:ss")}};
+    for (const auto& [shortFormat, format] : formats)
+        EXPECT_EQ(WithSeconds(shortFormat), format);
 }
 
 } // namespace quoril::test

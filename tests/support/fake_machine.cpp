@@ -161,6 +161,12 @@ void FakeClock::sleep(quint32 milliseconds)
     advance(milliseconds);
 }
 
+void FakeClock::wait(quint32 milliseconds, std::unique_lock<std::mutex>& lock, std::condition_variable& wake,
+    const std::function<bool()>& ended)
+{
+    wake.wait_for(lock, std::chrono::duration<double, std::milli>(milliseconds * waitScale), ended);
+}
+
 int FakeClock::timerInterval(quint32 milliseconds) const
 {
     timers.push_back(milliseconds);

@@ -37,10 +37,14 @@ public:
     /// The periods that window timers were asked for, in order.
     mutable std::vector<quint32> timers;
     std::function<void()> onSleep; ///< called while somebody sleeps
+    /// Real milliseconds per millisecond of an interruptible wait. Not changed while a thread may wait.
+    double waitScale = 0.01;
 
     qint64 now() const override { return m_milliseconds / 1000; }
     quint64 tickCount() const override { return m_ticks; }
     void sleep(quint32 milliseconds) override;
+    void wait(quint32 milliseconds, std::unique_lock<std::mutex>& lock, std::condition_variable& wake,
+        const std::function<bool()>& ended) override;
     int timerInterval(quint32 milliseconds) const override;
 
 private:
@@ -57,10 +61,12 @@ public:
     FakeProcesses(FakeCalls& calls, FakeClock& clock) : m_calls(calls), m_clock(clock) { }
 
     quint32 createError = error::Success;
+    quint32 unfitError = error::Success; ///< of what canRun() is asked about
     quint32 exitCode = 0;
     quint32 runsFor = 0; ///< milliseconds from its creation to its end
 
     Result<std::unique_ptr<Process>> create(QStringView applicationName, QStringView commandLine) override;
+    Status canRun(QStringView) const override { return unfitError ? Error{unfitError, {}} : Status(); }
 
 private:
     FakeCalls& m_calls;

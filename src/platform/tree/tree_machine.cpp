@@ -11,7 +11,7 @@ TreeMachine::TreeMachine(const QString& root)
     , m_processes(m_paths)
     , m_files(m_paths)
     , m_systemInfo(m_registry)
-    , m_session(openHostSession())
+    , m_session(openHostSession(m_paths.root()))
     , m_services(makeTreeServiceControl(*this))
 {
 }

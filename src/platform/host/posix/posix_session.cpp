@@ -6,9 +6,15 @@
 #include "platform/host/posix/workstation_lock.h"
 #include "platform/host/posix/x11_windows.h"
 
+#include <system_error>
+
 namespace quoril {
 
-PosixSession::PosixSession() : m_channel(BroadcastChannel::userFolder()) { }
+PosixSession::PosixSession(QString treeFolder)
+    : m_treeFolder(std::move(treeFolder))
+    , m_channel(BroadcastChannel::userFolder())
+{
+}
 
 QString PosixSession::abbreviatedLanguageName(Locale locale) const
 {
@@ -23,12 +29,12 @@ std::unique_ptr<ForeignWindow> PosixSession::findWindow(QStringView title)
 std::unique_ptr<MessageSubscription> PosixSession::subscribe(
     QStringView message, std::function<void()> handler)
 {
-    return m_channel.subscribe(message, std::move(handler));
+    return m_channel.subscribe(treeMessage(message, m_treeFolder), std::move(handler));
 }
 
 void PosixSession::broadcast(QStringView message, HungWindows)
 {
-    m_channel.broadcast(message);
+    m_channel.broadcast(treeMessage(message, m_treeFolder));
 }
 
 LockKeys PosixSession::lockKeys() const
@@ -38,12 +44,23 @@ LockKeys PosixSession::lockKeys() const
 
 Status PosixSession::lockWorkstation()
 {
-    return lockWorkstationOverBus();
+    if (m_isLocking.exchange(true))
+        return {};
+    try {
+        m_locking = std::jthread([this](const std::stop_token& stop) {
+            static_cast<void>(lockWorkstationOverBus(stop));
+            m_isLocking = false;
+        });
+    } catch (const std::system_error&) {
+        m_isLocking = false;
+        return Error{error::NotEnoughMemory, {}};
+    }
+    return {};
 }
 
-std::unique_ptr<Session> openHostSession()
+std::unique_ptr<Session> openHostSession(const QString& treeFolder)
 {
-    return std::make_unique<PosixSession>();
+    return std::make_unique<PosixSession>(treeFolder);
 }
 
 } // namespace quoril

@@ -3,13 +3,16 @@
 #include "platform/host/posix/broadcast_channel.h"
 #include "platform/session.h"
 
+#include <atomic>
+#include <thread>
+
 namespace quoril {
 
 /// The session of the person on the host, whose machine is the tree.
 class PosixSession : public Session
 {
 public:
-    PosixSession();
+    explicit PosixSession(QString treeFolder);
 
     QString abbreviatedLanguageName(Locale locale) const override;
     std::unique_ptr<ForeignWindow> findWindow(QStringView title) override;
@@ -20,7 +23,10 @@ public:
     Status lockWorkstation() override;
 
 private:
+    QString m_treeFolder;
     BroadcastChannel m_channel;
+    std::atomic<bool> m_isLocking = false;
+    std::jthread m_locking; ///< ends soon when it is to end
 };
 
 } // namespace quoril
