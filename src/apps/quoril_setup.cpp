@@ -7,10 +7,10 @@
 #include "services/installer_command_line.h"
 #include "services/setup_arguments.h"
 #include "services/update_or_install_service_dialog.h"
-#include "shell/language_module.h"
 #include "shell/quoril_manager_app.h"
 
 #include <QApplication>
+#include <QTranslator>
 
 namespace {
 
@@ -34,30 +34,36 @@ int runDialogs(const SetupArguments& arguments)
     return installer.installed() == installer.asked() ? 0 : Failed;
 }
 
-/// Reads the command line, which needs no display. The machine is in force meanwhile.
-SetupArguments readArguments(int argc, char** argv)
+/// Tells what the command line leads to instead of an installation, in English. Gives the exit code.
+int answer(const SetupArguments& arguments)
 {
-    const QCoreApplication application(argc, argv);
-    const auto machine = openMachine(chooseMachine({}));
-    const ScopedMachine inForce(*machine);
-    LoadLanguageModule(QCoreApplication::applicationDirPath() + u'/');
-    return SetupArguments::read(QCoreApplication::arguments(), QStringLiteral(QUORIL_VERSION));
+    const bool isHelp = arguments.kind == SetupArguments::Kind::Help;
+    say(isHelp ? arguments.told : u"QuorilSetup: "_s + arguments.told,
+        isHelp ? StandardStream::Output : StandardStream::Error);
+    return isHelp ? 0 : WrongUsage;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const SetupArguments arguments = readArguments(argc, argv);
-    if (arguments.kind != SetupArguments::Kind::Run) {
-        const bool isHelp = arguments.kind == SetupArguments::Kind::Help;
-        say(isHelp ? arguments.told : u"QuorilSetup: "_s + arguments.told,
-            isHelp ? StandardStream::Output : StandardStream::Error);
-        return isHelp ? 0 : WrongUsage;
+    const QString version = QStringLiteral(QUORIL_VERSION);
+    {
+        // The help needs no display, and the machine isn't looked for.
+        const QCoreApplication application(argc, argv);
+        const SetupArguments asked = SetupArguments::read(QCoreApplication::arguments().mid(0, 2), version);
+        if (asked.kind == SetupArguments::Kind::Help)
+            return answer(asked);
     }
+    // Takes the toolkit's own options out of the command line.
     const QApplication application(argc, argv);
     CQuorilManagerApp::Prepare();
     const auto machine = openMachine(chooseMachine({}));
     const ScopedMachine inForce(*machine);
+    const SetupArguments arguments = SetupArguments::read(QCoreApplication::arguments(), version);
+    if (arguments.kind != SetupArguments::Kind::Run)
+        return answer(arguments);
+    QTranslator dialogTexts;
+    CQuorilManagerApp::ApplyLanguage(QCoreApplication::applicationDirPath() + u'/', dialogTexts);
     return runDialogs(arguments);
 }

@@ -36,8 +36,13 @@ public:
     /// Creates a process from a command line in the machine's form (the program's machine path, in double
     /// quotes where it has blanks, then its arguments), with the caller's environment and current folder and
     /// no inherited handles. With an application name that names the program instead. A bare name is one of
-    /// the system's own folders; nothing is looked for in the current one. 2 or 3 no such file, 5, 193.
+    /// the system's own folders (System32, System, Windows); nothing is looked for in the current one. 2 or 3
+    /// no such file, 2 for a bare name, 5, 193.
     virtual Result<std::unique_ptr<Process>> create(QStringView applicationName, QStringView commandLine) = 0;
+
+    /// Whether the program at the machine path could be run, as far as that can be seen without running it;
+    /// the errors of create().
+    virtual Status canRun(QStringView program) const = 0;
 };
 
 } // namespace quoril

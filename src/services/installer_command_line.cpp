@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/machine.h"
+#include "platform/processes.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "services/user_prompts.h"
@@ -80,6 +81,13 @@ int CheckedInstaller::InstallService(const QString& serviceName, const QString& 
     const InstallRequest request{serviceName, configurationFile, isUpdate, imagePath};
     if (const QString refusal = unsafeArgument(request); !refusal.isEmpty()) {
         prompts.message(refusal);
+        return -1;
+    }
+    // An update begins with the removal of what is there.
+    const Status runs = isUpdate ? machine().processes().canRun(withoutQuotes(imagePath)) : Status();
+    if (!runs) {
+        const QString reason = LoadText(text::Reason) + ErrorText(runs.errorNumber());
+        prompts.message(LoadText(text::InstallationFailed) + reason);
         return -1;
     }
     const InstallOutcome outcome = installService(*this, request, prompts);

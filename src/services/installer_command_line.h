@@ -24,8 +24,8 @@ struct InstallerFile
 /// path of the host that leads onto the machine.
 InstallerFile findInstallerFile(const QString& named);
 
-/// Installs what the command line can carry. Anything else is refused with a message before anything is
-/// changed. For callers whose names and paths nobody has looked at.
+/// Installs what the command line can carry, and updates to what can be run. Anything else is refused with a
+/// message before anything is changed. For callers whose names and paths nobody has looked at.
 class CheckedInstaller : public ServiceApp
 {
 public:

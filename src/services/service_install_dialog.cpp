@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/machine.h"
+#include "resources/file_filters.h"
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
 #include "services/service_by_name.h"
@@ -18,23 +19,6 @@ namespace quoril {
 using namespace Qt::StringLiterals;
 
 namespace ids = install_dialog;
-
-namespace {
-
-/// A filter of the form "Name|pattern|Name|pattern|" as file dialogs take it. "*.*" means every file.
-QStringList nameFilters(const QString& filter)
-{
-    const QStringList parts = filter.split(u'|', Qt::SkipEmptyParts);
-    QStringList filters;
-    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
-        const QString name = parts[i].section(u" ("_s, 0, 0);
-        const QString pattern = parts[i + 1] == u"*.*" ? u"*"_s : parts[i + 1];
-        filters.append(name + u" ("_s + pattern + u')');
-    }
-    return filters;
-}
-
-} // namespace
 
 ServiceInstallDialog::ServiceInstallDialog(
     const QString& productName, const QString& configurationFile, QWidget* parent)
@@ -89,7 +73,8 @@ void ServiceInstallDialog::OnBrowse()
         folder = files.hostPath(u"C:\\");
     QFileDialog picker(this, LoadText(text::OpenConfigurationTitle), folder ? *folder : QString());
     picker.setFileMode(QFileDialog::ExistingFile);
-    picker.setNameFilters(nameFilters(LoadText(text::ConfigurationFilter)));
+    picker.setOption(QFileDialog::HideNameFilterDetails);
+    picker.setNameFilters(fileFilters(LoadText(text::ConfigurationFilter)));
     if (picker.exec() != Accepted)
         return;
     const QString chosen = picker.selectedFiles().value(0);

@@ -69,15 +69,15 @@ InstallOutcome installService(const ServiceApp& app, const InstallRequest& reque
     if (request.isUpdate && app.RemoveService(request.serviceName, false, prompts) != 0)
         return stop(InstallStep::Removal, LoadText(text::InstallationFailed), prompts);
 
-    const QString directory = doubledDirectory(QStringView(imagePath).mid(1));
-    if (!machine().files().setCurrentDirectory(directory)) {
+    const QString ChDirStr = doubledDirectory(QStringView(imagePath).mid(1));
+    if (!machine().files().setCurrentDirectory(ChDirStr)) {
         const QString told = LoadText(text::DirectoryNotChanged) % LoadText(text::DestinationDirectory) % u'"'
-            % directory % u'"';
+            % ChDirStr % u'"';
         return stop(InstallStep::Directory, told, prompts);
     }
-    const QString commandLine
+    const QString CmdLine
         = imagePath % u" --install \"" % request.serviceName % u"\" \"" % request.configurationFile % u'"';
-    const int code = RunProcess(commandLine, prompts);
+    const int code = RunProcess(CmdLine, prompts);
     if (code == InstalledCode) {
         announce(app, request, prompts);
         return {InstallStep::Done, code};

@@ -131,8 +131,8 @@ TEST(PosixSessionTest, keepsAMessageAmongTheProgramsOfItsTree)
     PosixSession one(u"/one"_s);
     int heard = 0;
     const auto subscription = one.subscribe(u"m", [&] { heard += 1; });
-    PosixSession(u"/other"_s).broadcast(u"m");
-    PosixSession(u"/one"_s).broadcast(u"m"); // comes behind the other
+    PosixSession(u"/other"_s).broadcast(u"m", HungWindows::AreAwaited);
+    PosixSession(u"/one"_s).broadcast(u"m", HungWindows::AreAwaited); // comes behind the other
     for (int i = 0; i < 2000 && heard == 0; ++i)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
     QCoreApplication::processEvents();

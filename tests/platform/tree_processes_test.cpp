@@ -3,6 +3,7 @@
 #include "platform/command_line.h"
 #include "support/temporary_tree.h"
 
+#include <QScopeGuard>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -91,6 +92,26 @@ TEST_F(TreeProcessesTest, tellsWhyAProgramDoesNotRun)
         EXPECT_EQ(machine.processes().create({}, each.line).errorNumber(), each.number)
             << qPrintable(each.line.toString());
     EXPECT_EQ(machine.processes().create(u"C:\\Windows", u"x").errorNumber(), error::AccessDenied);
+}
+
+TEST_F(TreeProcessesTest, takesTheDesktopsMonitorWhereTheTreeHasNoneThatRunsHere)
+{
+    const QByteArray before = qgetenv("PATH");
+    const auto restore = qScopeGuard([&] { qputenv("PATH", before); });
+    qputenv("PATH", tree.host(u"bin"_s).toLocal8Bit());
+    const auto start = [this](const QString& root) {
+        TreeMachine there(root);
+        const auto process = there.processes().create(u"perfmon.exe", u"perfmon.exe");
+        return process && (*process)->wait(10000) ? *(*process)->exitCode() : process.errorNumber();
+    };
+    tree.program(u"Windows/System32/perfmon.exe"_s, "exit 6\n");
+    EXPECT_EQ(start(tree.root()), 6u);
+    tree.write(u"Windows/System32/perfmon.exe"_s, "MZ\x90 of another system");
+    EXPECT_EQ(start(tree.root()), error::FileNotFound);
+    EXPECT_EQ(start(tree.host(u"none"_s)), error::FileNotFound);
+    tree.makeFolder(u"bin"_s);
+    tree.program(u"bin/lxtask"_s, "exit 7\n");
+    EXPECT_EQ(start(tree.root()), 7u);
 }
 
 TEST_F(TreeProcessesTest, takesTheWholeExitCodeFromAProgramThatTellsIt)

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -27,7 +28,10 @@ test::Person::Action saveAs(const QString& name)
         auto& dialog = dynamic_cast<QFileDialog&>(window);
         auto* const edit = dialog.findChild<QLineEdit*>(u"fileNameEdit"_s);
         EXPECT_EQ(edit->text(), u"QuorilMailReport.txt"_s);
-        EXPECT_EQ(dialog.nameFilters(), QStringList({u"TEXT file (*.txt)"_s, u"All Files (*)"_s}));
+        EXPECT_EQ(
+            dialog.nameFilters(), QStringList({u"TEXT file (*.txt) (*.txt)"_s, u"All Files (*.*) (*)"_s}));
+        EXPECT_EQ(
+            dialog.findChild<QComboBox*>(u"fileTypeCombo"_s)->itemText(1).trimmed(), u"All Files (*.*)"_s);
         EXPECT_FALSE(QApplication::overrideCursor());
         edit->setText(name);
         static_cast<QDialog&>(dialog).accept();
@@ -53,7 +57,8 @@ TEST(MailCommand, StoresTheReportUnderTheChosenName)
     for (int i = 0; i < 2; ++i) {
         test::Person person;
         person.on(u"Save problem report"_s, saveAs(folder.filePath(u"report"_s)))
-            .on(u"stored as a file \""_s + QDir::toNativeSeparators(report) + u"\"."_s, test::Person::presses(1));
+            .on(u"stored as a file \""_s + QDir::toNativeSeparators(report) + u"\"."_s,
+                test::Person::presses(1));
         mail.trigger();
         EXPECT_EQ(person.seen.size(), 2);
         EXPECT_EQ(person.left(), 0U);

@@ -72,7 +72,7 @@ TEST(SampleReport, IsTheGoldenOne)
     machine.addEvent(u"System"_s, 170, u"Disk"_s, u"of any program"_s);
     machine.addEvent(u"System"_s, 161, u"Disk"_s, u"behind the span"_s);
     CQuorilManagerDoc document;
-    ASSERT_EQ(ScanServices(document), 0);
+    ASSERT_TRUE(ScanServices(document));
     const ServiceInfo* const service = document.findService(u"IRIS");
     ASSERT_TRUE(service);
 

@@ -98,6 +98,14 @@ TEST(ServiceInstallation, EachEndHasItsMessagesItsResultAndItsStep)
             Road + Failed + " Reason: 0x103"},
         {"installed", {u"JUNO"_s, Configuration, false, Image}, {}, InstallStep::Done, -1,
             Road + "message QUORIL service installed successfully.\n"s + Announcement},
+        {"installed without dependencies", {u"JUNO"_s, Configuration, false, Image},
+            [](Bench& bench) {
+                bench.machine.fakeRegistry.load(
+                    u"[SYSTEM\\CurrentControlSet\\Services\\JUNO]\nDependOnService=multi:"_s);
+            },
+            InstallStep::Done, -1,
+            Road + "message QUORIL service installed successfully.\n"s
+                + "broadcast WM_NEW_SERVICE_INSTALLED_MSG\nchangeConfig JUNO dependencies="},
         {"updated, quoted already", {u"JUNO"_s, Configuration, true, u'"' + Image + u'"'}, {},
             InstallStep::Done, -1,
             // Here nothing registers the service anew, whose dependencies could be written.
@@ -230,6 +238,10 @@ TEST(InstallerCommandLine, RefusesWhatItCannotCarryBeforeAnythingIsChanged)
         EXPECT_EQ(installer.installed(), name == u"JUNO" && refusal.isEmpty() ? 1 : 0) << log;
         EXPECT_EQ(installer.asked(), 1);
     }
+    Bench bench;
+    bench.machine.fakeProcesses.unfitError = error::AccessDenied;
+    CheckedInstaller().InstallService(u"JUNO"_s, Configuration, true, u'"' + Image + u'"', bench.prompts);
+    EXPECT_EQ(bench.log(), Failed + " Reason: Access is denied. (0x5)");
     // The longest line that Windows takes.
     const qsizetype rest = Configuration.size() + Image.size() + 18;
     EXPECT_EQ(unsafeArgument({QString(32'766 - rest, u'n'), Configuration, false, Image}), QString());

@@ -166,8 +166,8 @@ TEST(UpdateOrInstallServiceDlg, ThePickerTakesFilesOfTheMachineOnly)
     bench.person.on({}, [&](QWidget& window) {
         auto* picker = qobject_cast<QFileDialog*>(&window);
         ASSERT_NE(picker, nullptr);
-        EXPECT_EQ(
-            picker->nameFilters(), QStringList({u"Quoril Configuration file (*.cfg)"_s, u"All Files (*)"_s}));
+        EXPECT_EQ(picker->nameFilters(),
+            QStringList({u"Quoril Configuration file (*.cfg) (*.cfg)"_s, u"All Files (*.*) (*)"_s}));
         picker->selectFile(outside);
         key(window, Qt::Key_Return);
     });

@@ -33,6 +33,9 @@ struct HostCommand
 /// tree, else the host's reason.
 Result<std::unique_ptr<Process>> startHostProgram(const HostCommand& command);
 
+/// Whether startHostProgram() could start the file, with its errors.
+Status canRunHostProgram(const QString& hostPath);
+
 /// Whether the host's system runs the file itself: others it may hand to a helper, programs of another system
 /// above all.
 bool isHostProgram(const QString& hostPath);

@@ -63,16 +63,25 @@ Result<TreeProcesses::Program> TreeProcesses::findProgram(QStringView commandLin
 
 Result<QString> TreeProcesses::findApplication(QStringView name) const
 {
+    const bool isSearched = !hasFolder(name);
     Error failure{error::FileNotFound, name.toString()};
     for (const QString& place : placesOf(name.toString())) {
         const Result<QString> host = m_paths.existing(place);
-        if (host && QFileInfo(*host).isFile())
+        const bool isFile = host && QFileInfo(*host).isFile();
+        // A search passes over what is no program here.
+        if (isFile && (!isSearched || canRunHostProgram(*host).errorNumber() != error::BadExeFormat))
             return *host;
-        if (host || (hasFolder(name) && host.errorNumber() != error::FileNotFound))
+        if (!isSearched)
             failure = host ? Error{error::AccessDenied, place} : host.failure();
     }
     const QString onDesktop = desktopProgram(name);
     return onDesktop.isEmpty() ? Result<QString>(failure) : onDesktop;
+}
+
+Status TreeProcesses::canRun(QStringView program) const
+{
+    const Result<Program> found = findProgram(u'"' + program.toString() + u'"');
+    return found ? canRunHostProgram(found->hostPath) : Status(found.failure());
 }
 
 Result<std::unique_ptr<Process>> TreeProcesses::create(QStringView applicationName, QStringView commandLine)

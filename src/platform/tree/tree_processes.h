@@ -19,6 +19,7 @@ public:
     explicit TreeProcesses(const TreePaths& paths) : m_paths(paths) { }
 
     Result<std::unique_ptr<Process>> create(QStringView applicationName, QStringView commandLine) override;
+    Status canRun(QStringView program) const override;
 
     struct Program
     {
@@ -32,8 +33,8 @@ public:
     Result<Program> findProgram(QStringView commandLine) const;
 
 private:
-    /// Host path of a program that is named by itself. What the system has and a tree may lack is the
-    /// desktop's own.
+    /// Host path of a program that is named by itself. What the system has and a tree may lack, or have as a
+    /// program of another system, is the desktop's own.
     Result<QString> findApplication(QStringView name) const;
 
     const TreePaths& m_paths;

@@ -55,7 +55,8 @@ QString TreeSystemInfo::windowsDirectory() const
 Result<QString> TreeSystemInfo::fileVersion(const QString& hostPath) const
 {
     // A name without a folder is what a shell or a launcher found on its search path.
-    const QFileInfo asked(hostPath.contains(u'/') ? hostPath : QStandardPaths::findExecutable(hostPath));
+    const bool isBareName = QFileInfo(hostPath).fileName() == hostPath;
+    const QFileInfo asked(isBareName ? QStandardPaths::findExecutable(hostPath) : hostPath);
     if (!asked.exists())
         return Error{error::FileNotFound, hostPath};
     if (asked.canonicalFilePath() != QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath())

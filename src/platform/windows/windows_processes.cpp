@@ -95,4 +95,10 @@ Result<std::unique_ptr<Process>> WindowsProcesses::create(
     return std::unique_ptr<Process>(std::make_unique<WindowsProcess>(KernelHandle(made.hProcess)));
 }
 
+Status WindowsProcesses::canRun(QStringView program) const
+{
+    DWORD kind = 0;
+    return statusOfCall(::GetBinaryTypeW(wide(program.toString()), &kind));
+}
+
 } // namespace quoril

@@ -9,6 +9,7 @@ class WindowsProcesses : public Processes
 {
 public:
     Result<std::unique_ptr<Process>> create(QStringView applicationName, QStringView commandLine) override;
+    Status canRun(QStringView program) const override;
 };
 
 } // namespace quoril

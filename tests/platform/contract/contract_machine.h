@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
 
 namespace quoril::test {
 
@@ -30,6 +31,8 @@ public:
     virtual QString emulator() const = 0;
     /// A command line of a program that runs until it is terminated.
     virtual QString endlessProgram() const = 0;
+    /// The application and the command line of a program in the system's folder that ends with 3.
+    virtual std::pair<QString, QString> systemProgram() const = 0;
     /// Whether the backend is Windows' own, or what stands in for it here. Where that is known to differ from
     /// Windows, a test asks and says so.
     virtual bool isWine() const { return false; }

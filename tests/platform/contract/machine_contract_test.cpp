@@ -59,6 +59,17 @@ TEST_F(MachineContract, runsProgramsAndTellsTheirExitCode)
 
     ASSERT_EQ(write(in(u"data.exe"), "no program, whatever its name says"), 0u);
     EXPECT_EQ(machine.processes().create({}, in(u"data.exe")).errorNumber(), error::BadExeFormat);
+    const std::pair<QString, quint32> fitness[] = {{contract->emulator(), error::Success},
+        {in(u"data.exe"), error::BadExeFormat}, {in(u"nothing.exe"), error::FileNotFound}};
+    for (const auto& [program, number] : fitness)
+        EXPECT_EQ(machine.processes().canRun(program).errorNumber(), number) << program.toStdString();
+
+    const auto [application, line] = contract->systemProgram();
+    const auto byName = machine.processes().create(application, line);
+    ASSERT_TRUE(byName);
+    EXPECT_TRUE((*byName)->wait(30000));
+    EXPECT_EQ(*(*byName)->exitCode(), 3u);
+    EXPECT_EQ(machine.processes().create(u"no-such.exe", u"x").errorNumber(), error::FileNotFound);
     EXPECT_EQ(machine.processes().create({}, in(u"nothing.exe x")).errorNumber(), error::FileNotFound);
     // Wine doesn't tell a folder that is missing from a file.
     EXPECT_EQ(machine.processes().create({}, u"C:\\no-folder\\x.exe").errorNumber(),

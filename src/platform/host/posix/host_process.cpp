@@ -22,6 +22,8 @@
 
 namespace quoril {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr quint32 StatusAccessViolation = 0xC0000005;
@@ -205,6 +207,13 @@ Result<std::unique_ptr<Process>> startHostProgram(const HostCommand& command)
     if (!process)
         return process.failure();
     return std::unique_ptr<Process>(*std::move(process));
+}
+
+Status canRunHostProgram(const QString& hostPath)
+{
+    if (isHostProgram(hostPath) && ::access(QFile::encodeName(hostPath).constData(), X_OK) == 0)
+        return {};
+    return Error{error::BadExeFormat, hostPath + u" is no program that can be run here"_s};
 }
 
 bool isHostProgram(const QString& hostPath)

@@ -10,8 +10,12 @@ using namespace Qt::StringLiterals;
 
 Result<std::unique_ptr<Process>> startHostProgram(const HostCommand& command)
 {
-    return Error{
-        error::NotSupported, command.program + u" lies in a tree, and its programs are not run here"_s};
+    return canRunHostProgram(command.program).failure();
+}
+
+Status canRunHostProgram(const QString& hostPath)
+{
+    return Error{error::NotSupported, hostPath + u" lies in a tree, and its programs are not run here"_s};
 }
 
 bool isHostProgram(const QString& hostPath)

@@ -18,6 +18,7 @@ public:
             "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Control\\ComputerName\\ComputerName]\r\n"
             "\"ComputerName\"=\"CONTRACT\"\r\n");
         m_tree.program(u"Windows/System32/endless.exe"_s, "exec sleep 30\n");
+        m_tree.program(u"Windows/System32/three.exe"_s, "exit 3\n");
     }
     // The service that a test leaves running is the one of that name.
     ~TreeContractMachine() override { m_tree.names = QStringList{u"QuorilContract"_s}; }
@@ -25,6 +26,7 @@ public:
     Machine& machine() override { return m_tree.machine; }
     QString folder() const override { return u"C:\\Contract"_s; }
     QString emulator() const override { return u"C:\\Emulator\\quoril-emulator.exe"_s; }
+    std::pair<QString, QString> systemProgram() const override { return {u"three.exe"_s, u"three.exe"_s}; }
     QString endlessProgram() const override { return u"endless"_s; }
 
 private:

@@ -23,6 +23,10 @@ public:
         const QString path = textOf(self.data());
         return path.left(path.lastIndexOf(u'\\') + 1) + u"quoril-emulator.exe"_s;
     }
+    std::pair<QString, QString> systemProgram() const override
+    {
+        return {u"cmd.exe"_s, u"cmd.exe /c exit 3"_s};
+    }
     QString endlessProgram() const override { return emulator() + u" --no-report"_s; }
     bool isWine() const override
     {
