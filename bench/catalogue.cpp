@@ -79,7 +79,7 @@ void BM_Scan(benchmark::State& state)
         TreeMachine machine(folder.path());
         const ScopedMachine inForce(machine);
         CQuorilManagerDoc document;
-        if (ScanServices(document) != 0 || qint64(document.m_services.size()) != state.range(0))
+        if (!ScanServices(document) || qint64(document.m_services.size()) != state.range(0))
             state.SkipWithError("the scan missed services");
     }
     state.SetComplexityN(state.range(0));

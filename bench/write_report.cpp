@@ -89,7 +89,7 @@ int main(int argc, char** argv)
     TreeMachine machine(folder);
     const ScopedMachine inForce(machine);
     CQuorilManagerDoc document;
-    if (ScanServices(document) != 0 || document.m_services.size() != 1)
+    if (!ScanServices(document) || document.m_services.size() != 1)
         return 1;
     printMemory("catalogue read");
     PrintingPrompts prompts;

@@ -3,19 +3,20 @@
 #include "platform/machine_choice.h"
 #include "platform/terminal.h"
 #include "platform/tree/tree_machine.h"
+#include "shell/command_line_info.h"
 #include "shell/quoril_manager_app.h"
 
 #include <QApplication>
 
 #include <algorithm>
-#include <initializer_list>
-#include <string_view>
+#include <iterator>
 
 namespace {
 
 constexpr QStringView Usage = u"Usage: QuorilManager [file]\n"
                               "Console for the instances of the Quoril emulator on a machine.\n"
                               "\n"
+                              "As the first argument:\n"
                               "  -h, --help     Shows this help.\n"
                               "  -v, --version  Shows the version.\n"
                               "\n"
@@ -26,14 +27,16 @@ constexpr QStringView Usage = u"Usage: QuorilManager [file]\n"
 int main(int argc, char** argv)
 {
     // Neither needs a display.
-    const auto asked = [argc, argv](std::initializer_list<std::string_view> options) {
-        return std::find_first_of(argv + 1, argv + argc, options.begin(), options.end()) != argv + argc;
-    };
-    if (asked({"-h", "--help"})) {
+    using quoril::CommandLineInfo;
+    QStringList arguments;
+    std::transform(argv, argv + argc, std::back_inserter(arguments),
+        [](const char* argument) { return QString::fromLocal8Bit(argument); });
+    const auto request = quoril::ParseCommandLine(arguments).request;
+    if (request == CommandLineInfo::Request::Help) {
         quoril::say(Usage, quoril::StandardStream::Output);
         return 0;
     }
-    if (asked({"-v", "--version"})) {
+    if (request == CommandLineInfo::Request::Version) {
         quoril::say(u"QuorilManager " QUORIL_VERSION, quoril::StandardStream::Output);
         return 0;
     }

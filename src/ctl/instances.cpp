@@ -8,7 +8,6 @@
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "services/service_engine.h"
-#include "services/service_walk.h"
 
 #include <algorithm>
 #include <array>
@@ -62,10 +61,10 @@ template <std::size_t Size> QStringList wordsOf(const std::array<Word, Size>& wo
 
 bool Instances::read(Ctl& ctl, CatalogueScan scan)
 {
-    if (ScanServices(m_document, scan) == 0)
-        return true;
-    failure(ctl, u"The instances can't be listed."_s, openServices().errorNumber());
-    return false;
+    const Status scanned = ScanServices(m_document, scan);
+    if (!scanned)
+        failure(ctl, u"The instances can't be listed."_s, scanned.errorNumber());
+    return scanned.ok();
 }
 
 ServiceInfo* Instances::lookUp(const QString& name)

@@ -1,6 +1,7 @@
 #include "resources/resource_module.h"
 
 #include "resources/resource_file.h"
+#include "resources/text_ids.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -68,10 +69,8 @@ ResourceModule& activeModule()
 
 ResourceModule ResourceModule::builtIn()
 {
-    ResourceModule module;
     QFile file(u":/quoril/resources.json"_s);
-    module.m_loaded = file.open(QIODevice::ReadOnly) && module.parse(file.readAll());
-    return module;
+    return file.open(QIODevice::ReadOnly) ? fromJson(file.readAll()) : ResourceModule();
 }
 
 ResourceModule ResourceModule::load(const QString& hostPath)
@@ -91,10 +90,18 @@ ResourceModule ResourceModule::load(const QString& hostPath)
     if (!QResource::registerResource(bytes, root))
         return module;
     QFile text(u":%1/resources.json"_s.arg(root));
-    module.m_loaded = text.open(QIODevice::ReadOnly) && module.parse(text.readAll());
+    if (text.open(QIODevice::ReadOnly))
+        module = fromJson(text.readAll());
     text.close();
     // All texts are copied by now; the tree points into data, which ends here.
     QResource::unregisterResource(bytes, root);
+    return module;
+}
+
+ResourceModule ResourceModule::fromJson(const QByteArray& json)
+{
+    ResourceModule module;
+    module.m_loaded = module.parse(json);
     return module;
 }
 
@@ -116,7 +123,8 @@ bool ResourceModule::parse(const QByteArray& json)
         m_dialogs.insert(
             it.key().toUInt(), {dialog["title"_L1].toString(), readTexts(dialog["captions"_L1].toObject())});
     }
-    return true;
+    // Without the main menu there is no window.
+    return !menu(quoril::menu::Main).empty();
 }
 
 QStringList ResourceModule::ids() const

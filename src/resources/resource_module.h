@@ -41,6 +41,9 @@ public:
     /// The module in a Qt binary resource file; not loaded() if there is no such file or it is no module.
     static ResourceModule load(const QString& hostPath);
 
+    /// The module of a JSON text; not loaded() where that lacks a part or the main menu.
+    static ResourceModule fromJson(const QByteArray& json);
+
     bool loaded() const { return m_loaded; }
 
     /// The text of a string id, empty if there is none.

@@ -65,10 +65,12 @@ int firstWidth(const QSplitter& splitter, const QWidget& panel)
 
 } // namespace
 
-CMainFrame::CMainFrame(CQuorilManagerDoc& document, const VersionRecord& version, QString helpFile)
+CMainFrame::CMainFrame(
+    CQuorilManagerDoc& document, const VersionRecord& version, QString helpFile, SystemMonitor& monitor)
     : m_document(document)
     , m_version(version)
     , m_help_file(std::move(helpFile))
+    , m_monitor(monitor)
 {
     setObjectName(u"CMainFrame");
     setContextMenuPolicy(Qt::NoContextMenu);
@@ -80,10 +82,9 @@ CMainFrame::CMainFrame(CQuorilManagerDoc& document, const VersionRecord& version
 
 CMainFrame::~CMainFrame() = default;
 
-bool CMainFrame::OnCreate()
+void CMainFrame::OnCreate()
 {
-    if (!OnCreateClient())
-        return false;
+    OnCreateClient();
     m_commands = std::make_unique<CommandActions>(*this);
     m_commands->buildMenuBar(*menuBar());
     createToolBar();
@@ -101,10 +102,9 @@ bool CMainFrame::OnCreate()
     m_splitter->setSizes({LeftPaneWidth, width - LeftPaneWidth});
     if (!ResizeToScreen(*this, {width, FirstHeight}))
         setWindowState(windowState() | Qt::WindowMaximized);
-    return true;
 }
 
-bool CMainFrame::OnCreateClient()
+void CMainFrame::OnCreateClient()
 {
     m_splitter = new QSplitter(Qt::Horizontal, this);
     m_splitter->setChildrenCollapsible(false);
@@ -117,7 +117,6 @@ bool CMainFrame::OnCreateClient()
     ShowFocusFrame(*m_left_view);
     ShowFocusFrame(*m_right_view);
     setCentralWidget(m_splitter);
-    return true;
 }
 
 void CMainFrame::createToolBar()
@@ -237,7 +236,7 @@ void CMainFrame::RefreshServiceList()
 
 int CMainFrame::ScanServices()
 {
-    return quoril::ScanServices(m_document);
+    return quoril::ScanServices(m_document) ? 0 : -1;
 }
 
 void CMainFrame::OnManageService()
@@ -282,7 +281,8 @@ void CMainFrame::runScheduleDialog(bool proposeStop)
 
 void CMainFrame::StartScheduleWorker()
 {
-    SchedTable.StartScheduleWorker();
+    // There is no further attempt, and nobody is told.
+    static_cast<void>(SchedTable.StartScheduleWorker());
 }
 
 void CMainFrame::OnSecurity()
@@ -328,7 +328,7 @@ void CMainFrame::LockNow()
 
 void CMainFrame::OnSystemMonitor()
 {
-    const QString failure = ShowSystemMonitor();
+    const QString failure = m_monitor.Show();
     if (!failure.isEmpty())
         ShowFrameMessage(failure);
 }

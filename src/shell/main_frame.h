@@ -21,6 +21,7 @@ class CQuorilManagerDoc;
 class CQuorilManagerView;
 class IdleLockFrame;
 class MessageSubscription;
+class SystemMonitor;
 struct VersionRecord;
 
 /// The single top-level window: the tree of services on the left, the panel on the right, and the state of
@@ -30,13 +31,14 @@ class CMainFrame : public QMainWindow
     Q_OBJECT
 
 public:
-    /// The document outlives the frame.
-    CMainFrame(CQuorilManagerDoc& document, const VersionRecord& version, QString helpFile);
+    /// The document, the version and the monitor outlive the frame.
+    CMainFrame(
+        CQuorilManagerDoc& document, const VersionRecord& version, QString helpFile, SystemMonitor& monitor);
     ~CMainFrame() override;
 
     /// Builds panes, bars and menus, then scans the registry. Called once, before the frame is the
-    /// application's main window. False if a part can't be made.
-    bool OnCreate();
+    /// application's main window.
+    void OnCreate();
 
     /// From now on the frame is the application's main window, which the tree asks for.
     void BecomeMainWindow();
@@ -107,7 +109,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    bool OnCreateClient();
+    void OnCreateClient();
     void createToolBar();
     void createStatusBar();
     void checkPanelCommands(bool eventLog);
@@ -119,6 +121,7 @@ private:
     CQuorilManagerDoc& m_document;
     const VersionRecord& m_version;
     QString m_help_file;
+    SystemMonitor& m_monitor;
     CommandFlags m_flags;
     bool m_show_event_log = true;
     bool m_show_configuration = false;

@@ -112,9 +112,8 @@ CommandActions::CommandActions(CMainFrame& frame)
         // A menu shows the check mark where there is no icon in its place.
         action->setIconVisibleInMenu(!command.checkable);
         action->setMenuRole(QAction::NoRole);
-        if (command.handler)
-            connect(action, &QAction::triggered, &frame,
-                [&frame, handler = command.handler] { (frame.*handler)(); });
+        connect(
+            action, &QAction::triggered, &frame, [&frame, handler = command.handler] { (frame.*handler)(); });
         m_actions.insert(command.id, action);
     }
 }
@@ -156,7 +155,7 @@ void CommandActions::buildToolBar(QToolBar& bar)
 void CommandActions::update(const CommandFlags& flags)
 {
     for (const FrameCommand& command : Commands)
-        action(command.id)->setEnabled(command.handler && (!command.enabledBy || flags.*command.enabledBy));
+        action(command.id)->setEnabled(!command.enabledBy || flags.*command.enabledBy);
 }
 
 } // namespace quoril

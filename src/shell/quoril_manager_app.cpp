@@ -5,10 +5,10 @@
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
+#include "shell/command_line_info.h"
 #include "shell/language_module.h"
 #include "shell/main_frame.h"
 #include "shell/quoril_manager_doc.h"
-#include "shell/system_monitor.h"
 #include "shell/wheel_guard_widget.h"
 
 #include <QAbstractEventDispatcher>
@@ -30,6 +30,10 @@ CQuorilManagerApp::CQuorilManagerApp() : m_program_folder(QApplication::applicat
 
 void CQuorilManagerApp::Prepare()
 {
+#ifndef Q_OS_WIN
+    // The desktop's own dialogs may belong to another program, whose input nobody here sees.
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+#endif
     QIcon icon;
     for (const int size : {16, 32, 48, 64, 128, 256})
         icon.addFile(u":/quoril/icons/application-%1.png"_s.arg(size));
@@ -37,17 +41,26 @@ void CQuorilManagerApp::Prepare()
     WheelGuard::install();
 }
 
-CQuorilManagerApp::~CQuorilManagerApp() = default;
+CQuorilManagerApp::~CQuorilManagerApp()
+{
+    if (m_stops_monitor)
+        m_monitor.StopMonitorAtExit();
+}
+
+LanguageChoice CQuorilManagerApp::ApplyLanguage(const QString& programFolder, QTranslator& dialogTexts)
+{
+    LanguageChoice language = LoadLanguageModule(programFolder);
+    // The dialogs for files and printers come with their own texts.
+    if (language.moduleActive
+        && dialogTexts.load(
+            QLocale(), u"qtbase"_s, u"_"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&dialogTexts);
+    return language;
+}
 
 bool CQuorilManagerApp::InitInstance(const QStringList& arguments)
 {
-    const LanguageChoice language = LoadLanguageModule(m_program_folder);
-    // The dialogs for files and printers come with their own texts.
-    if (language.moduleActive
-        && m_dialog_texts.load(
-            QLocale(), u"qtbase"_s, u"_"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QCoreApplication::installTranslator(&m_dialog_texts);
-    m_help_file = language.helpFile;
+    m_help_file = ApplyLanguage(m_program_folder, m_dialog_texts).helpFile;
     if (m_help_file.isEmpty())
         m_help_file = defaultHelpFile();
     QApplication::setApplicationDisplayName({});
@@ -60,7 +73,7 @@ bool CQuorilManagerApp::InitInstance(const QStringList& arguments)
         return false;
     m_frame->show();
     m_frame->repaint();
-    qAddPostRoutine(StopMonitorAtExit);
+    m_stops_monitor = true;
     return true;
 }
 
@@ -78,15 +91,15 @@ void CQuorilManagerApp::ReadProgramVersion(const QString& path)
 bool CQuorilManagerApp::ProcessShellCommand(const QStringList& arguments)
 {
     m_document = std::make_unique<CQuorilManagerDoc>();
-    m_frame = std::make_unique<CMainFrame>(*m_document, m_version, m_help_file);
-    if (!m_frame->OnCreate())
-        return false;
-    const auto file = std::find_if(arguments.begin() + qMin<qsizetype>(1, arguments.size()), arguments.end(),
-        [](const QString& argument) { return !argument.startsWith(u'-'); });
-    if (file == arguments.end()) {
+    m_frame = std::make_unique<CMainFrame>(*m_document, m_version, m_help_file, m_monitor);
+    m_frame->OnCreate();
+    const QString file = ParseCommandLine(arguments).fileName;
+    if (file.isEmpty()) {
         m_document->OnNewDocument();
-    } else if (!m_document->OnOpenDocument(*file)) {
-        DialogPrompts(nullptr).message(LoadText(text::DocumentNotFound).replace(u"%s"_s, *file));
+    } else if (const Status opened = m_document->OnOpenDocument(file); !opened) {
+        const bool isMissing = opened.errorNumber() == error::FileNotFound;
+        DialogPrompts(nullptr).message(isMissing ? LoadText(text::DocumentNotFound).replace(u"%s"_s, file)
+                                                 : file + u" : "_s + FormatSystemError(opened.errorNumber()));
         return false;
     }
     m_frame->BecomeMainWindow();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/language_module.h"
+#include "shell/system_monitor.h"
 #include "shell/version_record.h"
 
 #include <QString>
@@ -18,7 +20,12 @@ class CQuorilManagerApp
 {
 public:
     CQuorilManagerApp();
+    /// Ends the system monitor that was started from here last, if the window came up.
     virtual ~CQuorilManagerApp();
+
+    /// Loads the language module beside the program, and with it the texts of the toolkit's dialogs, for as
+    /// long as the translator lives.
+    static LanguageChoice ApplyLanguage(const QString& programFolder, QTranslator& dialogTexts);
 
     /// The icon of all programs with windows, and what the wheel does in them. Style and colours are the
     /// desktop's.
@@ -49,6 +56,8 @@ private:
     QString m_help_file;
     QTranslator m_dialog_texts;
     VersionRecord m_version;
+    SystemMonitor m_monitor;
+    bool m_stops_monitor = false; ///< the start came to its end
     std::unique_ptr<CQuorilManagerDoc> m_document;
     std::unique_ptr<CMainFrame> m_frame;
 };

@@ -17,12 +17,16 @@ void CQuorilManagerDoc::OnNewDocument()
     SetTitle(m_title_text);
 }
 
-bool CQuorilManagerDoc::OnOpenDocument(const QString& hostPath)
+Status CQuorilManagerDoc::OnOpenDocument(const QString& hostPath)
 {
-    if (!QFile(hostPath).open(QIODevice::ReadOnly))
-        return false;
-    SetTitle(QFileInfo(hostPath).fileName());
-    return true;
+    QFile file(hostPath);
+    const QFileInfo info(hostPath);
+    if (info.isDir() || !file.open(QIODevice::ReadOnly)) {
+        const bool isThere = info.exists() || file.error() == QFileDevice::PermissionsError;
+        return Error{isThere ? error::AccessDenied : error::FileNotFound, hostPath};
+    }
+    SetTitle(info.fileName());
+    return {};
 }
 
 void CQuorilManagerDoc::ClearServices()

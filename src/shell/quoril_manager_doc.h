@@ -1,5 +1,6 @@
 #pragma once
 
+#include "formats/error.h"
 #include "shell/service_info.h"
 
 #include <QObject>
@@ -19,9 +20,9 @@ public:
     /// Resets the settings and sets the start title. The catalogue stays as it is: it was filled before.
     void OnNewDocument();
 
-    /// The document of a file given on the command line: nothing but its name is taken. False if the file
-    /// can't be opened for reading.
-    bool OnOpenDocument(const QString& hostPath);
+    /// The document of a file given on the command line: nothing but its name is taken. 2 if there is no
+    /// such file, 5 if it can't be opened for reading, as a folder can't.
+    Status OnOpenDocument(const QString& hostPath);
 
     void AddService(const ServiceInfo& service) { m_services.push_back(service); }
     /// Removes all records; references to them are void.

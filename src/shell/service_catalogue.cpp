@@ -105,15 +105,13 @@ QString withoutLastLevel(QString prefix)
 
 } // namespace
 
-int ScanServices(CQuorilManagerDoc& document, CatalogueScan scan)
+Status ScanServices(CQuorilManagerDoc& document, CatalogueScan scan)
 {
-    const Status walked
-        = walkInstances({NameRoomUnits, ValueLimitBytes}, [&document, scan](const InstanceVisit& visit) {
-              if (const auto parameters = openParameters(visit.key, ValueLimitBytes))
-                  document.AddService(readService(visit, *parameters, scan));
-              return Walk::Continue;
-          });
-    return walked ? 0 : -1;
+    return walkInstances({NameRoomUnits, ValueLimitBytes}, [&document, scan](const InstanceVisit& visit) {
+        if (const auto parameters = openParameters(visit.key, ValueLimitBytes))
+            document.AddService(readService(visit, *parameters, scan));
+        return Walk::Continue;
+    });
 }
 
 void MakeLogPathAbsolute(ServiceInfo& service)

@@ -1,7 +1,6 @@
 #include "shell/system_monitor.h"
 
 #include "platform/machine.h"
-#include "platform/processes.h"
 #include "platform/session.h"
 #include "platform/system_info.h"
 #include "resources/resource_module.h"
@@ -11,13 +10,7 @@ namespace quoril {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-std::unique_ptr<Process> g_monitor_process;
-
-} // namespace
-
-QString ShowSystemMonitor()
+QString SystemMonitor::Show()
 {
     if (const auto window = machine().session().findWindow(LoadText(text::PerformanceMonitor))) {
         if (window->isIconic())
@@ -27,7 +20,7 @@ QString ShowSystemMonitor()
     }
     auto process = machine().processes().create(u"perfmon.exe", u"perfmon.exe");
     // A failed start drops an earlier monitor too: it is no longer ours to end.
-    g_monitor_process = process ? *std::move(process) : nullptr;
+    m_monitor_process = process ? *std::move(process) : nullptr;
     if (process)
         return {};
     const QString statement = LoadText(text::MonitorNotStarted);
@@ -36,13 +29,13 @@ QString ShowSystemMonitor()
     return statement + u" : "_s + FormatSystemError(process.failure().number);
 }
 
-void StopMonitorAtExit()
+void SystemMonitor::StopMonitorAtExit()
 {
-    if (!g_monitor_process)
+    if (!m_monitor_process)
         return;
     // The monitor may have ended by itself; there is nobody left to tell.
-    static_cast<void>(g_monitor_process->terminate(0));
-    g_monitor_process.reset();
+    static_cast<void>(m_monitor_process->terminate(0));
+    m_monitor_process.reset();
 }
 
 QString FormatSystemError(quint32 code)

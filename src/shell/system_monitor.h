@@ -1,15 +1,27 @@
 #pragma once
 
+#include "platform/processes.h"
+
 #include <QString>
+
+#include <memory>
 
 namespace quoril {
 
-/// Brings the running system monitor forward, or starts one when no window of its title is found. The text is
-/// what the person is to be told of a failure; empty otherwise.
-QString ShowSystemMonitor();
+/// The system monitor of the console: the one that this process started last is known, and only that one.
+class SystemMonitor
+{
+public:
+    /// Brings the running system monitor forward, or starts one when no window of its title is found. The
+    /// text is what the person is to be told of a failure; empty otherwise.
+    QString Show();
 
-/// Ends the system monitor that this process started last, if there is one.
-void StopMonitorAtExit();
+    /// Ends the system monitor that was started last, if there is one. The machine is in force.
+    void StopMonitorAtExit();
+
+private:
+    std::unique_ptr<Process> m_monitor_process;
+};
 
 /// The system's text of an error number as it stands, with the number; the number alone if there is no text.
 QString FormatSystemError(quint32 code);

@@ -57,6 +57,7 @@ void VersionRecord::setNumbers(const std::array<qint32, 4>& numbers)
 VersionRecord VersionRecord::parse(QStringView fileVersion)
 {
     VersionRecord version;
+    fileVersion.truncate(qMin(fileVersion.size(), ReadLimit));
     const auto* const digit = std::find_if(fileVersion.begin(), fileVersion.end(), isDigit);
     version.setNumbers(scanNumbers(fileVersion.mid(digit - fileVersion.begin())));
     version.version_text = fileVersion.left(TextLimit).toString();

@@ -12,6 +12,8 @@ struct VersionRecord
 {
     /// The longest text that is kept, in UTF-16 units.
     static constexpr qsizetype TextLimit = 255;
+    /// What is looked at of a file version, in whole units: 2047 bytes.
+    static constexpr qsizetype ReadLimit = 2047 / 2;
 
     QString version_text;
     qint32 major = 0;

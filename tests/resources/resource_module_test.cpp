@@ -2,6 +2,8 @@
 
 #include "resources/resource_file.h"
 #include "resources/text_ids.h"
+#include "shell/language_module.h"
+#include "support/fake_machine.h"
 
 #include <gmock/gmock.h>
 
@@ -16,7 +18,6 @@
 namespace quoril {
 
 using namespace Qt::StringLiterals;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -65,15 +66,79 @@ TEST(ResourceModule, BuiltInCarriesStringsMenusAndDialogs)
         u"Failed to remove a service. The service is still running."_s);
     EXPECT_EQ(module.string(command::Configuration), u"Display the configuration of the selected service "_s);
     EXPECT_TRUE(module.string(1).isEmpty());
-    EXPECT_EQ(module.dialog(update_or_install_dialog::Id).caption(update_or_install_dialog::Update),
-        u"Update exisiting service"_s);
 
-    const std::vector<MenuEntry> menu = module.menu(menu::Main);
-    ASSERT_EQ(menu.size(), 3U);
-    EXPECT_EQ(menu[1].caption, u"&View"_s);
-    EXPECT_THAT(commandsOf(menu[1].entries),
-        ElementsAre(command::Toolbar, command::StatusBar, 0, command::EventLog, command::Configuration, 0,
-            command::SystemMonitor));
+    // The captions by control number; those of labels and boxes, which have none of their own, come last.
+    const std::pair<quint32, QString> dialogs[] = {
+        {101, u"About Quoril Services Manager|OK"_s},
+        {130,
+            u"Service management dialog|OK|Cancel|Start|Stop|Apply|Service name:|Description:|"
+            "Path to executable:|Startup type:|Start/Stop Quoril service|Service status console|"
+            "Service status:"_s},
+        {133, u"Security dialog|OK|Cancel|Security settings"_s},
+        {135, u"Wake-Up Dialog|OK|Cancel|Tape wake up password|User name:|Password:"_s},
+        {137, u"Information"_s},
+        {138, u"Schedule dialog|OK|Cancel|Set Start|Set Stop|Remove|Choose date / time|Date:|Time:"_s},
+        {1001,
+            u"Service Install Dialog|Install|Cancel|Browse...|New Service Name:|Installed QUORIL products:|"
+            "Configuration file name:"_s},
+        {1002, u"Remove Service Dialog|Remove|Cancel|QUORIL service name:"_s},
+        {1003,
+            u"Update / Install service dialog|Return to Launcher|Cancel|Update exisiting service|"
+            "Install new service|    Installed service for selected product detected.|"
+            "Choose the action to continue:"_s},
+        {1004,
+            u"Service Update Dialog|Update|Cancel|Installed services list|Installed QUORIL product:|"
+            "Configuration file name:"_s},
+    };
+    for (const auto& [id, expected] : dialogs) {
+        const DialogTemplate texts = module.dialog(id);
+        QList<quint32> controls = texts.captions.keys();
+        std::ranges::sort(controls);
+        QString captions = texts.title;
+        for (const quint32 control : std::as_const(controls))
+            captions += u'|' + texts.caption(control);
+        EXPECT_EQ(captions.toStdString(), expected.toStdString());
+    }
+}
+
+TEST(ResourceModule, WithoutAMainMenuIsNone)
+{
+    QByteArray json = contentOf(u":/quoril/resources.json"_s);
+    EXPECT_TRUE(ResourceModule::fromJson(json).loaded());
+    EXPECT_FALSE(ResourceModule::fromJson(json.replace("\"128\"", "\"1\"")).loaded());
+}
+
+TEST(LanguageModule, IsThatOfTheUserElseOfTheSystemAndTheHelpFileHasARuleOfItsOwn)
+{
+    const struct
+    {
+        QString user, system;
+        bool hasModule, hasHelp;
+        bool isActive;
+        QString help; // the language of the help file
+    } cases[] = {
+        {u"deu"_s, {}, true, false, true, {}},
+        {u"Deu"_s, u"ENU"_s, false, true, false, u"DEU"_s},
+        {{}, u"DEU"_s, true, true, true, u"DEU"_s},
+        {u"ENU"_s, u"DEU"_s, true, true, false, {}}, // the user's first
+        {{}, {}, true, true, false, {}},
+    };
+    for (const auto& [user, system, hasModule, hasHelp, isActive, help] : cases) {
+        test::FakeMachine machine;
+        const ScopedMachine inForce(machine);
+        machine.fakeSession.userLanguage = user;
+        machine.fakeSession.systemLanguage = system;
+        const QTemporaryDir folder;
+        if (hasModule)
+            QFile::copy(GermanFile, folder.filePath(u"QuorilManagerLangDEU.dll"_s));
+        if (hasHelp)
+            QFile::copy(GermanFile, folder.filePath(u"QuorilManagerDEU.hlp"_s));
+        const LanguageChoice choice = LoadLanguageModule(folder.path() + u'/');
+        EXPECT_EQ(choice.moduleActive, isActive) << user.toStdString() << '/' << system.toStdString();
+        EXPECT_EQ(LoadText(text::Ready), isActive ? u"Fertig"_s : u"Ready"_s);
+        EXPECT_EQ(choice.helpFile, help.isEmpty() ? QString() : folder.filePath(u"QuorilManagerDEU.hlp"_s));
+        ActivateResourceModule(ResourceModule());
+    }
 }
 
 TEST(ResourceModule, GermanCarriesExactlyTheSameIds)

@@ -8,6 +8,7 @@
 #include "services/remove_service_dialog.h"
 #include "services/service_by_name.h"
 #include "services/service_install_dialog.h"
+#include "services/service_management_dialog.h"
 #include "services/service_update_dialog.h"
 #include "services/update_or_install_service_dialog.h"
 #include "shell/about_dialog.h"
@@ -108,6 +109,10 @@ TEST(EveryDialog, CanBeReadAndIsDrivenByTheKeyboard)
     const QString product = u"Quoril 32"_s;
     const QString configuration = u"C:\\Program Files\\Quoril\\ceres.cfg"_s;
     ScheduleTable table;
+    machine.addInstance(u"CERES"_s);
+    machine.fakeClock.timerScale = 1;
+    ServiceInfo service;
+    service.Name = u"CERES"_s;
     for (const bool german : {false, true}) {
         SCOPED_TRACE(german ? "German" : "English");
         if (german) {
@@ -124,6 +129,8 @@ TEST(EveryDialog, CanBeReadAndIsDrivenByTheKeyboard)
         update.Installer = &installer;
         RemoveServiceDialog remove(u"CERES"_s, nullptr);
         SecurityDialog security;
+        ServiceManagementDialog manage(nullptr);
+        manage.SetService(service);
         CAboutDlg about(VersionRecord{});
         PrintSetupDialog setup(printer);
         ScheduleDialog schedule(
@@ -131,7 +138,7 @@ TEST(EveryDialog, CanBeReadAndIsDrivenByTheKeyboard)
         lookAt(choice, "choice", QDialog::Accepted); // its one way back is its OK
         const std::pair<const char*, QDialog*> dialogs[]
             = {{"install", &install}, {"update", &update}, {"remove", &remove}, {"security", &security},
-                {"about", &about}, {"print setup", &setup}, {"schedule", &schedule}};
+                {"manage", &manage}, {"about", &about}, {"print setup", &setup}, {"schedule", &schedule}};
         for (const auto& [name, dialog] : dialogs)
             lookAt(*dialog, name, QDialog::Rejected);
     }

@@ -9,6 +9,7 @@
 #include "shell/quoril_manager_app.h"
 #include "shell/quoril_manager_doc.h"
 #include "support/fake_machine.h"
+#include "support/person.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +18,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -88,7 +90,8 @@ protected:
     }
     QList<quint32> enabledServiceCommands()
     {
-        return enabledOf({command::Manage, command::Remove, command::EventLog, command::Configuration});
+        return enabledOf({command::Manage, command::Remove, command::Schedule, command::Mail,
+            command::EventLog, command::Configuration});
     }
     int columns()
     {
@@ -128,13 +131,20 @@ TEST_F(MainFrameTest, TheSelectionDrivesCommandsPanelAndCaption)
 {
     tree().setCurrentItem(service(1));
     EXPECT_EQ(frame().windowTitle(), u"Beta - QUORIL Service Manager"_s);
-    EXPECT_EQ(enabledServiceCommands().size(), 4);
+    EXPECT_EQ(enabledServiceCommands().size(), 6);
     EXPECT_EQ(tree().GetSelectedService().Name, u"Beta"_s);
     EXPECT_EQ(columns(), 3);
 
     action(command::Configuration).trigger();
     EXPECT_EQ(columns(), 2);
     EXPECT_TRUE(action(command::Configuration).isChecked() && !action(command::EventLog).isChecked());
+    test::Person person;
+    for (const auto& [button, shown] : {std::pair(2, 2), {1, 3}}) { // Cancel, and OK, which shows the log
+        person.on(u"Service management dialog"_s, test::Person::presses(button));
+        action(command::Manage).trigger();
+        EXPECT_EQ(columns(), shown);
+        EXPECT_EQ(action(command::EventLog).isChecked(), shown == 3);
+    }
     tree().setCurrentItem(service(0));
     EXPECT_EQ(columns(), 2);
 
@@ -142,6 +152,14 @@ TEST_F(MainFrameTest, TheSelectionDrivesCommandsPanelAndCaption)
     EXPECT_EQ(frame().windowTitle(), StartCaption);
     EXPECT_TRUE(enabledServiceCommands().isEmpty());
     EXPECT_EQ(columns(), 3);
+
+    tree().setCurrentItem(service(1));
+    person.seen.clear();
+    person.on(u"Remove Service Dialog"_s, test::Person::presses(1));
+    person.on(u"Do you really want"_s, test::Person::presses(6));
+    action(command::Remove).trigger();
+    EXPECT_EQ(person.seen.size(), 3) << "the pause follows";
+    EXPECT_TRUE(enabledServiceCommands().isEmpty());
 }
 
 TEST_F(MainFrameTest, MarksInANameAreShownAndTurnNothing)
@@ -167,7 +185,7 @@ TEST_F(MainFrameTest, ARefreshKeepsTheCommandsAndDropsTheSelection)
     EXPECT_EQ(tree().topLevelItem(0)->childCount(), 3);
     EXPECT_TRUE(tree().selectedItems().isEmpty());
     EXPECT_EQ(&tree().GetSelectedService(), &g_no_service);
-    EXPECT_EQ(enabledServiceCommands().size(), 4);
+    EXPECT_EQ(enabledServiceCommands().size(), 6);
     EXPECT_EQ(columns(), 3);
     m_machine.fakeRegistry.refuse(u"SYSTEM", key_access::QueryValue);
     action(command::UpdateList).trigger();
@@ -190,15 +208,21 @@ TEST_F(MainFrameTest, EveryCommandHasCaptionPromptAndHelp)
         EXPECT_FALSE(action(command.id).statusTip().contains(u'\n')) << command.id;
         EXPECT_FALSE(action(command.id).toolTip().isEmpty()) << command.id;
     }
-    QStringList popups;
-    for (const QAction* popup : frame().menuBar()->actions())
-        popups.append(popup->text());
-    EXPECT_EQ(popups, QStringList({u"&Service Management"_s, u"&View"_s, u"&Help"_s}));
-    for (const quint32 id : toolbarCommands()) {
-        if (id != 0) {
-            EXPECT_FALSE(action(id).icon().isNull()) << id;
-        }
-    }
+    const auto orderOf = [](const QWidget& bar) {
+        QString order;
+        for (const QAction* entry : bar.actions())
+            order += (entry->isSeparator() ? u"|"_s : entry->objectName()) + u' ';
+        return order.toStdString();
+    };
+    const char* const popups[] = {"32785 32801 32782 | 32778 | 32789 | 57612 | 57607 57609 57606 | 57665 ",
+        "59392 59393 | 32786 32787 | 32799 ", "57667 | 57664 "};
+    for (qsizetype i = 0; i < 3; ++i)
+        EXPECT_EQ(orderOf(*frame().menuBar()->actions().at(i)->menu()), popups[i]);
+    const auto* const toolBar = frame().findChild<QToolBar*>();
+    EXPECT_EQ(orderOf(*toolBar),
+        "32785 32801 32782 | 32778 | 32789 | 57612 57607 | 32786 32787 | 32799 | 57669 | 57664 ");
+    for (const QAction* entry : toolBar->actions())
+        EXPECT_EQ(entry->icon().isNull(), entry->isSeparator()) << entry->objectName().toStdString();
 }
 
 TEST_F(MainFrameTest, TheSystemMonitorIsBroughtForwardOrStarted)
@@ -209,8 +233,14 @@ TEST_F(MainFrameTest, TheSystemMonitorIsBroughtForwardOrStarted)
     EXPECT_EQ(m_machine.calls.takeLog(),
         QStringList({u"restore Performance Monitor"_s, u"bring forward Performance Monitor"_s}));
     m_machine.fakeSession.windows.clear();
-    action(command::SystemMonitor).trigger();
-    EXPECT_EQ(m_machine.calls.takeLog(), QStringList(u"create perfmon.exe|perfmon.exe"_s));
+    {
+        CQuorilManagerApp other;
+        ASSERT_TRUE(other.InitInstance({u"console"_s}));
+        m_machine.calls.takeLog();
+        other.mainFrame()->commands().action(command::SystemMonitor)->trigger();
+        EXPECT_EQ(m_machine.calls.takeLog(), QStringList(u"create perfmon.exe|perfmon.exe"_s));
+    }
+    EXPECT_TRUE(m_machine.calls.takeLog().contains(u"terminate 0"_s)); // with the console that started it
     m_machine.fakeProcesses.createError = error::FileNotFound;
     NextBox box;
     action(command::SystemMonitor).trigger();
@@ -274,28 +304,26 @@ TEST(Start, EndsWithAMessageWhereItCanNotGoOn)
         EXPECT_FALSE(NoCompoundDocuments().InitInstance({u"console"_s}));
         EXPECT_EQ(box.text, LoadText(text::OleInitFailed));
     }
-    NextBox box;
-    EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, u"/no/such/file"_s}));
-    EXPECT_EQ(box.text, u"/no/such/file was not found."_s);
+    const QString folder = QCoreApplication::applicationDirPath();
+    for (const auto& [file, told] : {std::pair(u"/no/such/file"_s, u"/no/such/file was not found."_s),
+             {folder, folder + u" : Access is denied.\r\n (0x5)"_s}}) {
+        NextBox box;
+        EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, file}));
+        EXPECT_EQ(box.text, told);
+    }
 }
 
-TEST(Start, TakesTheLanguageOfTheUserElseOfTheSystem)
+TEST(Start, TakesTheLanguageOfTheUser)
 {
-    for (const bool user : {true, false}) {
-        FakeMachine machine;
-        const ScopedMachine inForce(machine);
-        machine.fakeSession.userLanguage = user ? u"deu"_s : QString();
-        machine.fakeSession.systemLanguage = u"Deu"_s;
-        machine.fakeSystemInfo.texts.clear();
-        CQuorilManagerApp console;
-        ASSERT_TRUE(console.InitInstance({u"console"_s}));
-        EXPECT_EQ(console.mainFrame()->menuBar()->actions().last()->text(),
-            activeResources().menu(128).back().caption);
-        EXPECT_NE(activeResources().menu(128).back().caption, u"&Help"_s);
-        EXPECT_EQ(console.version().major, 0);
-        ActivateResourceModule(ResourceModule());
-    }
-    EXPECT_EQ(activeResources().menu(128).back().caption, u"&Help"_s);
+    FakeMachine machine;
+    const ScopedMachine inForce(machine);
+    machine.fakeSession.userLanguage = u"deu"_s;
+    machine.fakeSystemInfo.texts.clear();
+    CQuorilManagerApp console;
+    ASSERT_TRUE(console.InitInstance({u"console"_s}));
+    EXPECT_EQ(console.mainFrame()->menuBar()->actions().last()->text(), u"&Hilfe"_s);
+    EXPECT_EQ(console.version().major, 0);
+    ActivateResourceModule(ResourceModule());
 }
 
 } // namespace

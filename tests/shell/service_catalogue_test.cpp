@@ -1,5 +1,6 @@
 #include "shell/service_catalogue.h"
 
+#include "shell/command_line_info.h"
 #include "shell/quoril_manager_doc.h"
 #include "shell/version_record.h"
 #include "support/fake_machine.h"
@@ -8,6 +9,8 @@
 
 namespace quoril {
 namespace {
+
+using namespace Qt::StringLiterals;
 
 using test::FakeMachine;
 
@@ -21,7 +24,7 @@ protected:
     QStringList scan()
     {
         m_document.ClearServices();
-        EXPECT_EQ(ScanServices(m_document), 0);
+        EXPECT_TRUE(ScanServices(m_document));
         EXPECT_EQ(m_machine.calls.open(), 0);
         QStringList names;
         for (const ServiceInfo& service : m_document.m_services)
@@ -110,13 +113,13 @@ TEST_F(ServiceCatalogueTest, ARefusedKeyCostsWhatLiesBelowItAndNothingElse)
     struct
     {
         QStringView path;
-        int result;
+        quint32 error;
         QString names;
         QString ram;
     } const cases[] = {
-        {u"SYSTEM", -1, {}, {}},
-        {u"SYSTEM\\CurrentControlSet", -1, {}, {}},
-        {u"SYSTEM\\CurrentControlSet\\Services", -1, {}, {}},
+        {u"SYSTEM", error::AccessDenied, {}, {}},
+        {u"SYSTEM\\CurrentControlSet", error::AccessDenied, {}, {}},
+        {u"SYSTEM\\CurrentControlSet\\Services", error::AccessDenied, {}, {}},
         {u"SYSTEM\\CurrentControlSet\\Services\\Zeta", 0, QStringLiteral("Alpha"), {}},
         {u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters", 0, QStringLiteral("Alpha"), {}},
         {u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters\\ram", 0, QStringLiteral("Zeta Alpha"), {}},
@@ -131,7 +134,7 @@ TEST_F(ServiceCatalogueTest, ARefusedKeyCostsWhatLiesBelowItAndNothingElse)
         machine.fakeRegistry.load(Full);
         machine.fakeRegistry.refuse(row.path, key_access::SetValue);
         CQuorilManagerDoc document;
-        EXPECT_EQ(ScanServices(document), row.result);
+        EXPECT_EQ(ScanServices(document).errorNumber(), row.error);
         QStringList names;
         for (const ServiceInfo& service : document.m_services)
             names.append(service.Name);
@@ -145,13 +148,13 @@ TEST_F(ServiceCatalogueTest, EveryFailingCallLeavesNothingOpen)
 {
     m_machine.fakeRegistry.load(Full);
     m_machine.calls.failAt(0);
-    ScanServices(m_document);
+    static_cast<void>(ScanServices(m_document));
     const int calls = m_machine.calls.count();
     ASSERT_GT(calls, 20);
     for (int call = 1; call <= calls; ++call) {
         m_machine.calls.failAt(call);
         m_document.ClearServices();
-        ScanServices(m_document);
+        static_cast<void>(ScanServices(m_document));
         EXPECT_LE(m_document.m_services.size(), 2U);
         EXPECT_EQ(m_machine.calls.open(), 0) << call;
     }
@@ -222,7 +225,34 @@ TEST(Version, IsReadFromTheFirstDigitOn)
         const VersionRecord version = VersionRecord::parse(row.text);
         EXPECT_EQ((std::array{version.major, version.minor, version.sub_minor, version.build}), row.numbers);
     }
-    EXPECT_EQ(VersionRecord::parse(QString(300, u'v')).version_text.size(), 255);
+    const VersionRecord longest = VersionRecord::parse(QString(1022, u'v') + u"12.3"_s);
+    EXPECT_EQ(longest.version_text.size(), 255);
+    EXPECT_EQ((std::pair{longest.major, longest.minor}), (std::pair{1, 0})); // of 2047 bytes
+}
+
+TEST(CommandLine, IsTakenApartAsTheFrameworkDoes)
+{
+    using Request = CommandLineInfo::Request;
+    const struct
+    {
+        QStringList arguments;
+        QStringView flagSigns;
+        Request request;
+        QString file;
+    } cases[] = {
+        {{}, u"-", Request::Window, {}},
+        {{u"p"_s}, u"-", Request::Window, {}},
+        {{u"p"_s, u"--help"_s, u"f"_s}, u"-", Request::Help, u"f"_s},
+        {{u"p"_s, u"-v"_s}, u"-/", Request::Version, {}},
+        {{u"p"_s, u"f"_s, u"--version"_s}, u"-", Request::Window, u"f"_s},
+        {{u"p"_s, u""_s, u"-x"_s, u"/y"_s, u"z"_s}, u"-", Request::Window, u"/y"_s},
+        {{u"p"_s, u""_s, u"-x"_s, u"/y"_s, u"z"_s}, u"-/", Request::Window, u"z"_s},
+    };
+    for (const auto& [arguments, flagSigns, request, file] : cases) {
+        const CommandLineInfo info = ParseCommandLine(arguments, flagSigns);
+        EXPECT_EQ(info.request, request) << arguments.join(u' ').toStdString();
+        EXPECT_EQ(info.fileName, file) << arguments.join(u' ').toStdString();
+    }
 }
 
 } // namespace
