@@ -27,6 +27,13 @@ Q_GUI_EXPORT void qt_handleMouseEvent(QWindow* window, const QPointF& local, con
     Qt::MouseButtons buttons, Qt::MouseButton button, QEvent::Type type, Qt::KeyboardModifiers held,
     int timestamp);
 
+/// The toolkit has no way in for the wheel, but lets this class make an event a real one.
+class QSpontaneKeyEvent
+{
+public:
+    static void mark(QEvent& event) { event.setSpontaneous(); }
+};
+
 namespace quoril::test {
 
 using namespace Qt::StringLiterals;
@@ -59,15 +66,9 @@ void click(QWidget& window, const QPointF& place, Qt::MouseButton button = Qt::L
 
 void wheel(QWidget& window)
 {
-    // The toolkit has no way in for it, but takes what says of itself that it is real.
-    struct Turn : QWheelEvent
-    {
-        explicit Turn(const QPointF& place)
-            : QWheelEvent(place, place, {}, {0, 120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false)
-        {
-            m_spont = true;
-        }
-    } turn({3, 3});
+    const QPointF place(3, 3);
+    QWheelEvent turn(place, place, {}, {0, 120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QSpontaneKeyEvent::mark(turn);
     QCoreApplication::sendEvent(window.windowHandle(), &turn);
 }
 

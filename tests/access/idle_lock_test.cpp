@@ -79,7 +79,8 @@ TEST(IdleLock, LocksASecondAfterTheChosenTimeAndAgainUntilThereIsActivity)
     const std::tuple<quint32, quint32, bool> versions[]
         = {{2, 4, false}, {1, 5, false}, {2, 6, true}, {0, 0, false}}; // the last one can't be asked for
     for (const auto& [platform, major, locks] : versions) {
-        window.fakeSystemInfo.systemVersion = {.platformId = platform, .major = major};
+        window.fakeSystemInfo.systemVersion.platformId = platform;
+        window.fakeSystemInfo.systemVersion.major = major;
         window.calls.failAt(major == 0 ? 1 : 0);
         LockWorkstationIfSupported();
         EXPECT_EQ(window.calls.takeLog().contains(u"lock workstation"_s), locks) << platform << '.' << major;

@@ -4,6 +4,7 @@
 #include "shell/left_view.h"
 #include "shell/main_frame.h"
 #include "shell/quoril_manager_app.h"
+#include "shell/system_monitor.h"
 #include "support/fake_machine.h"
 #include "support/person.h"
 
@@ -68,7 +69,8 @@ TEST(MailCommand, StoresTheReportUnderTheChosenName)
     }
 
     // Without a tree there is nothing to report about.
-    CMainFrame bare(*console.document(), console.version(), {});
+    SystemMonitor monitor;
+    CMainFrame bare(*console.document(), console.version(), {}, monitor);
     test::Person person;
     person.on(u"02000042"_s, test::Person::presses(1));
     bare.OnMail();
