@@ -4,18 +4,16 @@
 #include "emulator_log.h"
 
 #include "platform/host/exit_code.h"
+#include "platform/host/host_file.h"
 #include "platform/machine_choice.h"
 #include "platform/terminal.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_state.h"
 
-#include <QFile>
-
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <ctime>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace quoril::emulator {
@@ -82,18 +80,13 @@ private:
 
 bool appendToFile(Machine& machine, const QString& path, const QByteArray& bytes)
 {
-    const Result<QString> host = static_cast<TreeMachine&>(machine).paths().forCreation(path);
-    if (!host)
+    const Result<HostPlace> place = static_cast<TreeMachine&>(machine).paths().forCreation(path);
+    if (!place)
         return false;
+    const auto file = openRegularFile(*place, HostOpen::Append);
     // One write at the end: lines of several writers don't mix.
-    const int descriptor = ::open(QFile::encodeName(*host).constData(),
-        O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
-    if (descriptor < 0)
-        return false;
-    const bool written
-        = ::write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())) == bytes.size();
-    ::close(descriptor);
-    return written;
+    const auto size = static_cast<std::size_t>(bytes.size());
+    return file && ::write((*file)->handle(), bytes.constData(), size) == bytes.size();
 }
 
 int runOnPlatform(const QStringList& arguments)

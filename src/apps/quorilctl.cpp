@@ -18,7 +18,9 @@ using namespace quoril;
 Error noMachine(const QString& folder, quint32 number)
 {
     QString told = LoadText(text::MachineNotOpened);
-    for (const QString& part : {folder, windowsMessage(number).trimmed()})
+    // Only the environment names a machine by nothing.
+    for (const QString& part :
+        {folder.isEmpty() ? QStringLiteral("$QUORIL_MACHINE") : folder, windowsMessage(number).trimmed()})
         told.replace(told.indexOf(QStringLiteral("%s")), 2, part);
     return {number, told};
 }
@@ -31,7 +33,8 @@ Result<std::shared_ptr<Machine>> openChosen(const QString& folder)
     if (!QFileInfo(choice.folder).isDir()) {
         if (choice.origin != MachineChoice::Origin::UserData)
             return noMachine(choice.folder, error::PathNotFound);
-        if (const Status made = createSampleMachine(choice.folder); !made)
+        if (const Status made = createSampleMachine(choice.folder);
+            !made && made.errorNumber() != error::FileExists)
             return noMachine(choice.folder, made.errorNumber());
     }
     // It goes with the process: freed key by key, the registry of many instances takes a fifth of the run.

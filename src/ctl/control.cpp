@@ -70,13 +70,15 @@ enum class Waited
     QueryFailed
 };
 
-Waited waitFor(ServiceInfo& service, const Goal& goal, quint32 timeoutSeconds)
+/// Waits for the goal. A process that was asked to stop and is another by now has ended, although the service
+/// runs: somebody started it anew.
+Waited waitFor(ServiceInfo& service, const Goal& goal, quint32 timeoutSeconds, quint32 processId)
 {
     Clock& clock = machine().clock();
     const quint64 end = clock.tickCount() + quint64(timeoutSeconds) * 1000;
     while (service.QueryState() == 0) {
         const quint32 state = service.Reported.currentState;
-        if (state == goal.state)
+        if (state == goal.state || (processId != 0 && service.Reported.processId != processId))
             return Waited::Reached;
         // A service that was just told to stop may run for a moment longer.
         const bool onTheWay = state == goal.pendingState || goal.state == service_state::Stopped;
@@ -89,12 +91,12 @@ Waited waitFor(ServiceInfo& service, const Goal& goal, quint32 timeoutSeconds)
     return Waited::QueryFailed;
 }
 
-int await(Ctl& ctl, ServiceInfo& service, const Goal& goal, quint32 timeoutSeconds)
+int await(Ctl& ctl, ServiceInfo& service, const Goal& goal, quint32 timeoutSeconds, quint32 processId = 0)
 {
     Waited waited = Waited::Reached;
     {
         const Progress progress(ctl.console, LoadText(goal.waitText));
-        waited = waitFor(service, goal, timeoutSeconds);
+        waited = waitFor(service, goal, timeoutSeconds, processId);
     }
     const QString failed = LoadText(goal.failureText) + u" \""_s + service.Name + u'"';
     switch (waited) {
@@ -129,12 +131,13 @@ int startOne(Ctl& ctl, Instances&, ServiceInfo& service, const ControlOptions& o
 
 int stopOne(Ctl& ctl, Instances& instances, ServiceInfo& service, const ControlOptions& options)
 {
+    const quint32 processId = service.QueryState() == 0 ? service.Reported.processId : 0;
     if (service.StopNow() != 0) {
         instanceFailure(ctl, service);
         adviseStop(ctl, instances, service);
         return exit_code::Failed;
     }
-    return options.noWait ? exit_code::Done : await(ctl, service, Stopped, options.timeoutSeconds);
+    return options.noWait ? exit_code::Done : await(ctl, service, Stopped, options.timeoutSeconds, processId);
 }
 
 /// Does it to each instance in turn, also behind one that failed, and prints what became of them.

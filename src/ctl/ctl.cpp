@@ -6,7 +6,10 @@
 #include "resources/text_ids.h"
 #include "services/service_by_name.h"
 
+#include <QFileInfo>
 #include <QSaveFile>
+
+#include <new>
 
 namespace quoril {
 
@@ -64,6 +67,17 @@ int runOnMachine(Ctl& ctl, const MachineOpener& openMachine)
     return ctl.run();
 }
 
+/// A file can be made to take more memory than there is.
+int runSubcommand(Ctl& ctl, const MachineOpener& openMachine)
+{
+    try {
+        return ctl.needsMachine ? runOnMachine(ctl, openMachine) : ctl.run();
+    } catch (const std::bad_alloc&) {
+        ctl.console.tell(u"quorilctl: "_s + ServiceApp::ErrorText(error::NotEnoughMemory));
+        return exit_code::Failed;
+    }
+}
+
 } // namespace
 
 int runCtl(const QStringList& arguments, Console& console, const MachineOpener& openMachine)
@@ -76,7 +90,7 @@ int runCtl(const QStringList& arguments, Console& console, const MachineOpener& 
     if (outcome.kind != outcome.Chosen)
         code = printOutcome(console, outcome);
     else
-        code = ctl.needsMachine ? runOnMachine(ctl, openMachine) : ctl.run();
+        code = runSubcommand(ctl, openMachine);
     if (!console.flush()) {
         if (!console.isClosed())
             console.tell(u"quorilctl: the output could not be written"_s);
@@ -100,8 +114,14 @@ int failure(Ctl& ctl, const QString& text, quint32 reason)
 
 int replaceFile(Ctl& ctl, const QString& path, const QByteArray& content)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
+    const QFileInfo info(path);
+    QFile other(path);
+    QSaveFile whole(path);
+    const bool isOther = info.exists() && !info.isFile();
+    QFileDevice& file = isOther ? static_cast<QFileDevice&>(other) : whole;
+    const bool isWritten
+        = file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
+    if (isWritten && (isOther || whole.commit()))
         return exit_code::Done;
     ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(path, file.errorString()));
     return exit_code::Failed;

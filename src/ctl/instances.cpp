@@ -165,7 +165,11 @@ int printStatus(Ctl& ctl, const std::vector<ServiceInfo*>& services, bool single
         if (!asked)
             code = instanceFailure(ctl, *service);
         const QString state = asked ? stateWord(service->Reported.currentState) : u"unknown"_s;
-        const QString startType = asked ? startTypeWord(service->StartType) : u"unknown"_s;
+        const bool hasType = asked && service->ConfigError == error::Success;
+        if (asked && !hasType)
+            code = failure(
+                ctl, u"The start type of \"%1\" can't be read."_s.arg(service->Name), service->ConfigError);
+        const QString startType = hasType ? startTypeWord(service->StartType) : u"unknown"_s;
         const QJsonObject object{{"name"_L1, service->Name}, {"state"_L1, state}, {"startType"_L1, startType},
             {"exitCode"_L1, qint64(service->Reported.win32ExitCode)}};
         if (!ctl.json)

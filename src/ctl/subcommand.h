@@ -46,7 +46,7 @@ int usageError(Ctl& ctl, const QString& text);
 int failure(Ctl& ctl, const QString& text, quint32 reason);
 
 /// Puts the content in place of the file, in one step: whoever reads it sees all of the old or of the new
-/// one. The exit code; a failure is told.
+/// one. What is no file, a device or a pipe, is written to and stays. The exit code; a failure is told.
 int replaceFile(Ctl& ctl, const QString& path, const QByteArray& content);
 
 // The groups of subcommands.

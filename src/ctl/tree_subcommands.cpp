@@ -8,7 +8,6 @@
 #include "platform/tree/tree_machine.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QStringDecoder>
 
 namespace quoril {
@@ -40,8 +39,6 @@ int pathFailure(Ctl& ctl, const QString& path, const Error& error)
 
 int create(Ctl& ctl, const CreateOptions& options)
 {
-    if (QFileInfo::exists(options.folder))
-        return pathFailure(ctl, options.folder, {error::FileExists, {}});
     const Status made = createSampleMachine(options.folder);
     return made ? exit_code::Done : pathFailure(ctl, options.folder, made.failure());
 }
@@ -74,6 +71,21 @@ Result<TreeRegistry*> treeRegistry()
                     : Error{error::NotSupported, u"--machine names no tree"_s};
 }
 
+/// What a device or a pipe gives may have no end. The text of a whole hive is shorter by far.
+Result<QByteArray> readText(QFile& file)
+{
+    constexpr qint64 longest = qint64(256) << 20;
+    constexpr qint64 pieceBytes = qint64(1) << 20;
+    QByteArray text;
+    while (text.size() <= longest) {
+        const QByteArray piece = file.read(pieceBytes);
+        if (piece.isEmpty())
+            return text;
+        text += piece;
+    }
+    return Error{error::FileTooLarge, u"a text has 256 MB at most"_s};
+}
+
 int importText(Ctl& ctl, const RegistryOptions& options)
 {
     QFile file(options.file);
@@ -82,7 +94,8 @@ int importText(Ctl& ctl, const RegistryOptions& options)
         return exit_code::Failed;
     }
     const Result<TreeRegistry*> registry = treeRegistry();
-    const Status imported = registry ? importRegistryText(**registry, file.readAll()) : registry.failure();
+    const Result<QByteArray> text = registry ? readText(file) : registry.failure();
+    const Status imported = text ? importRegistryText(**registry, *text) : Status(text.failure());
     return imported ? exit_code::Done : pathFailure(ctl, options.file, imported.failure());
 }
 

@@ -29,6 +29,7 @@ inline constexpr quint32 CallNotImplemented = 120;
 inline constexpr quint32 InsufficientBuffer = 122;
 inline constexpr quint32 InvalidName = 123;
 inline constexpr quint32 BadExeFormat = 193;
+inline constexpr quint32 FileTooLarge = 223;
 inline constexpr quint32 MoreData = 234;
 inline constexpr quint32 NoMoreItems = 259;
 inline constexpr quint32 BadDatabase = 1009;

@@ -14,8 +14,9 @@ MachineChoice chooseMachine(const QString& option)
 {
     if (!option.isEmpty())
         return {option, MachineChoice::Origin::Option};
-    if (QString folder = qEnvironmentVariable("QUORIL_MACHINE"); !folder.isEmpty())
-        return {std::move(folder), MachineChoice::Origin::Environment};
+    // One that is set and empty names no machine either, and not the one that is had without it.
+    if (qEnvironmentVariableIsSet("QUORIL_MACHINE"))
+        return {qEnvironmentVariable("QUORIL_MACHINE"), MachineChoice::Origin::Environment};
     return unnamedMachine();
 }
 
@@ -25,8 +26,11 @@ std::unique_ptr<Machine> openMachine(const MachineChoice& choice)
         return openHostMachine();
     const bool exists = QFileInfo(choice.folder).isDir();
     if (!exists && choice.origin == MachineChoice::Origin::UserData) {
-        if (const Status status = createSampleMachine(choice.folder); !status)
+        if (const Status status = createSampleMachine(choice.folder);
+            !status && status.errorNumber() != error::FileExists)
             say(u"The sample machine can't be made in %1: %2"_s.arg(choice.folder, status.failure().detail));
+    } else if (choice.folder.isEmpty()) {
+        say(u"QUORIL_MACHINE is set and names no machine."_s);
     } else if (!exists) {
         const QString named = choice.origin == MachineChoice::Origin::Environment
             ? u" (named by QUORIL_MACHINE)"_s

@@ -25,7 +25,7 @@ struct MachineChoice
 };
 
 /// The machine that a program works on: the tree of its option where that isn't empty, else that of the
-/// environment variable QUORIL_MACHINE, else unnamedMachine().
+/// environment variable QUORIL_MACHINE, also where that is empty and no folder, else unnamedMachine().
 MachineChoice chooseMachine(const QString& option);
 
 /// Where nothing names a tree: on Windows the live machine; elsewhere the folder "machine" beside the

@@ -55,6 +55,7 @@ struct ServiceStatus
     quint32 win32ExitCode = 0;
     quint32 checkPoint = 0;
     quint32 waitHintMilliseconds = 0;
+    quint32 processId = 0; // of the service's process, 0 where there is none
 };
 
 struct ServiceConfig

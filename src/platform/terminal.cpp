@@ -4,7 +4,10 @@
 #include "platform/terminal_text.h"
 
 #include <QList>
+#include <QSet>
 #include <QString>
+
+#include <mutex>
 
 namespace quoril {
 
@@ -31,6 +34,19 @@ void say(QStringView text, StandardStream stream)
     for (const QStringView line : text.split(u'\n'))
         shown += (isTerminal(stream) ? terminalText(line) : line.toString()) + u'\n';
     writeText(fileOf(stream), shown.toUtf8());
+}
+
+void sayOnce(const QString& text)
+{
+    static std::mutex mutex;
+    static QSet<QString> said;
+    {
+        const std::lock_guard lock(mutex);
+        if (said.contains(text))
+            return;
+        said.insert(text);
+    }
+    say(text);
 }
 
 } // namespace quoril

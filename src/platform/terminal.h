@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 #include <QStringView>
 
 #include <cstdio>
@@ -24,6 +25,9 @@ bool hasStream(StandardStream stream);
 /// Puts lines of text out. What is in them can't command a terminal. A program that has no such stream says
 /// it on the terminal that it was started from, else in a box, where somebody can see one.
 void say(QStringView text, StandardStream stream = StandardStream::Error);
+
+/// The same on standard error, for each text once in the life of the process.
+void sayOnce(const QString& text);
 
 /// Writes UTF-8 to the stream, not held back: a terminal gets what it shows as that text. False if not all of
 /// it could be written.

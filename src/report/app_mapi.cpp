@@ -1,4 +1,5 @@
 #include "report/app_mapi.h"
+#include "platform/host/host_file.h"
 
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -57,6 +58,24 @@ bool isTaken(const QString& hostPath)
 {
     const QFileInfo file(hostPath);
     return file.exists() || file.isSymLink();
+}
+
+constexpr QStringView ReportName = u"QuorilMailReport.txt";
+
+/// The file of the report, open for writing; null if it can't be. The proposed name is the program's and not
+/// the person's: a link that somebody laid under it in the working folder is not followed.
+std::unique_ptr<QFile> openReport(const QString& path)
+{
+    constexpr QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Unbuffered;
+    auto file = std::make_unique<QFile>(path);
+    if (path != ReportName)
+        return file->open(mode | QIODevice::Truncate) ? std::move(file) : nullptr;
+    if (file->open(mode | QIODevice::NewOnly))
+        return file;
+    const Result<HostFolder> here = HostFolder::open(u"."_s);
+    auto found = here ? openRegularFile({*here, path}, HostOpen::Write)
+                      : Result<std::unique_ptr<QFile>>(here.failure());
+    return found ? *std::move(found) : nullptr;
 }
 
 } // namespace
@@ -192,16 +211,17 @@ void appMAPI::BuildForm()
 
 void appMAPI::SaveReport(QuorilMAPIData& data)
 {
-    const QString path = m_askFileName(u"QuorilMailReport.txt"_s);
+    const QString path = m_askFileName(ReportName.toString());
     if (path.isEmpty())
         return;
-    QFile out(path);
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+    const std::unique_ptr<QFile> file = openReport(path);
+    if (!file) {
         ShowError(LoadText(text::OutputNotOpened));
         return;
     }
     // What kept a stage from its part has been told: a report without it is not one that was stored.
     const bool hasStages = ErrorText.isEmpty();
+    QFile& out = *file;
     BuildForm();
     const bool hasForm = writeUnits(out, FormText);
     const bool hasParts = copyParts(out, data);

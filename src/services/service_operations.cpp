@@ -116,7 +116,9 @@ int ServiceInfo::QueryState()
             return status.failure();
         Reported = *status;
         Status = statusCode(status->currentState);
-        if (const auto config = service.queryConfig(ConfigBytes))
+        const auto config = service.queryConfig(ConfigBytes);
+        ConfigError = config.errorNumber();
+        if (config)
             StartType = qint32(config->startType);
         return {};
     };

@@ -64,6 +64,7 @@ public:
     quint32 Reason = 0; ///< the Windows error number of that failure, 0 where there is none
     qint32 Status = 0; ///< 1 paused, 2 started, 3 stopped, 0 anything else
     qint32 StartType = 0; ///< 2 automatic, 3 manual, 4 disabled, as the service manager gives it
+    quint32 ConfigError = 0; ///< why the last QueryState() could not read StartType, 0 if it could
     ServiceStatus Reported; ///< what the service manager told of it last
     quint32 LogFrom = 0; ///< the period for which the logs are read, in seconds since 1970 UTC
     quint32 LogTo = 0;

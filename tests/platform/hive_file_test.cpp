@@ -117,8 +117,8 @@ TEST(HiveFileTest, readsATreeThatCannotBeWritten)
         TreeRegistry reader(paths);
         const auto system = keyAt(reader, u"SYSTEM");
         ASSERT_TRUE(system);
-        EXPECT_EQ((*system)->setDWord(u"One", 6).errorNumber(), error::WriteProtect);
-        EXPECT_EQ((*system)->create(u"New", key_access::Read).errorNumber(), error::WriteProtect);
+        EXPECT_EQ((*system)->setDWord(u"One", 6).errorNumber(), error::AccessDenied);
+        EXPECT_EQ((*system)->create(u"New", key_access::Read).errorNumber(), error::AccessDenied);
         EXPECT_EQ(number(reader, u"One"), 5u);
     }
     EXPECT_EQ(tree.read(hivePath), before);

@@ -1,5 +1,7 @@
 #include "platform/tree/tree_paths.h"
 
+#include "platform/host/file_lock.h"
+#include "platform/host/host_file.h"
 #include "support/temporary_tree.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +21,7 @@ protected:
         tree.makeFolder(u"Windows/Überwachung"_s);
         tree.makeFolder(u"dir"_s);
         tree.makeFolder(u"DIR"_s);
+        tree.makeFolder(u"made"_s);
         tree.write(u"Windows/Überwachung/Log.TXT"_s, "log");
         tree.write(u"dir/a"_s, "a");
         tree.write(u"DIR/b"_s, "b");
@@ -73,11 +76,11 @@ TEST_F(TreePathsTest, takesEveryFormOfAPathIntoTheTree)
         {u"C:\\dangling", {}, error::AccessDenied},
     };
     for (const Case& each : cases) {
-        const Result<QString> host = paths.existing(each.path);
+        const Result<HostPlace> host = paths.existing(each.path);
         EXPECT_EQ(host.errorNumber(), each.number) << qPrintable(each.path.toString());
-        EXPECT_EQ(host ? *host : QString(), each.host) << qPrintable(each.path.toString());
+        EXPECT_EQ(host ? host->path() : QString(), each.host) << qPrintable(each.path.toString());
     }
-    EXPECT_EQ(*paths.forCreation(u"C:\\Dir\\new"), tree.host(u"DIR/new"_s));
+    EXPECT_EQ(paths.forCreation(u"C:\\Dir\\new")->path(), tree.host(u"DIR/new"_s));
     EXPECT_EQ(paths.forCreation(u"C:\\dangling").errorNumber(), error::AccessDenied);
     EXPECT_EQ(*paths.absolute(u"..\\x/y"), u"C:\\x\\y");
     EXPECT_EQ(paths.machinePath(log), u"C:\\Windows\\Überwachung\\Log.TXT");
@@ -92,16 +95,55 @@ TEST_F(TreePathsTest, opensNothingButFilesOfTheTree)
     EXPECT_EQ((*files.openForReading(u"C:\\DIR\\B"))->readAll(), "b");
     EXPECT_EQ(files.openForReading(u"C:\\pipe").errorNumber(), error::AccessDenied);
     EXPECT_EQ(files.openForWriting(u"C:\\dangling").errorNumber(), error::AccessDenied);
-    {
-        const auto written = files.openForWriting(u"C:\\Windows\\new.txt");
-        ASSERT_TRUE(written);
-        (*written)->write("new");
-    }
-    const auto open = files.openForReading(u"C:\\windows\\NEW.TXT");
-    EXPECT_TRUE(files.remove(u"C:\\windows\\new.txt"));
-    EXPECT_EQ((*open)->readAll(), "new");
-    EXPECT_EQ(files.remove(u"C:\\windows\\new.txt").errorNumber(), error::FileNotFound);
     EXPECT_EQ(files.remove(u"C:\\dir").errorNumber(), error::AccessDenied);
+}
+
+TEST_F(TreePathsTest, reachesNothingOutsideWhateverIsExchangedAfterTheLook)
+{
+    const QTemporaryDir outside;
+    const HostPlace place = *paths.forCreation(u"C:\\dir\\new");
+    ASSERT_TRUE(QFile::rename(tree.host(u"dir"_s), tree.host(u"moved"_s)));
+    ASSERT_TRUE(QFile::link(outside.path(), tree.host(u"dir"_s)));
+    EXPECT_TRUE(replaceFile(place, "x") && openRegularFile(place, HostOpen::Write));
+    EXPECT_TRUE(FileLock::acquire(place.beside(u".lock"_s)) && makeHostFolder(place.beside(u"made"_s)));
+    EXPECT_TRUE(renameHostFile(place, u"last"_s));
+    EXPECT_TRUE(QDir(outside.path()).isEmpty());
+    EXPECT_TRUE(QFile::exists(tree.host(u"moved/last"_s)) && QFile::exists(tree.host(u"moved/made"_s)));
+    EXPECT_EQ(paths.forCreation(u"C:\\dir\\new").errorNumber(), error::AccessDenied);
+}
+
+TEST_F(TreePathsTest, givesWhatIsMadeTheRightsOfItsFolderAndOfWhatItReplaces)
+{
+    const bool isRoot = ::getuid() == 0;
+    const struct
+    {
+        mode_t folder, file, made, lock;
+    } cases[] = {{0755, 0644, 0755, 0600}, {0770, 0660, 0770, 0660}, {01777, 0644, 0755, 0600}};
+    for (const auto& each : cases) {
+        const HostPlace place = *paths.forCreation(u"C:\\made\\file");
+        const QByteArray folder = QFile::encodeName(place.folder.path());
+        ASSERT_TRUE(::chmod(folder.constData(), each.folder) == 0
+            && (!isRoot || ::chown(folder.constData(), 99, 98) == 0));
+        EXPECT_TRUE(openRegularFile(place, HostOpen::Write) && makeHostFolder(place.beside(u"folder"_s)));
+        EXPECT_TRUE(FileLock::acquire(place.beside(u"lock"_s)));
+        for (const auto& [name, mode] :
+            {std::pair("/file", each.file), {"/folder", each.made}, {"/lock", each.lock}}) {
+            struct stat is = {};
+            ASSERT_EQ(::stat((folder + name).constData(), &is), 0);
+            EXPECT_EQ(is.st_mode & 07777, mode) << name << " in " << each.folder;
+            EXPECT_TRUE(!isRoot || (is.st_uid == 99 && is.st_gid == 98)) << name;
+        }
+        QDir(tree.host(u"made"_s)).removeRecursively();
+        tree.makeFolder(u"made"_s);
+    }
+    const HostPlace place = *paths.forCreation(u"C:\\made\\private");
+    const QByteArray file = QFile::encodeName(place.path());
+    tree.write(u"made/private"_s, "old");
+    ASSERT_TRUE(::chmod(file.constData(), 0640) == 0 && (!isRoot || ::chown(file.constData(), 97, 96) == 0));
+    EXPECT_TRUE(replaceFile(place, "new"));
+    struct stat is = {};
+    ASSERT_EQ(::stat(file.constData(), &is), 0);
+    EXPECT_TRUE((is.st_mode & 07777) == 0640 && (!isRoot || (is.st_uid == 97 && is.st_gid == 96)));
 }
 
 } // namespace

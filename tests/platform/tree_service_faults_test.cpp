@@ -1,4 +1,5 @@
 #include "platform/host/file_lock.h"
+#include "platform/host/posix/held_process.h"
 #include "support/service_tree.h"
 
 #include <gtest/gtest.h>
@@ -152,22 +153,22 @@ TEST_F(TreeServiceFaultsTest, knowsAServiceWhoseHostWasKilled)
 
 TEST_F(TreeServiceFaultsTest, countsAProcessAsAliveUntilItsLocksAreFree)
 {
-    const QString fileName = tree.root() + u"/lock"_s;
+    const HostPlace place{*HostFolder::open(tree.root()), u"lock"_s};
     for (int i = 0; i < 50; ++i) {
         const pid_t holder = ::fork();
         if (holder == 0) {
-            const TryLock lock(fileName);
+            const TryLock lock(place);
             const int watch = ::inotify_init1(IN_CLOEXEC); // what makes the end of a host take its time
             ::inotify_add_watch(watch, "/", IN_CREATE);
             ::pause();
             ::_exit(0);
         }
-        while (!TryLock::isTaken(fileName))
+        while (!TryLock::isTaken(place))
             std::this_thread::sleep_for(1ms);
         const auto identity = ProcessIdentity::of(holder);
         ASSERT_TRUE(identity && identity->signal(SIGKILL));
         while (identity->isAlive()) { }
-        ASSERT_TRUE(TryLock(fileName).isHeld()) << i;
+        ASSERT_TRUE(TryLock(place).isHeld()) << i;
         ASSERT_EQ(::waitpid(holder, nullptr, 0), holder);
     }
 }
@@ -211,6 +212,20 @@ TEST_F(TreeServiceFaultsTest, takesNoOtherProcessForTheService)
     ServiceRecord record{{Running, 0, 0, 0}, real, {}};
     ASSERT_TRUE(folder->record(record));
     EXPECT_EQ(service->queryStatus()->currentState, Running);
+    // A record that others could have written names whom it likes.
+    const QByteArray state = QFile::encodeName(folder->path() + u"/state"_s);
+    const auto isRefused = [&] {
+        return service->queryStatus()->currentState == Stopped
+            && service->control(ServiceControlStop).errorNumber() == error::ServiceNotActive;
+    };
+    EXPECT_TRUE(::chmod(state.constData(), 0664) == 0 && isRefused());
+    EXPECT_TRUE(::chmod(state.constData(), 0644) == 0 && !::link(state.constData(), (state + '2').constData())
+        && isRefused());
+    EXPECT_TRUE(::unlink((state + '2').constData()) == 0 && service->queryStatus()->currentState == Running);
+    EXPECT_TRUE(::getuid() != 0 || (::chown(state.constData(), 65534, 0) == 0 && isRefused()));
+    record.service->image.clear(); // as it is recorded before it runs its program
+    ASSERT_TRUE(folder->record(record));
+    EXPECT_EQ(service->queryStatus()->currentState, Running);
     const auto altered = {+[](ProcessIdentity& id) { --id.startTicks; },
         +[](ProcessIdentity& id) { id.image = "/other"; }, +[](ProcessIdentity& id) { id.boot = "earlier"; }};
     for (const auto& alter : altered) {
@@ -224,6 +239,40 @@ TEST_F(TreeServiceFaultsTest, takesNoOtherProcessForTheService)
     EXPECT_EQ(::waitpid(stranger, nullptr, WNOHANG), 0) << "the stranger was signalled";
     ::kill(stranger, SIGKILL);
     ::waitpid(stranger, nullptr, 0);
+}
+
+TEST_F(TreeServiceFaultsTest, aProcessThatNobodyRecordedNeverRuns)
+{
+    tree.program(u"mark.exe"_s, "touch \"$0.ran\"; exec sleep 60");
+    const QString program = tree.host(u"mark.exe"_s);
+    const HostCommand command{program, {QFile::encodeName(program)}, {"PATH=/usr/bin:/bin"}, tree.root()};
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(::pipe(ends.data()), 0);
+    const pid_t host = ::fork();
+    if (host == 0) {
+        const auto held = HeldProcess::start(command);
+        const pid_t child = held ? (*held)->pid() : 0;
+        (void)!::write(ends[1], &child, sizeof child);
+        ::raise(SIGKILL);
+    }
+    pid_t child = 0;
+    ASSERT_EQ(::read(ends[0], &child, sizeof child), ssize_t(sizeof child));
+    ::waitpid(host, nullptr, 0);
+    for (int i = 0; i < 2000 && ProcessIdentity::of(child); ++i)
+        std::this_thread::sleep_for(5ms);
+    EXPECT_FALSE(ProcessIdentity::of(child));
+    { // nor one whose record could not be written
+        const auto held = HeldProcess::start(command);
+        ASSERT_TRUE(held);
+    }
+    EXPECT_FALSE(QFile::exists(program + u".ran"_s));
+}
+
+TEST_F(TreeServiceFaultsTest, aLockThatSomebodyElseHoldsIsToldAsOne)
+{
+    tree.add(u"CERES"_s);
+    const TryLock lock(ServiceFolder::make(tree.machine.paths(), u"CERES")->place(u"host"));
+    EXPECT_EQ((*tree.open(u"CERES"_s))->start().errorNumber(), error::LockViolation);
 }
 
 TEST_F(TreeServiceFaultsTest, readsNoStateOutOfAHostileFolder)

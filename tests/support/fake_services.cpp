@@ -30,7 +30,7 @@ public:
     {
         if (const Status allowed = check(u"queryStatus"_s, service_access::QueryStatus); !allowed)
             return allowed.failure();
-        const ServiceStatus status{m_script.states.front(), 0, 0, 0};
+        const ServiceStatus status{m_script.states.front(), 0, 0, 0, m_script.processId};
         if (m_script.states.size() > 1)
             m_script.states.erase(m_script.states.begin());
         return status;
@@ -56,7 +56,7 @@ public:
         if (const Status allowed = check(u"control"_s, service_access::Stop, QString::number(code)); !allowed)
             return allowed.failure();
         if (code == ServiceControlStop)
-            m_script.states = m_script.afterStop;
+            m_script.states = m_script.afterStop, ++m_script.processId;
         return ServiceStatus{m_script.states.front(), 0, 0, 0};
     }
 

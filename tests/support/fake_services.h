@@ -26,6 +26,7 @@ public:
         /// changeConfig, delete.
         std::map<QString, quint32> errors;
         bool deleted = false;
+        quint32 processId = 0; ///< what runs after a stop has the next one
     };
 
     explicit FakeServiceControl(FakeCalls& calls) : m_calls(calls) { }

@@ -9,6 +9,9 @@ namespace quoril {
 /// The computer and the user that this program runs for, "HOST\user".
 QString hostUserName();
 
+/// Has a write beyond a limit for the size of files end in an error, and not end the program.
+void tellFileSizeLimits();
+
 /// The host's whole physical memory in bytes.
 Result<quint64> hostMemory();
 

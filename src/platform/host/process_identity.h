@@ -13,7 +13,7 @@ struct ProcessIdentity
     int pid = 0;
     quint64 startTicks = 0; // since the host's start
     QByteArray boot; // the kernel's name for its run
-    QByteArray image; // the program's path
+    QByteArray image; // the program's path; empty where it is not known yet
 
     /// The process as it is now; none on a host that runs no services of a tree, and if there is no such
     /// process or it has ended without being waited for.

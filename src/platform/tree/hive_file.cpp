@@ -31,6 +31,7 @@ HiveFile::~HiveFile() = default;
 void HiveFile::drop()
 {
     m_stamp = {};
+    m_isSettled = false;
     m_isDirty = false;
     put(std::nullopt);
 }
@@ -55,18 +56,25 @@ Result<HiveFile::Stamp> HiveFile::stampNow(QFile& file)
 
 Status HiveFile::readIfReplaced()
 {
-    const Result<QString> host = m_paths.existing(m_machinePath);
-    if (host.errorNumber() == error::PathNotFound)
+    // The path is enough to find that nothing changed: whatever it leads to by now, it is the file that was
+    // read.
+    if (root() && m_isSettled) {
+        if (const Result<HostFileStamp> now = stampAt(m_hostPath); now && *now == m_stamp.file)
+            return {};
+    }
+    const Result<HostPlace> place = m_paths.existing(m_machinePath);
+    if (place.errorNumber() == error::PathNotFound)
         return Error{error::FileNotFound, {}}; // to a registry a missing folder is a missing hive
-    if (!host)
-        return host.failure();
-    m_hostPath = *host;
-    const Result<std::unique_ptr<QFile>> file = openRegularFile(m_hostPath, HostOpen::Read);
+    if (!place)
+        return place.failure();
+    m_hostPath = place->path();
+    const Result<std::unique_ptr<QFile>> file = openRegularFile(*place, HostOpen::Read);
     if (!file)
         return file.failure();
     Result<Stamp> stamp = stampNow(**file);
     if (!stamp)
         return stamp.failure();
+    m_isSettled = isSettled(stamp->file);
     return root() && *stamp == m_stamp ? Status() : load(**file, *std::move(stamp));
 }
 
@@ -74,10 +82,10 @@ Status HiveFile::load(QFile& file, Stamp stamp)
 {
     std::optional<regf::Recovery> recovery;
     const auto openLog = [this](QStringView suffix) -> Result<std::unique_ptr<QFile>> {
-        const Result<QString> host = m_paths.existing(m_machinePath + suffix.toString());
-        if (!host)
-            return host.failure();
-        return openRegularFile(*host, HostOpen::Read);
+        const Result<HostPlace> log = m_paths.existing(m_machinePath + suffix.toString());
+        if (!log)
+            return log.failure();
+        return openRegularFile(*log, HostOpen::Read);
     };
     Result<regf::Hive> hive = readHive(file, openLog, recovery);
     if (!hive)
@@ -125,9 +133,12 @@ Status HiveFile::begin()
 {
     if (Status status = refresh(); !status)
         return status;
-    const QFileInfo info(m_hostPath);
+    const Result<HostPlace> place = m_paths.existing(m_machinePath);
+    if (!place)
+        return place.failure();
+    m_place = *place;
     Result<std::unique_ptr<FileLock>> lock
-        = FileLock::acquire(info.path() + u"/."_s + info.fileName() + u".lock"_s);
+        = FileLock::acquire(m_place->beside(u'.' + m_place->name + u".lock"_s));
     if (!lock)
         return lock.failure();
     m_lock = *std::move(lock);
@@ -164,7 +175,7 @@ Status HiveFile::write()
     const Result<QByteArray> bytes = hive()->serialize(currentFiletime());
     if (!bytes)
         return bytes.failure();
-    return replaceFile(m_hostPath, *bytes);
+    return replaceFile(*m_place, *bytes);
 }
 
 Status HiveFile::commit()
@@ -178,12 +189,14 @@ Status HiveFile::commit()
     }
     if (m_isDirty) {
         // The state in memory is that of the new file.
-        const Result<std::unique_ptr<QFile>> file = openRegularFile(m_hostPath, HostOpen::Read);
+        const Result<std::unique_ptr<QFile>> file = openRegularFile(*m_place, HostOpen::Read);
         Result<Stamp> stamp = file ? stampNow(**file) : Result<Stamp>(file.failure());
         m_stamp = stamp ? *std::move(stamp) : Stamp();
     }
     m_isDirty = false;
+    m_isSettled = false;
     m_inTransaction = false;
+    m_place.reset();
     m_lock.reset();
     return status;
 }
@@ -193,6 +206,7 @@ void HiveFile::rollBack()
     if (m_isDirty)
         drop(); // it is read again from its file
     m_inTransaction = false;
+    m_place.reset();
     m_lock.reset();
     if (!root())
         static_cast<void>(refresh());

@@ -27,8 +27,8 @@ public:
     /// 2 no such file, 5, 1015 damage. Why a hive can't be opened is told once on standard error.
     Status refresh() override;
 
-    /// 19 where the tree can't be written, 32 when another program holds the lock for too long, 112, and 1015
-    /// for a hive of which a part can't be read: it would be lost in the new file.
+    /// 5 and 19 where the tree can't be written, 32 when another program holds the lock for too long, 112,
+    /// and 1015 for a hive of which a part can't be read: it would be lost in the new file.
     Status change(const Change& apply) override;
     void tellDamage() override;
 
@@ -58,7 +58,10 @@ private:
 
     const TreePaths& m_paths;
     QString m_machinePath;
-    QString m_hostPath;
+    QString m_hostPath; // where the hive was read last
+    bool m_isSettled = false; // its stamp alone tells whether it is still the same
+    std::optional<HostPlace>
+        m_place; // of the hive that is changed, while a change or a series of them goes on
     Stamp m_stamp;
     QString m_told;
     bool m_damageTold = false;

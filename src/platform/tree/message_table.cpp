@@ -66,6 +66,7 @@ constexpr Message messages[] = {
     {170, u"The requested resource is in use."},
     {183, u"Cannot create a file when that file already exists."},
     {206, u"The filename or extension is too long."},
+    {223, u"The file size exceeds the limit allowed and cannot be saved."},
     {230, u"The pipe state is invalid."},
     {231, u"All pipe instances are busy."},
     {232, u"The pipe is being closed."},

@@ -1,9 +1,9 @@
 #include "platform/tree/sample_machine.h"
 
 #include "formats/regf_hive.h"
-#include "platform/host/file_lock.h"
 #include "platform/host/host_command.h"
 #include "platform/host/host_file.h"
+#include "platform/host/host_system.h"
 #include "platform/tree/hive_store.h"
 #include "platform/tree/registry_text.h"
 #include "platform/tree/tree_paths.h"
@@ -34,13 +34,34 @@ Result<QByteArray> readResource(const QString& name)
     return file.readAll();
 }
 
-Status writeFile(const QString& hostPath, const QByteArray& bytes)
+/// The folder to which the names lead, made where it is missing.
+Result<HostFolder> makeFolders(HostFolder folder, const QStringList& names)
 {
-    QDir().mkpath(QFileInfo(hostPath).path());
-    QFile file(hostPath);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush())
-        return Error{error::WriteFault, hostPath + u": "_s + file.errorString()};
-    return {};
+    for (const QString& name : names) {
+        Result<HostFolder> next = makeHostFolder({folder, name});
+        if (!next)
+            return next;
+        folder = *std::move(next);
+    }
+    return folder;
+}
+
+Result<std::unique_ptr<QFile>> writeFile(const HostFolder& root, QStringList names, const QByteArray& bytes)
+{
+    const QString name = names.takeLast();
+    const Result<HostFolder> folder = makeFolders(root, names);
+    if (!folder)
+        return folder.failure();
+    const HostPlace place{*folder, name};
+    Result<std::unique_ptr<QFile>> file = openRegularFile(place, HostOpen::Write);
+    if (file && ((*file)->write(bytes) != bytes.size() || !(*file)->flush()))
+        return Error{error::WriteFault, place.path() + u": "_s + (*file)->errorString()};
+    return file;
+}
+
+Status asStatus(const Result<std::unique_ptr<QFile>>& written)
+{
+    return written ? Status() : Status(written.failure());
 }
 
 /// The text as an emulator writes its log: units of 16 bits, lines that end in CR LF, no byte-order mark.
@@ -57,7 +78,7 @@ QByteArray asEmulatorLog(const QByteArray& utf8)
 class Builder
 {
 public:
-    explicit Builder(QString root) : m_root(std::move(root)) { }
+    explicit Builder(const HostFolder& root) : m_root(root) { }
 
     Status build()
     {
@@ -74,38 +95,43 @@ public:
     }
 
 private:
-    QString hostPath(QStringView machinePath) const
-    {
-        return m_root + u'/' + machinePath.mid(3).toString().replace(u'\\', u'/');
-    }
+    static QStringList namesOf(QStringView machinePath) { return machinePath.mid(3).toString().split(u'\\'); }
 
     Status entry(const QString& line)
     {
         const QString word = line.section(u' ', 0, 0);
         const QStringList parts = line.mid(word.size() + 1).split(u" < "_s);
-        const QString path = hostPath(parts.first());
-        if (word == u"folder")
-            return QDir().mkpath(path) ? Status() : Error{error::WriteFault, path};
+        const QStringList names = namesOf(parts.first());
+        if (word == u"folder") {
+            const Result<HostFolder> made = makeFolders(m_root, names);
+            return made ? Status() : Status(made.failure());
+        }
         if (word == u"emulator")
-            return copyEmulator(path);
+            return copyEmulator(names);
         if (word == u"file")
-            return writeFile(path, parts.value(1).toUtf8() + "\r\n");
+            return asStatus(writeFile(m_root, names, parts.value(1).toUtf8() + "\r\n"));
         if (word != u"log")
             return Error{error::BadDatabase, u"manifest.txt: "_s + line};
         const Result<QByteArray> text = readResource(u"logs/"_s + parts.value(1));
-        return text ? writeFile(path, asEmulatorLog(*text)) : Status(text.failure());
+        return text ? asStatus(writeFile(m_root, names, asEmulatorLog(*text))) : Status(text.failure());
     }
 
     /// Links that lead out of a tree are not followed, so the program itself is put into it. Without one the
     /// services are listed and can't be started, as on any machine whose product was removed.
-    static Status copyEmulator(const QString& path)
+    Status copyEmulator(const QStringList& names) const
     {
-        QDir().mkpath(QFileInfo(path).path());
         const QString beside
             = QCoreApplication::applicationDirPath() + u"/quoril-emulator"_s + HostProgramSuffix.toString();
         QFile program(beside);
-        if (program.exists() && !program.copy(path))
-            return Error{error::WriteFault, path + u": "_s + program.errorString()};
+        if (!program.open(QIODevice::ReadOnly))
+            return {};
+        const auto copy = writeFile(m_root, names, program.readAll());
+        if (!copy)
+            return copy.failure();
+        // Whoever may read it may run it.
+        constexpr QFile::Permissions run
+            = QFile::ExeOwner | QFile::ExeUser | QFile::ExeGroup | QFile::ExeOther;
+        (*copy)->setPermissions((*copy)->permissions() | (program.permissions() & run));
         return {};
     }
 
@@ -116,7 +142,8 @@ private:
             const Result<QByteArray> hive = regf::Hive::create(name, now).serialize(now);
             if (!hive)
                 return hive.failure();
-            if (Status status = writeFile(m_root + u"/Windows/System32/config/"_s + name, *hive); !status)
+            const QStringList names = {u"Windows"_s, u"System32"_s, u"config"_s, name};
+            if (Status status = asStatus(writeFile(m_root, names, *hive)); !status)
                 return status;
         }
         const TreePaths paths(m_root);
@@ -131,33 +158,29 @@ private:
         return {};
     }
 
-    QString m_root;
+    HostFolder m_root;
 };
 
 } // namespace
 
 Status createSampleMachine(const QString& folder)
 {
+    tellFileSizeLimits();
     const QString place = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
-    const QString parent = QFileInfo(place).path();
-    if (!QDir().mkpath(parent))
-        return Error{error::PathNotFound, parent};
-    const auto lock = FileLock::acquire(place + u".lock"_s);
-    if (!lock)
-        return lock.failure();
-    if (QFileInfo(place).isDir())
-        return {};
-    if (QFileInfo::exists(place))
+    const QFileInfo info(place);
+    if (!QDir().mkpath(info.path()))
+        return Error{error::PathNotFound, info.path()};
+    if (info.exists() || info.isSymLink())
         return Error{error::FileExists, place};
-    // Under the lock, what an earlier try left is nobody's.
-    const QString building = place + u".new"_s;
-    QDir(building).removeRecursively();
-    Status status = Builder(building).build();
-    if (status)
-        status = moveHostFile(building, place);
-    if (!status)
-        QDir(building).removeRecursively();
-    return status;
+    const Result<HostFolder> parent = HostFolder::open(info.path());
+    if (!parent)
+        return parent.failure();
+    // Nobody else can be in a folder that this program has just made.
+    Result<NewHostFolder> building = NewHostFolder::make(*parent);
+    if (!building)
+        return building.failure();
+    const Status built = Builder(building->folder()).build();
+    return built ? building->putUnder(info.fileName()) : built;
 }
 
 } // namespace quoril

@@ -8,8 +8,6 @@
 #include "platform/host/host_file.h"
 #include "platform/tree/tree_paths.h"
 
-#include <QFileInfo>
-
 #include <algorithm>
 #include <vector>
 
@@ -59,9 +57,9 @@ private:
 template <typename Reader> class FileSource : public Source
 {
 public:
-    static Result<std::unique_ptr<Source>> open(const QString& hostPath, const EventSpan& span)
+    static Result<std::unique_ptr<Source>> open(const HostPlace& place, const EventSpan& span)
     {
-        Result<std::unique_ptr<QFile>> file = openRegularFile(hostPath, HostOpen::Read);
+        Result<std::unique_ptr<QFile>> file = openRegularFile(place, HostOpen::Read);
         if (!file)
             return file.failure();
         Result<Reader> reader = Reader::open(**file);
@@ -121,7 +119,7 @@ Result<std::unique_ptr<EventLog>> TreeEventLogs::open(QStringView name, EventSpa
     std::vector<std::unique_ptr<Source>> sources;
     Error failure{error::FileNotFound, {}};
     const auto add = [&](const QString& machinePath, auto openSource) {
-        const Result<QString> host = m_paths.existing(machinePath);
+        const Result<HostPlace> host = m_paths.existing(machinePath);
         Result<std::unique_ptr<Source>> source
             = host ? openSource(*host, span) : Result<std::unique_ptr<Source>>(host.failure());
         if (source)
@@ -139,11 +137,10 @@ Result<std::unique_ptr<EventLog>> TreeEventLogs::open(QStringView name, EventSpa
 
 Status TreeEventLogs::report(QStringView name, const EventEntry& entry)
 {
-    const Result<QString> host = m_paths.forCreation(classicPath(name));
+    const Result<HostPlace> host = m_paths.forCreation(classicPath(name));
     if (!host)
         return host.failure();
-    const QFileInfo info(*host);
-    const auto lock = FileLock::acquire(info.path() + u"/."_s + info.fileName() + u".lock"_s);
+    const auto lock = FileLock::acquire(host->beside(u'.' + host->name + u".lock"_s));
     if (!lock)
         return lock.failure();
     const Result<std::unique_ptr<QFile>> file = openRegularFile(*host, HostOpen::ReadWrite);

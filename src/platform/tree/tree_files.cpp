@@ -5,7 +5,6 @@
 #include "platform/host/host_file.h"
 #include "platform/tree/tree_paths.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -16,9 +15,11 @@ namespace quoril {
 
 namespace {
 
-Result<std::unique_ptr<QIODevice>> openDevice(const QString& hostPath, HostOpen purpose)
+Result<std::unique_ptr<QIODevice>> openDevice(const Result<HostPlace>& place, HostOpen purpose)
 {
-    Result<std::unique_ptr<QFile>> file = openRegularFile(hostPath, purpose);
+    if (!place)
+        return place.failure();
+    Result<std::unique_ptr<QFile>> file = openRegularFile(*place, purpose);
     if (!file)
         return file.failure();
     return std::unique_ptr<QIODevice>(*std::move(file));
@@ -61,38 +62,37 @@ qsizetype folderSize(QStringView path)
 
 Result<std::unique_ptr<QIODevice>> TreeFiles::openForReading(QStringView path)
 {
-    const Result<QString> host = m_paths.existing(path);
-    if (!host)
-        return host.failure();
-    return openDevice(*host, HostOpen::Read);
+    return openDevice(m_paths.existing(path), HostOpen::Read);
 }
 
 Result<std::unique_ptr<QIODevice>> TreeFiles::openForWriting(QStringView path)
 {
-    const Result<QString> host = m_paths.forCreation(path);
-    if (!host)
-        return host.failure();
-    return openDevice(*host, HostOpen::Write);
+    return openDevice(m_paths.forCreation(path), HostOpen::Write);
 }
 
 Status TreeFiles::remove(QStringView path)
 {
-    const Result<QString> host = m_paths.existing(path);
-    if (!host)
-        return host.failure();
-    return removeHostFile(*host);
+    const Result<HostPlace> place = m_paths.existing(path);
+    return place ? removeHostFile(*place) : Status(place.failure());
 }
 
 Result<QStringList> TreeFiles::find(QStringView pattern)
 {
     const QStringView folder = pattern.left(folderSize(pattern));
-    const Result<QString> host = m_paths.existing(folder.isEmpty() ? QStringView(u".") : folder);
+    const Result<HostPlace> place = m_paths.existing(folder.isEmpty() ? QStringView(u".") : folder);
+    if (!place)
+        return place.errorNumber() == error::FileNotFound ? Error{error::PathNotFound, {}} : place.failure();
+    const Result<HostFolder> host = place->folder.folder(place->name);
     if (!host)
-        return host.errorNumber() == error::FileNotFound ? Error{error::PathNotFound, {}} : host.failure();
+        return host.failure();
     QStringList names;
-    for (const QString& name : QDir(*host).entryList(QDir::Files | QDir::Hidden)) {
+    for (const QString& name : host->names()) {
+        if (!matches(name, pattern.mid(folder.size())))
+            continue;
         // What the machine can't reach by that name isn't there for it.
-        if (matches(name, pattern.mid(folder.size())) && m_paths.existing(folder.toString() + name))
+        const Result<HostPlace> found = m_paths.existing(folder.toString() + name);
+        const Result<HostEntry> entry = found ? hostEntry(*found) : Result<HostEntry>(found.failure());
+        if (entry && !entry->isFolder)
             names.append(name);
     }
     std::ranges::sort(names, [](const QString& left, const QString& right) {
@@ -118,7 +118,8 @@ Status TreeFiles::setCurrentDirectory(QStringView path)
 
 Result<QString> TreeFiles::hostPath(QStringView path) const
 {
-    return m_paths.existing(path);
+    const Result<HostPlace> place = m_paths.existing(path);
+    return place ? Result<QString>(place->path()) : Result<QString>(place.failure());
 }
 
 Result<QString> TreeFiles::machinePath(const QString& hostPath) const

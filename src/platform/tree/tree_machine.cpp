@@ -1,6 +1,7 @@
 #include "platform/tree/tree_machine.h"
 
 #include "platform/host/host_session.h"
+#include "platform/host/host_system.h"
 
 namespace quoril {
 
@@ -14,6 +15,7 @@ TreeMachine::TreeMachine(const QString& root)
     , m_session(openHostSession(m_paths.root()))
     , m_services(makeTreeServiceControl(*this))
 {
+    tellFileSizeLimits();
 }
 
 TreeMachine::~TreeMachine() = default;

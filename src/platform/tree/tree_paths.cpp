@@ -82,10 +82,9 @@ Status appendNames(QStringList& names, QStringView path)
 }
 
 /// The folder's entry of that name without regard to case, empty if there is none.
-QString entryOfAnyCase(const QString& folder, QStringView name)
+QString entryOfAnyCase(const HostFolder& folder, QStringView name)
 {
-    const QStringList entries = QDir(folder).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    const QStringList entries = folder.names();
     const auto found = std::find_if(
         entries.begin(), entries.end(), [&](const QString& entry) { return foldedEquals(name, entry); });
     return found == entries.end() ? QString() : *found;
@@ -95,15 +94,19 @@ QString entryOfAnyCase(const QString& folder, QStringView name)
 
 TreePaths::TreePaths(const QString& root) : m_root(realHostPath(root))
 {
-    if (m_root.isEmpty())
+    if (m_root.isEmpty() && !root.isEmpty())
         m_root = QDir::cleanPath(QFileInfo(root).absoluteFilePath());
     const QString here = realHostPath(QDir::currentPath());
-    if (here != m_root && contains(here))
-        m_current = here.mid(m_root.size() + 1).split(u'/', Qt::SkipEmptyParts);
+    if (contains(here))
+        m_current = namesBelow(here);
 }
+
+TreePaths::TreePaths(const HostFolder& root) : m_root(root.path()), m_rootFolder(root) { }
 
 bool TreePaths::contains(const QString& hostPath) const
 {
+    if (m_root.isEmpty()) // no tree at all
+        return false;
     // A root that is a whole disk ends in a separator itself.
     return hostPath == m_root
         || (hostPath.startsWith(m_root) && (m_root.endsWith(u'/') || hostPath[m_root.size()] == u'/'));
@@ -139,59 +142,99 @@ Result<QStringList> TreePaths::components(QStringView path) const
     return names;
 }
 
-Result<QString> TreePaths::step(const QString& folder, const QString& name) const
+/// Nothing tells here that the target stays what it is: the names are gone through like any others.
+Result<QStringList> TreePaths::namesOfTarget(const HostPlace& link) const
 {
-    QString path = folder + u'/' + name;
-    Result<HostEntry> entry = hostEntry(path);
-    if (!entry) {
-        if (entry.errorNumber() != error::FileNotFound)
-            return entry.failure();
-        const QString other = entryOfAnyCase(folder, name);
-        if (other.isEmpty())
-            return Error{error::FileNotFound, {}};
-        path = folder + u'/' + other;
-        entry = hostEntry(path);
-    }
-    if (!entry || !entry->isLink)
-        return path;
+    const QString target = realHostPath(link.path());
     // A link with no end is not followed either: writing through it would make a file wherever it points.
-    const QString target = realHostPath(path);
     if (target.isEmpty() || !contains(target))
-        return Error{error::AccessDenied, path + u" leads out of the tree"_s};
-    return target;
+        return Error{error::AccessDenied, link.path() + u" leads out of the tree"_s};
+    return namesBelow(target);
 }
 
-Result<QString> TreePaths::resolve(const QStringList& names, Last last) const
+/// Goes from folder to folder, each opened in the one before. Where a link stands on the way, the names
+/// become those that lead to its target and beyond, and the place has no name.
+Result<HostPlace> TreePaths::walk(HostFolder folder, QStringList& names, Last last) const
 {
-    QString path = m_root;
     for (qsizetype i = 0; i < names.size(); ++i) {
         const bool isLast = i + 1 == names.size();
-        if (i > 0 && !QFileInfo(path).isDir())
-            return Error{error::PathNotFound, {}};
-        Result<QString> next = step(path, names[i]);
-        if (next) {
-            path = *std::move(next);
-            continue;
+        HostPlace place{folder, names[i]};
+        Result<HostEntry> entry = hostEntry(place);
+        if (entry.errorNumber() == error::FileNotFound) {
+            if (const QString other = entryOfAnyCase(folder, place.name); !other.isEmpty())
+                entry = hostEntry(place = {folder, other});
         }
-        if (next.errorNumber() != error::FileNotFound)
-            return next;
-        if (!isLast)
-            return Error{error::PathNotFound, {}};
-        return last == Last::MayBeMissing ? Result<QString>(path + u'/' + names[i]) : next;
+        if (!entry && entry.errorNumber() != error::FileNotFound)
+            return entry.failure();
+        if (!entry && isLast && last == Last::MayBeMissing)
+            return place;
+        if (!entry)
+            return Error{isLast ? error::FileNotFound : error::PathNotFound, {}};
+        if (entry->isLink) {
+            const Result<QStringList> target = namesOfTarget(place);
+            if (!target)
+                return target.failure();
+            names = *target + names.mid(i + 1);
+            return HostPlace{folder, {}};
+        }
+        if (isLast)
+            return place;
+        Result<HostFolder> next = folder.folder(place.name);
+        if (!next)
+            return next.errorNumber() == error::AccessDenied ? next.failure()
+                                                             : Error{error::PathNotFound, {}};
+        folder = *std::move(next);
     }
-    return path;
+    return HostPlace{folder, u"."_s};
 }
 
-Result<QString> TreePaths::existing(QStringView path) const
+/// The folder below the root at which the names lead without a link and as they are spelt, in one step.
+Result<HostFolder> TreePaths::straightFolder(const QStringList& names) const
 {
-    const Result<QStringList> names = components(path);
-    return names ? resolve(*names, Last::MustExist) : Result<QString>(names.failure());
+    QString path = m_root;
+    for (const QString& name : names)
+        path = path.endsWith(u'/') ? path + name : path + u'/' + name;
+    return HostFolder::openStraight(path);
 }
 
-Result<QString> TreePaths::forCreation(QStringView path) const
+Result<HostPlace> TreePaths::resolve(QStringList names, Last last) const
+{
+    if (!names.isEmpty() && !m_rootFolder) {
+        const Result<HostFolder> folder = straightFolder(names.first(names.size() - 1));
+        QStringList name = {names.last()};
+        if (folder) {
+            Result<HostPlace> place = walk(*folder, name, last);
+            if (!place || !place->name.isEmpty())
+                return place;
+        }
+    }
+    const Result<HostFolder> root = m_rootFolder ? *m_rootFolder : HostFolder::open(m_root);
+    if (!root)
+        return Error{names.size() == 1 ? error::FileNotFound : error::PathNotFound, {}};
+    constexpr int longestChain = 40; // of links, as the kernel has it
+    for (int links = 0; links <= longestChain; ++links) {
+        Result<HostPlace> place = walk(*root, names, last);
+        if (!place || !place->name.isEmpty())
+            return place;
+    }
+    return Error{error::AccessDenied, m_root + u": links lead to links without end"_s};
+}
+
+QStringList TreePaths::namesBelow(const QString& hostPath) const
+{
+    return hostPath.mid(m_root.size()).split(u'/', Qt::SkipEmptyParts);
+}
+
+Result<HostPlace> TreePaths::existing(QStringView path) const
 {
     const Result<QStringList> names = components(path);
-    return names ? resolve(*names, Last::MayBeMissing) : Result<QString>(names.failure());
+    return names ? resolve(*names, Last::MustExist) : Result<HostPlace>(names.failure());
+}
+
+Result<HostPlace> TreePaths::forCreation(QStringView path) const
+{
+    const Result<QStringList> names = components(path);
+    return names ? resolve(*names, Last::MayBeMissing) : Result<HostPlace>(names.failure());
 }
 
 Result<QString> TreePaths::absolute(QStringView path) const
@@ -220,10 +263,10 @@ Status TreePaths::setCurrentDirectory(QStringView path)
     const Result<QStringList> names = components(path);
     if (!names)
         return names.failure();
-    const Result<QString> host = resolve(*names, Last::MustExist);
-    if (!host)
-        return host.failure();
-    if (!QFileInfo(*host).isDir())
+    const Result<HostPlace> place = resolve(*names, Last::MustExist);
+    if (!place)
+        return place.failure();
+    if (const Result<HostEntry> entry = hostEntry(*place); !entry || !entry->isFolder)
         return Error{ErrorDirectory, {}};
     const std::lock_guard lock(m_mutex);
     m_current = *names;

@@ -33,6 +33,15 @@ QStringList placesOf(const QString& program)
     return places;
 }
 
+/// The path that one without a folder, or with a drive alone, means where that folder is the current one.
+QString inFolder(const QString& path, QStringView folder)
+{
+    const bool hasDrive = path.size() > 1 && path[1] == u':';
+    const QStringView below = QStringView(path).mid(hasDrive ? 2 : 0);
+    const bool isRelative = below.isEmpty() || (below[0] != u'\\' && below[0] != u'/');
+    return folder.isEmpty() || !isRelative ? path : folder.toString() + u'\\' + below.toString();
+}
+
 QList<QByteArray> environmentFor(const QString& root)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -46,14 +55,15 @@ QList<QByteArray> environmentFor(const QString& root)
 
 } // namespace
 
-Result<TreeProcesses::Program> TreeProcesses::findProgram(QStringView commandLine) const
+Result<TreeProcesses::Program> TreeProcesses::findProgram(
+    QStringView commandLine, QStringView currentDirectory) const
 {
     std::optional<Error> first;
     for (const ProgramCandidate& candidate : programCandidates(commandLine)) {
         for (const QString& place : placesOf(withProgramExtension(candidate.program))) {
-            const Result<QString> host = m_paths.existing(place);
-            if (host && QFileInfo(*host).isFile())
-                return Program{*host, splitArguments(candidate.rest)};
+            const Result<HostPlace> host = m_paths.existing(inFolder(place, currentDirectory));
+            if (host && QFileInfo(host->path()).isFile())
+                return Program{host->path(), splitArguments(candidate.rest)};
             if (!first && hasFolder(candidate.program))
                 first = host ? Error{error::AccessDenied, place} : host.failure();
         }
@@ -66,11 +76,11 @@ Result<QString> TreeProcesses::findApplication(QStringView name) const
     const bool isSearched = !hasFolder(name);
     Error failure{error::FileNotFound, name.toString()};
     for (const QString& place : placesOf(name.toString())) {
-        const Result<QString> host = m_paths.existing(place);
-        const bool isFile = host && QFileInfo(*host).isFile();
+        const Result<HostPlace> host = m_paths.existing(place);
+        const bool isFile = host && QFileInfo(host->path()).isFile();
         // A search passes over what is no program here.
-        if (isFile && (!isSearched || canRunHostProgram(*host).errorNumber() != error::BadExeFormat))
-            return *host;
+        if (isFile && (!isSearched || canRunHostProgram(host->path()).errorNumber() != error::BadExeFormat))
+            return host->path();
         if (!isSearched)
             failure = host ? Error{error::AccessDenied, place} : host.failure();
     }
@@ -98,10 +108,10 @@ Result<std::unique_ptr<Process>> TreeProcesses::create(QStringView applicationNa
             return host.failure();
         program = {*host, splitCommandLine(commandLine).mid(1)};
     }
-    const Result<QString> folder = m_paths.existing(m_paths.currentDirectory());
+    const Result<HostPlace> folder = m_paths.existing(m_paths.currentDirectory());
     HostCommand command;
     command.program = program.hostPath;
-    command.folder = folder ? *folder : m_paths.root();
+    command.folder = folder ? folder->path() : m_paths.root();
     command.environment = environmentFor(m_paths.root());
     command.arguments.append(QFile::encodeName(program.hostPath));
     for (const QString& argument : std::as_const(program.arguments))

@@ -29,8 +29,9 @@ public:
 
     /// The program of the host that a command line means, found as Windows finds it: ".exe" is added to a
     /// name without extension, and a name without folder is looked for in the current directory and then in
-    /// the system's folders. 2, 3, 5, 123.
-    Result<Program> findProgram(QStringView commandLine) const;
+    /// the system's folders. A current directory that is given, "C:\\dir", counts in place of the process's
+    /// own. 2, 3, 5, 123.
+    Result<Program> findProgram(QStringView commandLine, QStringView currentDirectory = {}) const;
 
 private:
     /// Host path of a program that is named by itself. What the system has and a tree may lack, or have as a

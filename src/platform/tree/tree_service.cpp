@@ -85,11 +85,11 @@ Result<ServiceStatus> TreeService::control(quint32 code)
         return Error{error::InvalidServiceControl, m_name};
     if (Status allowed = need(service_access::Stop); !allowed)
         return allowed.failure();
-    const QString parent = ServiceFolder::parent(m_machine.paths());
+    const Result<HostFolder> parent = ServiceFolder::parent(m_machine.paths());
     // Where nothing was ever started only drivers run, and there is nothing to lock.
-    if (parent.isEmpty())
+    if (!parent)
         return stop();
-    const auto lock = ServiceFolder::lockServices(parent);
+    const auto lock = ServiceFolder::lockServices(*parent);
     return lock ? stop() : Result<ServiceStatus>(lock.failure());
 }
 
@@ -130,7 +130,7 @@ Status TreeService::markForDelete()
 {
     if (Status allowed = need(service_access::Delete); !allowed)
         return allowed;
-    const Result<QString> parent = ServiceFolder::makeParent(m_machine.paths());
+    const Result<HostFolder> parent = ServiceFolder::makeParent(m_machine.paths());
     if (!parent)
         return parent.failure();
     const auto lock = ServiceFolder::lockServices(*parent);
@@ -139,7 +139,7 @@ Status TreeService::markForDelete()
     if (Status marked = m_database.markForDelete(m_name); !marked)
         return marked;
     if (const auto made = ServiceFolder::make(m_machine.paths(), m_name))
-        m_deleting.emplace(made->file(u"delete"));
+        m_deleting.emplace(made->place(u"delete"));
     return {};
 }
 

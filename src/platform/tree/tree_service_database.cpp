@@ -325,7 +325,8 @@ void TreeServiceDatabase::removeIfMarked(QStringView name, const ServiceFolder& 
 Result<TreeProcesses::Program> TreeServiceDatabase::program(const ServiceConfig& config) const
 {
     const QString line = fromSystemRoot(expandMachineVariables(config.binaryPath.trimmed()));
-    Result<TreeProcesses::Program> found = m_machine.processes().findProgram(line);
+    // The service manager starts them all, from its own folder and no caller's.
+    Result<TreeProcesses::Program> found = m_machine.processes().findProgram(line, u"C:\\Windows\\System32");
     if (found && ((config.serviceType & AnyProcess) == 0 || !isHostProgram(found->hostPath)))
         return Error{error::BadExeFormat, line};
     return found;

@@ -13,7 +13,8 @@ class TreeMachine;
 inline constexpr QStringView ServiceHostProgram = u"quoril-service-host";
 
 /// Has a host start the service and waits until the process exists: 2 if there is no host program, the error
-/// of a program that can't be run, 1056 if another host has the service.
+/// of a program that can't be run, 33 with the file's name if the lock of the service's host is taken, by
+/// whomever: the service counts as stopped then.
 Status launchServiceHost(TreeMachine& machine, QStringView service);
 
 /// What the host program does: detaches itself, starts the service's process, answers to the descriptor

@@ -2,7 +2,8 @@
 
 #include "platform/host/exit_code.h"
 #include "platform/host/file_lock.h"
-#include "platform/host/posix/host_process.h"
+#include "platform/host/host_file.h"
+#include "platform/host/posix/held_process.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_database.h"
 #include "platform/tree/tree_service_state.h"
@@ -19,7 +20,6 @@
 #include <poll.h>
 #include <sys/inotify.h>
 #include <sys/syscall.h>
-#include <thread>
 #include <unistd.h>
 
 namespace quoril {
@@ -36,20 +36,6 @@ quint32 startLimit()
     bool isNumber = false;
     const int limit = qEnvironmentVariableIntValue("QUORIL_SERVICE_START_LIMIT", &isNumber);
     return isNumber && limit > 0 ? static_cast<quint32>(limit) : DefaultStartLimitMilliseconds;
-}
-
-/// A process that was just started, once it runs its program: the kernel lets the starter go on a moment
-/// before.
-std::optional<ProcessIdentity> startedProcess(pid_t pid, const std::optional<ProcessIdentity>& starter)
-{
-    using namespace std::chrono_literals;
-    const QDeadlineTimer until(1s);
-    auto started = ProcessIdentity::of(pid);
-    while (started && starter && started->image == starter->image && !until.hasExpired()) {
-        std::this_thread::sleep_for(1ms);
-        started = ProcessIdentity::of(pid);
-    }
-    return started;
 }
 
 /// What wakes the host: a file put into the service's folder, and the end of the process.
@@ -98,6 +84,7 @@ public:
 
 private:
     Status spawn(const ServiceFolder& folder);
+    Status startRecorded(const HostCommand& command);
     void takeReport();
     void take(const ServiceStatus& reported);
     void stopIfAsked();
@@ -131,9 +118,10 @@ Status Host::start()
     if (!folder)
         return folder.failure();
     m_folder = *folder;
-    m_lock.emplace(m_folder->file(u"host"));
+    m_lock.emplace(m_folder->place(u"host"));
+    // Nobody may hold it while the service counts as stopped, as the starter found it.
     if (!m_lock->isHeld())
-        return Error{error::ServiceAlreadyRunning, {}};
+        return m_lock->state();
     m_folder->clearRun();
     m_wakeups.emplace(m_folder->path());
     return spawn(*folder);
@@ -155,25 +143,41 @@ Status Host::spawn(const ServiceFolder& folder)
     command.arguments.append(QFile::encodeName(program->hostPath));
     for (const QString& argument : program->arguments)
         command.arguments.append(QFile::encodeName(argument));
-    const Result<QString> system = m_machine.paths().existing(u"C:\\Windows\\System32");
-    command.folder = system ? *system : m_machine.paths().root();
-    Result<std::unique_ptr<HostProcess>> process = HostProcess::start(command);
-    if (!process)
+    const Result<HostPlace> system = m_machine.paths().existing(u"C:\\Windows\\System32");
+    command.folder = system ? system->path() : m_machine.paths().root();
+    return startRecorded(command);
+}
+
+/// The process is recorded before it does anything: one that nobody knows of would run beside the next
+/// start's.
+Status Host::startRecorded(const HostCommand& command)
+{
+    const auto before = m_folder->recorded();
+    const Result<std::unique_ptr<HeldProcess>> held = HeldProcess::start(command);
+    if (!held)
+        return held.failure();
+    m_record.status.currentState = service_state::StartPending;
+    m_record.host = ProcessIdentity::of(::getpid());
+    m_record.service = ProcessIdentity::of((*held)->pid());
+    if (m_record.service)
+        m_record.service->image.clear(); // the host's own until it runs its program
+    if (Status kept = m_folder->record(m_record); !kept)
+        return kept;
+    Result<std::unique_ptr<HostProcess>> process = (*held)->letGo();
+    if (!process) {
+        if (before)
+            (void)m_folder->record(*before).ok();
+        else
+            (void)removeHostFile(m_folder->place(u"state")).ok();
         return process.failure();
+    }
     m_process = *std::move(process);
     m_wakeups->watchProcess(m_process->pid());
     m_startDeadline.setRemainingTime(startLimit());
-    m_record.status.currentState = service_state::StartPending;
-    m_record.host = ProcessIdentity::of(::getpid());
-    m_record.service = startedProcess(m_process->pid(), m_record.host);
-    Status kept = m_folder->record(m_record);
-    if (!kept) {
-        // A process that nobody knows of would run beside the next start's.
-        constexpr quint32 EndMilliseconds = 5000;
-        static_cast<void>(m_process->terminate(1));
-        m_process->wait(EndMilliseconds);
-    }
-    return kept;
+    if (auto running = ProcessIdentity::of(m_process->pid()))
+        m_record.service = std::move(running);
+    publish();
+    return {};
 }
 
 void Host::follow()
@@ -303,7 +307,9 @@ int runServiceHost(const QString& treeRoot, const QString& service, int answer)
     }
     Host host(treeRoot, service);
     const Status started = host.start();
-    const QByteArray text = QByteArray::number(started.errorNumber()) + '\n';
+    QByteArray text = QByteArray::number(started.errorNumber()) + '\n';
+    if (!started)
+        text += started.failure().detail.toUtf8() + '\n';
     // A starter that is gone meanwhile leaves the service as it is.
     const bool isAnswered = ::write(pipe, text.constData(), static_cast<std::size_t>(text.size())) > 0;
     ::close(pipe);

@@ -115,14 +115,14 @@ Status launchServiceHost(TreeMachine& machine, QStringView service)
         return host.failure();
     answer.closeWriting();
     const QDeadlineTimer until(AnswerMilliseconds);
-    const QByteArray text = answer.readAll(until).trimmed();
+    const QString text = QString::fromUtf8(answer.readAll(until));
     // The process that was started here has handed its work to one of its own and ends.
     (*host)->wait(static_cast<quint32>(until.remainingTime()));
     bool isNumber = false;
-    const quint32 number = text.toUInt(&isNumber);
+    const quint32 number = text.section(u'\n', 0, 0).toUInt(&isNumber);
     if (!isNumber)
         return Error{error::ServiceRequestTimeout, program};
-    return number == error::Success ? Status() : Error{number, program};
+    return number == error::Success ? Status() : Error{number, text.section(u'\n', 1, 1)};
 }
 
 } // namespace quoril

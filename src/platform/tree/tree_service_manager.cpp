@@ -6,7 +6,6 @@
 #include "platform/tree/tree_machine.h"
 
 #include <QDeadlineTimer>
-#include <QFile>
 
 #include <array>
 #include <chrono>
@@ -33,9 +32,9 @@ quint32 specificRights(quint32 access, const std::array<quint32, 4>& meaning)
     return rights;
 }
 
-QString lockFile(const QString& parent)
+HostPlace lockFile(const HostFolder& parent)
 {
-    return parent + u"/.database"_s;
+    return {parent, u".database"_s};
 }
 
 class TreeDatabaseLock : public ServiceDatabaseLock
@@ -55,12 +54,12 @@ struct LockHolder
 };
 
 /// Who holds the lock. Whoever takes it or lets it go has no name in it for a moment, which is waited for.
-std::optional<LockHolder> lockHolder(const QString& fileName, qint64 now)
+std::optional<LockHolder> lockHolder(const HostPlace& place, qint64 now)
 {
     using namespace std::chrono_literals;
     const QDeadlineTimer until(1s);
-    while (TryLock::isTaken(fileName)) {
-        const auto file = openRegularFile(fileName, HostOpen::Read);
+    while (TryLock::isTaken(place)) {
+        const auto file = openRegularFile(place, HostOpen::Read);
         const QList<QByteArray> lines = file ? (*file)->read(1024).split('\n') : QList<QByteArray>();
         if (lines.size() == 3)
             return LockHolder{QString::fromUtf8(lines[1]), lines[0].toLongLong()};
@@ -77,17 +76,16 @@ void removeIfForgotten(TreeMachine& machine, QStringView name)
     TreeServiceDatabase database(machine);
     if (!database.isMarkedForDelete(name))
         return;
-    const Result<QString> parent = ServiceFolder::makeParent(machine.paths());
+    const Result<HostFolder> parent = ServiceFolder::makeParent(machine.paths());
     if (!parent)
         return;
     const auto lock = ServiceFolder::lockServices(*parent);
     const ServiceFolder folder(machine.paths(), name);
     if (!lock)
         return;
-    if (!folder.path().isEmpty()) {
-        const TryLock deleting(folder.file(u"delete"));
-        if (folder.current().status.currentState != service_state::Stopped
-            || (!deleting.isHeld() && QFile::exists(folder.path())))
+    if (folder.exists()) {
+        const TryLock deleting(folder.place(u"delete"));
+        if (folder.current().status.currentState != service_state::Stopped || !deleting.isHeld())
             return;
     }
     database.removeIfMarked(name, folder);
@@ -136,7 +134,7 @@ Result<std::unique_ptr<ServiceDatabaseLock>> TreeServiceManager::lockDatabase()
 {
     if (!(m_rights & service_access::ManagerLock))
         return Error{error::AccessDenied, {}};
-    const Result<QString> parent = ServiceFolder::makeParent(m_machine.paths());
+    const Result<HostFolder> parent = ServiceFolder::makeParent(m_machine.paths());
     if (!parent)
         return parent.failure();
     TryLock lock(lockFile(*parent));
@@ -156,9 +154,9 @@ Result<ServiceLockStatus> TreeServiceManager::queryLockStatus(const QueryBlock& 
     if (!(m_rights & service_access::ManagerQueryLockStatus))
         return Error{error::AccessDenied, {}};
     ServiceLockStatus status;
-    const QString parent = ServiceFolder::parent(m_machine.paths());
+    const Result<HostFolder> parent = ServiceFolder::parent(m_machine.paths());
     const qint64 now = m_machine.clock().now();
-    if (const auto holder = parent.isEmpty() ? std::nullopt : lockHolder(lockFile(parent), now)) {
+    if (const auto holder = parent ? lockHolder(lockFile(*parent), now) : std::nullopt) {
         status.isLocked = true;
         status.owner = holder->name;
         status.secondsHeld = static_cast<quint32>(qMax<qint64>(0, now - holder->since));

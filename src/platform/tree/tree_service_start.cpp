@@ -1,6 +1,7 @@
 #include "platform/tree/tree_service_start.h"
 
 #include "formats/name_case.h"
+#include "platform/terminal.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_database.h"
 #include "platform/tree/tree_service_host.h"
@@ -13,6 +14,8 @@
 #include <vector>
 
 namespace quoril {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -224,7 +227,10 @@ Status ServiceStart::launch(const QString& service) const
         return Error{error::ServiceDependencyFail, *dependency};
     if (const auto program = m_database.program(*config); !program)
         return program.failure();
-    return launchServiceHost(m_machine, m_database.storedName(service));
+    Status launched = launchServiceHost(m_machine, m_database.storedName(service));
+    if (launched.errorNumber() == error::LockViolation)
+        say(launched.failure().detail + u" is locked by another program"_s);
+    return launched;
 }
 
 } // namespace
@@ -233,12 +239,16 @@ ServiceStatus serviceStatus(TreeMachine& machine, QStringView service)
 {
     if (TreeServiceDatabase(machine).isSystemDriver(service))
         return {service_state::Running, error::Success, 0, 0};
-    return ServiceFolder(machine.paths(), service).current().status;
+    const ServiceRecord record = ServiceFolder(machine.paths(), service).current();
+    ServiceStatus status = record.status;
+    if (record.service && status.currentState != service_state::Stopped)
+        status.processId = static_cast<quint32>(record.service->pid);
+    return status;
 }
 
 Status startWithDependencies(TreeMachine& machine, const QString& service)
 {
-    if (const Result<QString> parent = ServiceFolder::makeParent(machine.paths()); !parent)
+    if (const Result<HostFolder> parent = ServiceFolder::makeParent(machine.paths()); !parent)
         return parent.failure();
     return ServiceStart(machine).run(service);
 }

@@ -2,11 +2,10 @@
 
 #include "formats/name_case.h"
 #include "platform/host/host_file.h"
+#include "platform/terminal.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QCryptographicHash>
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QMap>
 
@@ -65,24 +64,17 @@ std::optional<ProcessIdentity> processIn(const QMap<QByteArray, QByteArray>& val
         values[prefix + "boot"], QByteArray::fromPercentEncoding(values[prefix + "image"])};
 }
 
-Result<QString> madeFolder(const TreePaths& paths, const QString& machinePath)
+Result<HostFolder> folderAt(const Result<HostPlace>& place)
 {
-    if (Result<QString> there = paths.existing(machinePath); there)
-        return there;
-    const Result<QString> place = paths.forCreation(machinePath);
-    if (!place)
-        return place.failure();
-    if (Status made = makeHostFolder(*place); !made)
-        return made.failure();
-    return *place;
+    return place ? place->folder.folder(place->name) : Result<HostFolder>(place.failure());
 }
 
-/// Where a file of a service can't be made, the tree can't be written.
-Error asChange(Error failure)
+Result<HostFolder> madeFolder(const TreePaths& paths, const QString& machinePath)
 {
-    if (failure.number == error::AccessDenied)
-        failure.number = error::WriteProtect;
-    return failure;
+    if (const Result<HostPlace> there = paths.existing(machinePath); there)
+        return folderAt(there);
+    const Result<HostPlace> place = paths.forCreation(machinePath);
+    return place ? makeHostFolder(*place) : Result<HostFolder>(place.failure());
 }
 
 constexpr QStringView ParentPath = u"C:\\ProgramData\\Quoril\\services";
@@ -124,76 +116,81 @@ std::optional<ServiceRecord> ServiceRecord::fromText(const QByteArray& text)
     return record;
 }
 
-QString ServiceFolder::parent(const TreePaths& paths)
+Result<HostFolder> ServiceFolder::parent(const TreePaths& paths)
 {
-    const Result<QString> there = paths.existing(ParentPath);
-    return there ? *there : QString();
+    return folderAt(paths.existing(ParentPath));
 }
 
-Result<std::unique_ptr<FileLock>> ServiceFolder::lockServices(const QString& parent)
+Result<std::unique_ptr<FileLock>> ServiceFolder::lockServices(const Result<HostFolder>& parent)
 {
-    if (parent.isEmpty())
-        return Error{error::PathNotFound, {}};
-    return FileLock::acquire(parent + u"/.lock"_s);
+    if (!parent)
+        return parent.failure();
+    return FileLock::acquire({*parent, u".lock"_s});
 }
 
-Result<QString> ServiceFolder::makeParent(const TreePaths& paths)
+Result<HostFolder> ServiceFolder::makeParent(const TreePaths& paths)
 {
     for (const QString& above : {u"C:\\ProgramData"_s, u"C:\\ProgramData\\Quoril"_s})
-        if (const Result<QString> made = madeFolder(paths, above); !made)
-            return made.failure();
+        if (Result<HostFolder> made = madeFolder(paths, above); !made)
+            return made;
     return madeFolder(paths, ParentPath.toString());
 }
 
 ServiceFolder::ServiceFolder(const TreePaths& paths, QStringView service)
 {
-    const QString machinePath = ParentPath.toString() + u'\\' + encodedName(service);
-    if (const Result<QString> place = paths.forCreation(machinePath); place)
-        m_path = *place;
+    Result<HostFolder> above = parent(paths);
+    if (!above)
+        return;
+    m_parent = *std::move(above);
+    // The name is this program's own, in one spelling.
+    if (Result<HostFolder> folder = m_parent->folder(encodedName(service)); folder)
+        m_folder = *std::move(folder);
 }
 
 Result<ServiceFolder> ServiceFolder::make(const TreePaths& paths, QStringView service)
 {
-    if (const Result<QString> above = makeParent(paths); !above)
+    Result<HostFolder> above = makeParent(paths);
+    if (!above)
         return above.failure();
-    ServiceFolder folder(paths, service);
-    if (folder.m_path.isEmpty())
-        return Error{error::AccessDenied, {}};
-    if (Status made = makeHostFolder(folder.m_path); !made)
-        return made.failure();
-    return folder;
+    Result<HostFolder> folder = makeHostFolder({*above, encodedName(service)});
+    if (!folder)
+        return folder.failure();
+    return ServiceFolder(*std::move(above), *std::move(folder));
 }
 
 void ServiceFolder::remove() const
 {
-    if (m_path.isEmpty())
+    if (!exists())
         return;
-    for (const QStringView name :
-        {u"state", u".state.new", u"report", u".report.new", u"stop", u"host", u"delete"})
-        QFile::remove(file(name));
-    QDir().rmdir(m_path);
+    clearRun();
+    for (const QStringView name : {u"state", u".state.new", u"host", u"delete"})
+        static_cast<void>(removeHostFile(place(name)));
+    static_cast<void>(removeHostFolder({*m_parent, QFileInfo(path()).fileName()}));
 }
 
 bool ServiceFolder::isStopAsked() const
 {
-    return QFileInfo::exists(file(u"stop"));
+    return exists() && hostEntry(place(u"stop")).ok();
 }
 
 Status ServiceFolder::askStop() const
 {
-    const auto made = openRegularFile(file(u"stop"), HostOpen::ReadWrite);
-    return made ? Status() : asChange(made.failure());
+    if (!exists())
+        return Error{error::PathNotFound, {}};
+    const auto made = openRegularFile(place(u"stop"), HostOpen::ReadWrite);
+    return made ? Status() : Status(made.failure());
 }
 
 void ServiceFolder::clearRun() const
 {
     for (const QStringView name : {u"report", u".report.new", u"stop"})
-        QFile::remove(file(name));
+        if (exists())
+            static_cast<void>(removeHostFile(place(name)));
 }
 
 ServiceRecord ServiceFolder::current() const
 {
-    const auto found = m_path.isEmpty() ? std::nullopt : recorded();
+    const auto found = recorded();
     if (!found)
         return {{service_state::Stopped, error::ServiceNeverStarted, 0, 0}, {}, {}};
     if (found->status.currentState == service_state::Stopped)
@@ -221,27 +218,47 @@ ServiceRecord ServiceFolder::current() const
     return record;
 }
 
+std::optional<ServiceRecord> ServiceFolder::recorded() const
+{
+    if (!exists())
+        return std::nullopt;
+    const HostPlace state = place(u"state");
+    const auto opened = openRegularFile(state, HostOpen::Read);
+    if (!opened)
+        return std::nullopt;
+    if (!isOnlyOurs(**opened)) {
+        sayOnce(state.path()
+            + u": others than this user and root could have written it; the service counts as stopped"_s);
+        return std::nullopt;
+    }
+    return ServiceRecord::fromText((*opened)->read(MaximumRecordBytes));
+}
+
 std::optional<ServiceRecord> ServiceFolder::read(QStringView name) const
 {
-    const auto opened = openRegularFile(file(name), HostOpen::Read);
+    if (!exists())
+        return std::nullopt;
+    const auto opened = openRegularFile(place(name), HostOpen::Read);
     return opened ? ServiceRecord::fromText((*opened)->read(MaximumRecordBytes)) : std::nullopt;
 }
 
 Status ServiceFolder::write(QStringView name, const ServiceRecord& record) const
 {
+    if (!exists())
+        return Error{error::PathNotFound, {}};
     // Not forced to the disk: a loss of power ends the processes that the record speaks of.
-    const QString temporary = file(u"."_s + name.toString() + u".new"_s);
+    const HostPlace temporary = place(u'.' + name.toString() + u".new"_s);
     const QByteArray text = record.toText();
-    QFile::remove(temporary);
-    const auto out = openRegularFile(temporary, HostOpen::Write);
+    static_cast<void>(removeHostFile(temporary));
+    const auto out = openRegularFile(temporary, HostOpen::NewOwn);
     if (!out)
-        return asChange(out.failure());
+        return out.failure();
     const bool isWritten = (*out)->write(text) == text.size() && (*out)->flush();
     (*out)->close();
-    if (isWritten && moveHostFile(temporary, file(name)))
+    if (isWritten && renameHostFile(temporary, name.toString()))
         return {};
-    QFile::remove(temporary);
-    return Error{error::WriteFault, file(name)};
+    static_cast<void>(removeHostFile(temporary));
+    return Error{error::WriteFault, temporary.path()};
 }
 
 } // namespace quoril

@@ -2,6 +2,7 @@
 
 #include "formats/error.h"
 #include "platform/host/file_lock.h"
+#include "platform/host/host_folder.h"
 #include "platform/host/process_identity.h"
 #include "platform/services.h"
 
@@ -32,27 +33,30 @@ struct ServiceRecord
 class ServiceFolder
 {
 public:
-    /// The folder above, in which the locks of the service manager lie; empty if there is none.
-    static QString parent(const TreePaths& paths);
-    /// The same, made where it is missing. 19 where the tree can't be written.
-    static Result<QString> makeParent(const TreePaths& paths);
-    /// The lock that whoever starts, stops or removes a service of the folder above holds meanwhile. 3 for an
-    /// empty folder: there is then no place for it in the tree. Else errors as of FileLock.
-    static Result<std::unique_ptr<FileLock>> lockServices(const QString& parent);
-    /// The folder of a service, made where it is missing. 19 as above.
+    /// The folder above, in which the locks of the service manager lie. 2 or 3 if there is none.
+    static Result<HostFolder> parent(const TreePaths& paths);
+    /// The same, made where it is missing. 5, 19 where the tree can't be written.
+    static Result<HostFolder> makeParent(const TreePaths& paths);
+    /// The lock that whoever starts, stops or removes a service of the folder above holds meanwhile. Errors
+    /// as of FileLock, and of a folder that is not there.
+    static Result<std::unique_ptr<FileLock>> lockServices(const Result<HostFolder>& parent);
+    /// The folder of a service, made where it is missing. 5, 19 as above.
     static Result<ServiceFolder> make(const TreePaths& paths, QStringView service);
 
     /// The folder of a service; it need not exist.
     ServiceFolder(const TreePaths& paths, QStringView service);
 
-    const QString& path() const { return m_path; }
-    /// The host path of a file in the folder.
-    QString file(QStringView name) const { return m_path + u'/' + name.toString(); }
+    bool exists() const { return m_folder.has_value(); }
+    /// The folder's host path; empty if there is none.
+    QString path() const { return m_folder ? m_folder->path() : QString(); }
+    /// A file in the folder, which exists.
+    HostPlace place(QStringView name) const { return {*m_folder, name.toString()}; }
 
     void remove() const;
 
-    /// What the host recorded last; none if the service was never started.
-    std::optional<ServiceRecord> recorded() const { return read(u"state"); }
+    /// What the host recorded last; none if the service was never started. What others than this user and
+    /// root could have written is none either, and that is told: it names processes that a stop would end.
+    std::optional<ServiceRecord> recorded() const;
     Status record(const ServiceRecord& state) const { return write(u"state", state); }
     /// What the service process reported last.
     std::optional<ServiceRecord> reported() const { return read(u"report"); }
@@ -71,7 +75,14 @@ private:
     std::optional<ServiceRecord> read(QStringView name) const;
     Status write(QStringView name, const ServiceRecord& record) const;
 
-    QString m_path;
+    ServiceFolder(HostFolder parent, HostFolder folder)
+        : m_parent(std::move(parent))
+        , m_folder(std::move(folder))
+    {
+    }
+
+    std::optional<HostFolder> m_parent;
+    std::optional<HostFolder> m_folder;
 };
 
 } // namespace quoril

@@ -43,10 +43,13 @@ public:
 
     Result<ServiceStatus> queryStatus() override
     {
-        SERVICE_STATUS status = {};
-        if (!::QueryServiceStatus(m_handle.get(), &status))
+        SERVICE_STATUS_PROCESS status = {};
+        DWORD needed = 0;
+        if (!::QueryServiceStatusEx(m_handle.get(), SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
+                sizeof status, &needed))
             return lastError();
-        return statusOfService(status);
+        return ServiceStatus{status.dwCurrentState, status.dwWin32ExitCode, status.dwCheckPoint,
+            status.dwWaitHint, status.dwProcessId};
     }
 
     Result<ServiceConfig> queryConfig(qsizetype limitBytes) override

@@ -1,5 +1,7 @@
 #include "platform/host/posix/broadcast_channel.h"
 
+#include "platform/terminal.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -196,8 +198,11 @@ bool BroadcastChannel::folderIsSafe() const
     const QByteArray path = QFile::encodeName(m_folder);
     ::mkdir(path.constData(), S_IRWXU);
     struct stat status = {};
-    return ::lstat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::getuid()
-        && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+    const bool isSafe = ::lstat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode)
+        && status.st_uid == ::getuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+    if (!isSafe)
+        sayOnce(m_folder + u": no folder of this user alone; no program hears of what another one changes"_s);
+    return isSafe;
 }
 
 std::unique_ptr<MessageSubscription> BroadcastChannel::subscribe(

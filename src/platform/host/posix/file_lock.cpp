@@ -1,16 +1,16 @@
 #include "platform/host/file_lock.h"
 
 #include "platform/host/host_file.h"
+#include "platform/host/posix/host_descriptor.h"
 #include "platform/host/posix/host_error.h"
+#include "platform/host/posix/host_rights.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <chrono>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -21,48 +21,39 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class Descriptor
+/// The file of a lock, made where it is missing. One that more people could open than may lock is narrowed.
+int openLockFile(const HostPlace& place)
 {
-public:
-    explicit Descriptor(int number) : m_number(number) { }
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-            ::close(m_number);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return m_number; }
-    int release() { return std::exchange(m_number, -1); }
-
-private:
-    int m_number;
-};
-
-int writeAll(int descriptor, const QByteArray& bytes)
-{
-    qsizetype done = 0;
-    while (done < bytes.size()) {
-        const ssize_t count
-            = ::write(descriptor, bytes.constData() + done, static_cast<std::size_t>(bytes.size() - done));
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            return count < 0 ? errno : ENOSPC;
-        done += count;
-    }
-    return ::fsync(descriptor) == 0 ? 0 : errno;
-}
-
-void takeOwnerAndMode(int descriptor, const QByteArray& of)
-{
+    constexpr int flags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    const auto folder = static_cast<int>(place.folder.native());
+    const QByteArray name = QFile::encodeName(place.name);
     struct stat status = {};
-    if (::stat(of.constData(), &status) != 0)
-        return;
-    // Only root may give a file away; for another user the file is his either way.
-    if (::fchown(descriptor, status.st_uid, status.st_gid) != 0)
-        errno = 0;
-    ::fchmod(descriptor, status.st_mode & 07777);
+    if (::fstat(folder, &status) != 0)
+        return -1;
+    const HostRights rights = rightsOfLockIn(status);
+    constexpr int tries = 16;
+    for (int i = 0; i < tries; ++i) {
+        HostDescriptor file(::openat(folder, name.constData(), flags));
+        const bool isNew = file.get() < 0 && errno == ENOENT;
+        HostDescriptor made(
+            isNew ? ::openat(folder, name.constData(), flags | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR) : -1);
+        if (made.get() >= 0) {
+            giveRights(made.get(), rights);
+            return made.release();
+        }
+        if (isNew && errno == EEXIST)
+            continue;
+        if (file.get() < 0 || ::fstat(file.get(), &status) != 0)
+            return -1;
+        if (!S_ISREG(status.st_mode)) {
+            errno = EACCES;
+            return -1;
+        }
+        if ((status.st_mode & (S_IRWXG | S_IRWXO) & ~rights.mode) != 0)
+            ::fchmod(file.get(), rights.mode);
+        return file.release();
+    }
+    return -1;
 }
 
 /// A write lock of the open file, which unlike one of the process ends with this file alone.
@@ -76,19 +67,18 @@ struct flock wholeFile()
 
 } // namespace
 
-Result<std::unique_ptr<FileLock>> FileLock::acquire(const QString& fileName)
+Result<std::unique_ptr<FileLock>> FileLock::acquire(const HostPlace& place)
 {
     using namespace std::chrono_literals;
-    Descriptor file(
-        ::open(QFile::encodeName(fileName).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    HostDescriptor file(openLockFile(place));
     if (file.get() < 0)
-        return changeError(errno, fileName);
+        return hostError(errno, place.path());
     const auto end = std::chrono::steady_clock::now() + 20s;
     while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR)
-            return changeError(errno, fileName);
+            return hostError(errno, place.path());
         if (std::chrono::steady_clock::now() > end)
-            return Error{error::SharingViolation, fileName + u" is held by another program"_s};
+            return Error{error::SharingViolation, place.path() + u" is held by another program"_s};
         std::this_thread::sleep_for(2ms);
     }
     return std::make_unique<FileLock>(file.release());
@@ -99,22 +89,21 @@ FileLock::~FileLock()
     ::close(static_cast<int>(m_file));
 }
 
-TryLock::TryLock(const QString& fileName)
+TryLock::TryLock(const HostPlace& place)
 {
-    Descriptor file(::open(QFile::encodeName(fileName).constData(),
-        O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666));
+    HostDescriptor file(openLockFile(place));
     struct flock whole = wholeFile();
     if (file.get() >= 0 && ::fcntl(file.get(), F_OFD_SETLK, &whole) == 0) {
         m_file = file.release();
         return;
     }
     const bool isTaken = file.get() >= 0 && (errno == EAGAIN || errno == EACCES);
-    m_state = isTaken ? Error{error::LockViolation, fileName} : changeError(errno, fileName);
+    m_state = isTaken ? Error{error::LockViolation, place.path()} : hostError(errno, place.path());
 }
 
-bool TryLock::isTaken(const QString& fileName)
+bool TryLock::isTaken(const HostPlace& place)
 {
-    const auto file = openRegularFile(fileName, HostOpen::Read);
+    const auto file = openRegularFile(place, HostOpen::Read);
     struct flock whole = wholeFile();
     return file && ::fcntl((*file)->handle(), F_OFD_GETLK, &whole) == 0 && whole.l_type != F_UNLCK;
 }
@@ -133,31 +122,6 @@ void TryLock::release()
 {
     if (isHeld())
         ::close(static_cast<int>(std::exchange(m_file, FileLock::None)));
-}
-
-Status replaceFile(const QString& fileName, const QByteArray& bytes)
-{
-    const QFileInfo info(fileName);
-    const QString temporary = info.path() + u"/."_s + info.fileName() + u".new"_s;
-    const QByteArray hostName = QFile::encodeName(fileName);
-    const QByteArray hostTemporary = QFile::encodeName(temporary);
-    if (::unlink(hostTemporary.constData()) != 0 && errno != ENOENT)
-        return changeError(errno, temporary);
-    const Descriptor file(::open(hostTemporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (file.get() < 0)
-        return changeError(errno, temporary);
-    takeOwnerAndMode(file.get(), hostName);
-    int failure = writeAll(file.get(), bytes);
-    if (failure == 0 && ::rename(hostTemporary.constData(), hostName.constData()) != 0)
-        failure = errno;
-    if (failure != 0) {
-        ::unlink(hostTemporary.constData());
-        return changeError(failure, fileName);
-    }
-    const Descriptor folder(
-        ::open(QFile::encodeName(info.path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    ::fsync(folder.get());
-    return {};
 }
 
 } // namespace quoril

@@ -30,6 +30,8 @@ quint32 windowsNumber(int number)
     case ENOSPC:
     case EDQUOT:
         return error::DiskFull;
+    case EFBIG:
+        return error::FileTooLarge;
     case ENAMETOOLONG:
     case EILSEQ:
         return error::InvalidName;
@@ -49,14 +51,6 @@ Error hostError(int number, const QString& about)
 {
     const QString text = QString::fromLocal8Bit(std::strerror(number));
     return {windowsNumber(number), about.isEmpty() ? text : about + u": "_s + text};
-}
-
-Error changeError(int number, const QString& about)
-{
-    Error failure = hostError(number, about);
-    if (failure.number == error::AccessDenied)
-        failure.number = error::WriteProtect;
-    return failure;
 }
 
 } // namespace quoril

@@ -10,7 +10,4 @@ namespace quoril {
 /// is about where one is given.
 Error hostError(int number, const QString& about = {});
 
-/// The same of a change: a folder that the user may not write is to him what a write-protected disk is.
-Error changeError(int number, const QString& about);
-
 } // namespace quoril

@@ -5,6 +5,7 @@
 #include "platform/host/posix/host_error.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,7 +19,6 @@
 #include <system_error>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace quoril {
 
@@ -70,16 +70,6 @@ public:
     posix_spawnattr_t attributes;
 };
 
-std::vector<char*> pointersTo(QList<QByteArray>& texts)
-{
-    std::vector<char*> pointers;
-    pointers.reserve(static_cast<std::size_t>(texts.size()) + 1);
-    for (QByteArray& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
 quint32 codeOfSignal(int signal)
 {
     switch (signal) {
@@ -117,6 +107,25 @@ void waitForEnd(pid_t pid, std::chrono::milliseconds time)
 
 } // namespace
 
+std::vector<char*> pointersTo(QList<QByteArray>& texts)
+{
+    std::vector<char*> pointers;
+    pointers.reserve(static_cast<std::size_t>(texts.size()) + 1);
+    for (QByteArray& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+Error notRun(int number, const QString& program)
+{
+    // The file exists: "not found" speaks of the interpreter that a script or program asks for, and "denied"
+    // for a file that can be read says that the host doesn't take it for a program.
+    const bool isNoProgram = number == ENOENT
+        || (number == EACCES && ::access(QFile::encodeName(program).constData(), R_OK) == 0);
+    return isNoProgram ? Error{error::BadExeFormat, program} : hostError(number, program);
+}
+
 Result<std::unique_ptr<HostProcess>> HostProcess::start(const HostCommand& command)
 {
     const QByteArray program = QFile::encodeName(command.program);
@@ -133,11 +142,7 @@ Result<std::unique_ptr<HostProcess>> HostProcess::start(const HostCommand& comma
         return std::make_unique<HostProcess>(pid, exitCodeFile);
     if (exitCodeFile >= 0)
         ::close(exitCodeFile);
-    // The file exists: "not found" speaks of the interpreter that a script or program asks for, and "denied"
-    // for a file that can be read says that the host doesn't take it for a program.
-    const bool notAProgram
-        = failure == ENOENT || (failure == EACCES && ::access(program.constData(), R_OK) == 0);
-    return notAProgram ? Error{error::BadExeFormat, command.program} : hostError(failure, command.program);
+    return notRun(failure, command.program);
 }
 
 HostProcess::HostProcess(pid_t pid, int exitCodeFile) : m_pid(pid), m_exitCodeFile(exitCodeFile) { }
@@ -218,7 +223,10 @@ Status canRunHostProgram(const QString& hostPath)
 
 bool isHostProgram(const QString& hostPath)
 {
-    const auto file = openRegularFile(hostPath, HostOpen::Read);
+    const QFileInfo info(hostPath);
+    const Result<HostFolder> folder = HostFolder::open(info.path());
+    const auto file = folder ? openRegularFile({*folder, info.fileName()}, HostOpen::Read)
+                             : Result<std::unique_ptr<QFile>>(folder.failure());
     const QByteArray magic = file ? (*file)->read(4) : QByteArray();
     constexpr QByteArrayView elf = "\x7f\x45\x4c\x46";
     return magic == elf || magic.startsWith("#!");

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <sys/types.h>
+#include <vector>
 
 namespace quoril {
 
@@ -36,5 +37,11 @@ private:
     std::optional<int> m_status;
     std::optional<quint32> m_terminationCode;
 };
+
+/// Pointers to the texts as the kernel takes them, the last one null; valid as long as the list.
+std::vector<char*> pointersTo(QList<QByteArray>& texts);
+
+/// The error of a program that exists and can't be run, by the host's number.
+Error notRun(int number, const QString& program);
 
 } // namespace quoril

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -16,6 +17,11 @@ QString hostUserName()
     std::array<char, 256> host = {};
     ::gethostname(host.data(), host.size() - 1);
     return QString::fromLocal8Bit(host.data()) + u'\\' + name;
+}
+
+void tellFileSizeLimits()
+{
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 Result<quint64> hostMemory()

@@ -59,8 +59,9 @@ std::optional<ProcessIdentity> ProcessIdentity::of(int pid)
 bool ProcessIdentity::isAlive() const
 {
     auto now = of(pid);
-    // A process that is ending has lost its program before it lets go of its files and locks.
-    if (now && now->image.isEmpty())
+    // A process that is ending has lost its program before it lets go of its files and locks; one that was
+    // recorded before it ran its program has none yet.
+    if (now && (now->image.isEmpty() || image.isEmpty()))
         now->image = image;
     return now == *this;
 }

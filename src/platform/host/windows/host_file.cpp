@@ -3,7 +3,6 @@
 #include "platform/host/windows/host_handle.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <array>
 #include <cstdint>
@@ -31,6 +30,11 @@ OpenWay wayOf(HostOpen purpose)
     switch (purpose) {
     case HostOpen::Write:
         return {GENERIC_WRITE, OPEN_ALWAYS, _O_BINARY, QIODevice::WriteOnly};
+    case HostOpen::Append:
+        return {
+            FILE_APPEND_DATA, OPEN_ALWAYS, _O_BINARY | _O_APPEND, QIODevice::WriteOnly | QIODevice::Append};
+    case HostOpen::NewOwn:
+        return {GENERIC_WRITE, CREATE_NEW, _O_BINARY, QIODevice::WriteOnly};
     case HostOpen::ReadWrite:
         return {GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS, _O_BINARY, QIODevice::ReadWrite};
     case HostOpen::Read:
@@ -58,6 +62,30 @@ quint64 joined(DWORD high, DWORD low)
     return quint64(high) << 32 | low;
 }
 
+DWORD writeAll(HANDLE handle, const QByteArray& bytes)
+{
+    constexpr qsizetype largestPiece = 1 << 24;
+    for (qsizetype done = 0; done < bytes.size();) {
+        DWORD written = 0;
+        const auto size = static_cast<DWORD>(qMin(largestPiece, bytes.size() - done));
+        if (!::WriteFile(handle, bytes.constData() + done, size, &written, nullptr))
+            return ::GetLastError();
+        done += written;
+    }
+    return ::FlushFileBuffers(handle) ? ERROR_SUCCESS : ::GetLastError();
+}
+
+/// The new file's rights become those of the old one.
+void takeRights(const QString& from, const QString& to)
+{
+    DWORD size = 0;
+    const HostPath source(from);
+    ::GetFileSecurityW(source.text(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    QByteArray rights(static_cast<qsizetype>(size), '\0');
+    if (size > 0 && ::GetFileSecurityW(source.text(), DACL_SECURITY_INFORMATION, rights.data(), size, &size))
+        ::SetFileSecurityW(HostPath(to).text(), DACL_SECURITY_INFORMATION, rights.data());
+}
+
 } // namespace
 
 HostPath::HostPath(const QString& hostPath) : m_path(QDir::toNativeSeparators(QDir::cleanPath(hostPath)))
@@ -76,16 +104,9 @@ Error lastHostError(const QString& about)
     return {::GetLastError(), about};
 }
 
-Error lastChangeError(const QString& about)
+Result<std::unique_ptr<QFile>> openRegularFile(const HostPlace& place, HostOpen purpose)
 {
-    Error failure = lastHostError(about);
-    if (failure.number == error::AccessDenied)
-        failure.number = error::WriteProtect;
-    return failure;
-}
-
-Result<std::unique_ptr<QFile>> openRegularFile(const QString& hostPath, HostOpen purpose)
-{
+    const QString hostPath = place.path();
     const OpenWay way = wayOf(purpose);
     HostHandle handle(::CreateFileW(HostPath(hostPath).text(), way.access, shareAll, nullptr, way.disposition,
         DiskFileFlags | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
@@ -107,6 +128,12 @@ Result<std::unique_ptr<QFile>> openRegularFile(const QString& hostPath, HostOpen
     return Error{error::AccessDenied, hostPath};
 }
 
+/// Rights are inherited here, and no program of a tree runs that a file could name.
+bool isOnlyOurs(const QFile&)
+{
+    return true;
+}
+
 Result<HostFileStamp> stampOf(const QFile& file)
 {
     BY_HANDLE_FILE_INFORMATION is = {};
@@ -125,6 +152,17 @@ Status readFromStart(QFile& file, std::span<char> bytes)
     return file.seek(before) && isRead ? Status() : Status(lastHostError(file.fileName()));
 }
 
+Result<HostFileStamp> stampAt(const QString& hostPath)
+{
+    return Error{error::NotSupported, hostPath};
+}
+
+/// Times of files here may be set by anybody: a stamp alone says too little.
+bool isSettled(const HostFileStamp&)
+{
+    return false;
+}
+
 Status flushToDisk(QFile& file)
 {
     return file.flush() && ::FlushFileBuffers(handleOf(file)) ? Status() : Status(lastHostError({}));
@@ -135,21 +173,30 @@ qint64 copyWithinHost(QFileDevice&, QFileDevice&, qint64)
     return 0;
 }
 
-Status removeHostFile(const QString& hostPath)
+Status removeHostFile(const HostPlace& place)
 {
-    return ::DeleteFileW(HostPath(hostPath).text()) ? Status() : Status(lastHostError(hostPath));
+    const QString path = place.path();
+    return ::DeleteFileW(HostPath(path).text()) ? Status() : Status(lastHostError(path));
 }
 
-Status makeHostFolder(const QString& hostPath)
+Result<HostFolder> makeHostFolder(const HostPlace& place)
 {
-    if (::CreateDirectoryW(HostPath(hostPath).text(), nullptr) || ::GetLastError() == ERROR_ALREADY_EXISTS)
-        return {};
-    return lastChangeError(hostPath);
+    const QString path = place.path();
+    if (!::CreateDirectoryW(HostPath(path).text(), nullptr) && ::GetLastError() != ERROR_ALREADY_EXISTS)
+        return lastHostError(path);
+    return place.folder.folder(place.name);
 }
 
-Status moveHostFile(const QString& from, const QString& to)
+Status removeHostFolder(const HostPlace& place)
 {
-    const HostPath source(from);
+    const QString path = place.path();
+    return ::RemoveDirectoryW(HostPath(path).text()) ? Status() : Status(lastHostError(path));
+}
+
+Status renameHostFile(const HostPlace& from, const QString& name)
+{
+    const QString to = from.beside(name).path();
+    const HostPath source(from.path());
     const HostPath target(to);
     // Whoever reads the file at this moment, a virus scanner too, keeps it from being replaced.
     constexpr int tries = 100;
@@ -159,19 +206,41 @@ Status moveHostFile(const QString& from, const QString& to)
             return {};
         const DWORD failure = ::GetLastError();
         const bool mayPass = failure == ERROR_SHARING_VIOLATION || failure == ERROR_ACCESS_DENIED;
-        if (!mayPass || i == tries) {
-            ::SetLastError(failure);
-            return lastChangeError(to);
-        }
+        if (!mayPass || i == tries)
+            return Error{failure, to};
         ::Sleep(pauseMilliseconds);
     }
 }
 
-Result<HostEntry> hostEntry(const QString& hostPath)
+Status replaceFile(const HostPlace& place, const QByteArray& bytes)
 {
-    const DWORD attributes = ::GetFileAttributesW(HostPath(hostPath).text());
-    if (attributes != INVALID_FILE_ATTRIBUTES)
-        return HostEntry{(attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0};
+    const HostPlace temporary = place.beside(u'.' + place.name + u".new"_s);
+    if (Status gone = removeHostFile(temporary); !gone && gone.errorNumber() != error::FileNotFound)
+        return gone;
+    DWORD failure = ERROR_SUCCESS;
+    {
+        const HostHandle file(::CreateFileW(HostPath(temporary.path()).text(), GENERIC_WRITE, 0, nullptr,
+            CREATE_NEW, DiskFileFlags, nullptr));
+        if (!file.isOpen())
+            return lastHostError(temporary.path());
+        takeRights(place.path(), temporary.path());
+        failure = writeAll(file.get(), bytes);
+    }
+    Status status = failure == ERROR_SUCCESS ? renameHostFile(temporary, place.name)
+                                             : Status(Error{failure, place.path()});
+    if (!status)
+        static_cast<void>(removeHostFile(temporary));
+    return status;
+}
+
+Result<HostEntry> hostEntry(const HostPlace& place)
+{
+    const QString hostPath = place.path();
+    WIN32_FILE_ATTRIBUTE_DATA is = {};
+    if (::GetFileAttributesExW(HostPath(hostPath).text(), GetFileExInfoStandard, &is))
+        return HostEntry{(is.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0,
+            (is.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0,
+            static_cast<qint64>(joined(is.nFileSizeHigh, is.nFileSizeLow))};
     Error failure = lastHostError(hostPath);
     if (failure.number == error::PathNotFound)
         failure.number = error::FileNotFound;

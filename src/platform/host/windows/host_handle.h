@@ -43,7 +43,4 @@ private:
 /// The error of the call that failed last on this thread, behind the name of what it is about.
 Error lastHostError(const QString& about);
 
-/// The same of a change: a folder that the user may not write is to him what a write-protected disk is.
-Error lastChangeError(const QString& about);
-
 } // namespace quoril

@@ -18,6 +18,8 @@ QString hostUserName()
     return QString::fromWCharArray(host.data()) + u'\\' + QString::fromWCharArray(user.data());
 }
 
+void tellFileSizeLimits() { }
+
 Result<quint64> hostMemory()
 {
     MEMORYSTATUSEX status = {};
