@@ -13,6 +13,7 @@
 #include <QFile>
 
 #include <QFile>
+#include <QFileInfo>
 
 namespace quoril {
 
@@ -56,7 +57,9 @@ int report(Ctl& ctl, const ReportOptions& options)
         written = mailProblemReport(*service, prompts, askFileName,
             {.describesExecutables = options.executables, .removesLeftovers = true});
     }
-    if (QFile out(file); !written && !file.isEmpty() && !out.open(QIODevice::ReadWrite))
+    if (!written && options.output.isEmpty() && QFileInfo(file).isSymLink())
+        ctl.console.tell(u"\"%1\" is a link, which only --output follows."_s.arg(file));
+    else if (QFile out(file); !written && !file.isEmpty() && !out.open(QIODevice::ReadWrite))
         ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(file, out.errorString()));
     if (ctl.json)
         printJson(ctl.console, {{"name"_L1, service->Name}, {"file"_L1, file}, {"written"_L1, written}});

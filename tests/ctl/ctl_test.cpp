@@ -239,6 +239,17 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
         all.output.simplified().startsWith("CERES stopped manual Iris stopped manual Locked unknown unknown"))
         << all.output.toStdString();
     EXPECT_TRUE(all.errors.contains("Locked") && all.errors.contains("(0x5)")) << all.errors.toStdString();
+    // So is one whose configuration is too long: its start type is not that of a new record.
+    m_machine.fakeServices.service(u"Locked"_s).errors = {{u"queryConfig"_s, error::InsufficientBuffer}};
+    const CtlRun one = run({u"status"_s, u"Locked"_s});
+    EXPECT_EQ(one.code, 1);
+    EXPECT_EQ(one.output.simplified(), "Locked stopped unknown");
+    EXPECT_TRUE(one.errors.contains("0x7A")) << one.errors.toStdString();
+    // A stop is done when what was asked has ended, though somebody started the service anew.
+    auto& again = m_machine.fakeServices.service(u"Iris"_s);
+    again.states = again.afterStop = {service_state::Running};
+    again.processId = 7;
+    EXPECT_EQ(run({u"stop"_s, u"Iris"_s, u"--timeout"_s, u"1"_s}).code, 0);
     const CtlRun nowhere = runCtlOn(nullptr, {u"list"_s, u"--machine"_s, u"/x"_s});
     EXPECT_EQ(nowhere.code, 1);
     EXPECT_EQ(nowhere.errors, "no machine in /x\n");

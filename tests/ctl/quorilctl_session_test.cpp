@@ -66,6 +66,29 @@ TEST_F(QuorilctlSessionTest, HostileNamesAndPathsChangeNothingOrArriveWhole)
     EXPECT_EQ(shell(u"quorilctl --machine demo list > /dev/full"_s).code, 1);
 }
 
+TEST_F(QuorilctlSessionTest, WhatIsNoFileStaysWhatItIs)
+{
+    ASSERT_EQ(run({u"machine"_s, u"create"_s, m_folder.filePath(u"demo"_s)}).code, 0);
+    const std::pair<QString, QByteArray> cases[] = {
+        {u"mkfifo p; cat p > got & demo machine export 'SYSTEM\\Select' -o p && wait && test -p p && test -s got"_s,
+            ""},
+        {u"demo machine export 'SYSTEM\\Select' -o /dev/null && test -c /dev/null"_s, ""},
+        {u"ln -s out QuorilMailReport.txt; ! demo report CERES && test ! -e out"_s, "is a link"},
+        {u"! demo machine import /dev/zero"_s, "256 MB"},
+        {u"! (ulimit -f 1; demo machine export SYSTEM -o big); test $? = 0"_s, "\"big\" can't be written"},
+        {u"! QUORIL_MACHINE= quorilctl list"_s, "QUORIL_MACHINE"},
+        {u"mkdir victim; touch victim/x; ln -s victim X.new; quorilctl machine create X && ls victim/x X/Windows"_s,
+            "System32"},
+    };
+    for (const auto& [script, told] : cases) {
+        const Run done
+            = shell(u"exec 2>&1; export XDG_DATA_HOME=$PWD; demo() { quorilctl --machine demo \"$@\"; }\n"_s
+                + script);
+        EXPECT_EQ(done.code, 0) << qPrintable(script) << done.output.constData();
+        EXPECT_TRUE(done.output.contains(told)) << qPrintable(script) << done.output.constData();
+    }
+}
+
 TEST_F(QuorilctlSessionTest, NoPathCommandsTheTerminal)
 {
     ASSERT_EQ(run({u"machine"_s, u"create"_s, m_folder.filePath(u"demo"_s)}).code, 0);
