@@ -141,6 +141,13 @@ QString fromSystemRoot(const QString& commandLine)
 {
     const qsizetype begin = commandLine.startsWith(u'"') ? 1 : 0;
     const QStringView path = QStringView(commandLine).mid(begin);
+    // The forms of the system's own names, which only a service's path has.
+    constexpr QStringView root = u"\\SystemRoot\\";
+    constexpr QStringView device = u"\\??\\";
+    if (path.startsWith(root, Qt::CaseInsensitive))
+        return commandLine.first(begin) + u"C:\\Windows\\"_s + path.mid(root.size()).toString();
+    if (path.startsWith(device))
+        return commandLine.first(begin) + path.mid(device.size()).toString();
     const qsizetype separator = std::find_if(path.begin(), path.end(), [](QChar unit) {
         return unit == u'\\' || unit == u'/';
     }) - path.begin();
