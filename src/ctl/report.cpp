@@ -46,8 +46,15 @@ int report(Ctl& ctl, const ReportOptions& options)
         return exit_code::Failed;
     const QString file = options.output.isEmpty() ? u"QuorilMailReport.txt"_s : options.output;
     // Gathering takes its time: what can't be written is told before.
-    if (!QFile(file).open(QIODevice::WriteOnly | QIODevice::Append))
-        return failure(ctl, LoadText(text::OutputNotOpened), error::Success);
+    if (options.output.isEmpty() && QFileInfo(file).isSymLink()) {
+        ctl.console.tell(u"\"%1\" is a link, which only --output follows."_s.arg(file));
+        return exit_code::Failed;
+    }
+    if (QFile output(file); !output.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        const int code = failure(ctl, LoadText(text::OutputNotOpened), error::Success);
+        ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(file, output.errorString()));
+        return code;
+    }
     takeLastRun(*service);
     const auto askFileName = [&file](const QString&) { return file; };
     ConsolePrompts prompts(ctl.console);
@@ -57,10 +64,6 @@ int report(Ctl& ctl, const ReportOptions& options)
         written = mailProblemReport(*service, prompts, askFileName,
             {.describesExecutables = options.executables, .removesLeftovers = true});
     }
-    if (!written && options.output.isEmpty() && QFileInfo(file).isSymLink())
-        ctl.console.tell(u"\"%1\" is a link, which only --output follows."_s.arg(file));
-    else if (QFile out(file); !written && !file.isEmpty() && !out.open(QIODevice::ReadWrite))
-        ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(file, out.errorString()));
     if (ctl.json)
         printJson(ctl.console, {{"name"_L1, service->Name}, {"file"_L1, file}, {"written"_L1, written}});
     return written ? exit_code::Done : exit_code::Failed;

@@ -53,9 +53,11 @@ TEST_F(EmulatorTest, registersItselfWithAllValues)
     EXPECT_EQ(parameter(u"\\pka\\container\\0"_s, u"Value"), u"C:\\disks\\a=b.vdisk");
 
     // What it registered is what it runs with, and each start marks the log anew.
+    for (const QString& needed : config->dependencies)
+        tree.add(needed);
     for (int starts = 1; starts <= 2; ++starts) {
         ASSERT_EQ(service->start().errorNumber(), 0u);
-        tree.names = QStringList{u"JUNO"_s};
+        tree.names = config->dependencies + QStringList(u"JUNO"_s);
         ASSERT_TRUE(tree.comesTo(*service, service_state::Running));
         QByteArray log = tree.read(u"Emulators/juno.log"_s);
         EXPECT_EQ(log.replace('\0', "").count(":INFO :  00000249"), starts);

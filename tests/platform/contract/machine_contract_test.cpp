@@ -78,8 +78,8 @@ TEST_F(MachineContract, runsProgramsAndTellsTheirExitCode)
     // Nothing is looked for in the current folder.
     ASSERT_TRUE(machine.files().setCurrentDirectory(contract->folder()));
     for (const QStringView name : {u"data.exe", u"data", u".\\data.exe"})
-        for (const QStringView application : {QStringView(), name})
-            EXPECT_EQ(machine.processes().create(application, name).errorNumber(), error::FileNotFound);
+        for (const QStringView given : {QStringView(), name})
+            EXPECT_EQ(machine.processes().create(given, name).errorNumber(), error::FileNotFound);
     EXPECT_TRUE(machine.files().setCurrentDirectory(u"C:\\"));
 }
 
