@@ -9,6 +9,7 @@
 #include "printing/page_painter.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "shell/wait_cursor_widget.h"
 
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -152,38 +153,35 @@ void CQuorilManagerView::Copy()
     QGuiApplication::clipboard()->setText(ClipboardText(table(), selectedRanges()));
 }
 
-void CQuorilManagerView::PrintPanel()
+bool CQuorilManagerView::PrintPanel(QWidget* over)
 {
     constexpr int ErrorSeverity = 3;
-    m_page_count = PageCount(table().rowCount());
+    QWidget* const parent = over ? over : window();
     PrintRequest request;
-    if (!m_printing.askHowToPrint(request, window()))
-        return;
+    if (!m_printing.askHowToPrint(request, parent))
+        return false;
     // Only now: rows may come and go while the dialog is open.
     request.selection = selectedRanges();
     if (!m_printing.hasPrinter()) {
-        ShowCodedMessage(u"0200003E"_s, LoadText(text::NoDefaultPrinter), ErrorSeverity, window());
-        return;
+        ShowCodedMessage(u"0200003E"_s, LoadText(text::NoDefaultPrinter), ErrorSeverity, parent);
+        return true;
     }
-    PagePainter painter(m_printing.printer());
-    switch (PrintRows(table(), request, LoadText(text::PrintDocumentName), painter)) {
-    case PrintOutcome::DocumentNotStarted:
-        ShowCodedMessage(u"0200003F"_s, LoadText(text::PrinterNotInitialized), ErrorSeverity, window());
-        break;
-    case PrintOutcome::PageNotStarted:
-        ShowCodedMessage(u"02000040"_s, LoadText(text::PageNotStarted), ErrorSeverity, window());
-        break;
-    case PrintOutcome::Printed:
-    case PrintOutcome::NothingToPrint:
-        break;
-    }
+    const PrintOutcome outcome = [&] {
+        const WaitCursor waiting;
+        PagePainter painter(m_printing.printer());
+        return PrintRows(table(), request, LoadText(text::PrintDocumentName), painter);
+    }();
+    if (outcome == PrintOutcome::DocumentNotStarted)
+        ShowCodedMessage(u"0200003F"_s, LoadText(text::PrinterNotInitialized), ErrorSeverity, parent);
+    else if (outcome == PrintOutcome::PageNotStarted)
+        ShowCodedMessage(u"02000040"_s, LoadText(text::PageNotStarted), ErrorSeverity, parent);
+    return true;
 }
 
 bool CQuorilManagerView::OnPreparePrinting(CPrintInfo& info)
 {
-    m_page_count = PageCount(table().rowCount());
     if (table().rowCount() > 0)
-        info.maximumPage = m_page_count;
+        info.maximumPage = PageCount(table().rowCount());
     m_print_info = &info;
     return m_printing.printer().isValid();
 }

@@ -41,8 +41,9 @@ public:
     /// happens, with none selected the clipboard gets an empty text.
     void Copy();
 
-    /// Asks how to print, then prints all rows or the selected ones. Failures are told.
-    void PrintPanel();
+    /// Asks how to print, over the window or another one, then prints all rows or the selected ones. Failures
+    /// are reported to the person. False if the person left the question.
+    bool PrintPanel(QWidget* over = nullptr);
     /// Prepares a preview of the rows that stand here now; the information stays in use until the next one.
     bool OnPreparePrinting(CPrintInfo& info);
     /// Draws the page of the preview that is due.
@@ -79,7 +80,6 @@ private:
     PanelTableModel* m_model;
     std::unique_ptr<TypeAhead> m_typeAhead;
     PrinterDialogs m_printing;
-    int m_page_count = 0; ///< of the printing or preview that set it
     CPrintInfo* m_print_info = nullptr;
 };
 

@@ -13,15 +13,34 @@ namespace {
 
 /// Nine points: the line step leaves a third of the height between the lines.
 constexpr int FontUnits = 75;
-constexpr int PageUnits = page_geometry::Top + page_geometry::LinesPerPage * page_geometry::LineStep;
+constexpr double LastLineEnd = page_geometry::Top + page_geometry::LinesPerPage * page_geometry::LineStep;
 
-/// The part of the device's unit that a unit of the geometry takes.
-double unitScale(const QPrinter& printer)
+/// Where the lines go on the paper: the geometry's units times the scale, and down by the offset, in units.
+struct Placement
 {
-    const double dots = printer.resolution();
-    const double paperUnits
-        = printer.pageLayout().fullRect(QPageLayout::Inch).height() * page_geometry::UnitsPerInch;
-    return dots / page_geometry::UnitsPerInch * std::min(1.0, paperUnits / PageUnits);
+    double scale = 1;
+    double down = 0;
+};
+
+Placement placementOn(const QPageLayout& paper)
+{
+    using namespace page_geometry;
+    const auto units = [](double inches) { return inches * UnitsPerInch; };
+    const QMarginsF margins = paper.margins(QPageLayout::Inch);
+    const QPageLayout::Unit unit = paper.units();
+    const QMarginsF least
+        = QPageLayout(paper.pageSize(), paper.orientation(), {}, unit, paper.minimumMargins())
+              .margins(QPageLayout::Inch);
+    const double top = units(std::max(margins.top(), least.top()));
+    const double bottom
+        = units(paper.fullRect(QPageLayout::Inch).height() - std::max(margins.bottom(), least.bottom()));
+    Placement placement;
+    placement.scale = std::min(1.0, bottom / LastLineEnd);
+    if (Top * placement.scale < top) {
+        placement.scale = std::min(placement.scale, (bottom - top) / (LastLineEnd - Top));
+        placement.down = top - Top * placement.scale;
+    }
+    return placement;
 }
 
 /// Whether the file can be written. One that was not there before is not left behind.
@@ -36,6 +55,17 @@ bool isWritable(const QString& name)
 }
 
 } // namespace
+
+void SetPageUnits(QPainter& painter, const QPageLayout& paper, double dotsPerInch)
+{
+    const double unit = dotsPerInch / page_geometry::UnitsPerInch;
+    const Placement placement = placementOn(paper);
+    painter.translate(0, placement.down * unit);
+    painter.scale(unit * placement.scale, unit * placement.scale);
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(FontUnits);
+    painter.setFont(font);
+}
 
 PagePainter::~PagePainter()
 {
@@ -52,18 +82,13 @@ bool PagePainter::startDocument(const QString& name)
     return m_printer.isValid() && (file.isEmpty() || isWritable(file));
 }
 
-bool PagePainter::startPage()
+PageStart PagePainter::startPage()
 {
-    const bool started = m_painter.isActive() ? m_printer.newPage() : m_painter.begin(&m_printer);
-    if (!started)
-        return false;
-    const double scale = unitScale(m_printer);
+    if (m_painter.isActive() ? !m_printer.newPage() : !m_painter.begin(&m_printer))
+        return m_painter.isActive() ? PageStart::PageFailed : PageStart::DocumentFailed;
     m_painter.resetTransform();
-    m_painter.scale(scale, scale);
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    font.setPixelSize(FontUnits);
-    m_painter.setFont(font);
-    return true;
+    SetPageUnits(m_painter, m_printer.pageLayout(), m_printer.resolution());
+    return PageStart::Started;
 }
 
 void PagePainter::textOut(QPoint place, const QString& text)
@@ -75,13 +100,6 @@ void PagePainter::endDocument()
 {
     if (m_painter.isActive())
         m_painter.end();
-}
-
-void PagePainter::drawText(const QRect& place, const QString& text)
-{
-    m_painter.setClipRect(place);
-    m_painter.drawText(place, Qt::AlignLeft | Qt::AlignTop, text);
-    m_painter.setClipping(false);
 }
 
 } // namespace quoril

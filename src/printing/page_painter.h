@@ -4,13 +4,17 @@
 
 #include <QPainter>
 
+class QPageLayout;
 class QPrinter;
 
 namespace quoril {
 
-/// Paints pages on a printer, a PDF file or a preview. The units of the geometry are kept on every device; on
-/// paper that is too low for a full page all lines are drawn smaller, so that none is lost.
-class PagePainter : public PrintTarget, public PageCanvas
+/// Lets the painter, which stands at the corner of the paper, draw in the units of the geometry, and gives it
+/// the font. Where a full page would not fit between the margins, all lines are drawn smaller.
+void SetPageUnits(QPainter& painter, const QPageLayout& paper, double dotsPerInch);
+
+/// Paints pages on a printer or a PDF file.
+class PagePainter : public PrintTarget
 {
 public:
     /// The printer is not owned, and has its settings before the first page.
@@ -19,11 +23,10 @@ public:
 
     /// The document begins with its first page, so that one without pages leaves nothing behind.
     bool startDocument(const QString& name) override;
-    bool startPage() override;
+    PageStart startPage() override;
     void textOut(QPoint place, const QString& text) override;
     void endPage() override { }
     void endDocument() override;
-    void drawText(const QRect& place, const QString& text) override;
 
 private:
     QPrinter& m_printer;

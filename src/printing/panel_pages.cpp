@@ -25,14 +25,16 @@ class Pages
 public:
     explicit Pages(PrintTarget& target) : m_target(target) { }
 
-    bool add(const QString& line)
+    PageStart add(const QString& line)
     {
-        if (m_lines == 0 && !m_target.startPage())
-            return false;
+        if (m_lines == 0) {
+            if (const PageStart start = m_target.startPage(); start != PageStart::Started)
+                return start;
+        }
         m_target.textOut({Left, Top + m_lines * LineStep}, line);
         if (++m_lines == LinesPerPage)
             end();
-        return true;
+        return PageStart::Started;
     }
 
     void end()
@@ -47,17 +49,18 @@ private:
     int m_lines = 0;
 };
 
-bool printCopy(const PanelTable& table, const std::vector<RowRange>& rows, PrintTarget& target)
+PageStart printCopy(const PanelTable& table, const std::vector<RowRange>& rows, PrintTarget& target)
 {
     Pages pages(target);
     for (const RowRange& range : rows) {
         for (qsizetype row = range.first; row <= range.last; ++row) {
-            if (!pages.add(PrintedLine(table, row)))
-                return false;
+            const PageStart start = pages.add(PrintedLine(table, row));
+            if (start != PageStart::Started)
+                return start;
         }
     }
     pages.end();
-    return true;
+    return PageStart::Started;
 }
 
 } // namespace
@@ -84,8 +87,10 @@ PrintOutcome PrintRows(
     for (int copy = 0; copy < request.copies; ++copy) {
         if (table.rowCount() == 0)
             return PrintOutcome::NothingToPrint;
-        if (!printCopy(table, rows, target))
-            return PrintOutcome::PageNotStarted;
+        const PageStart start = printCopy(table, rows, target);
+        if (start != PageStart::Started)
+            return start == PageStart::PageFailed ? PrintOutcome::PageNotStarted
+                                                  : PrintOutcome::DocumentNotStarted;
     }
     target.endDocument();
     return PrintOutcome::Printed;

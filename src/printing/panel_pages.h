@@ -29,6 +29,13 @@ QString PrintedLine(const PanelTable& table, qsizetype row);
 /// The pages that so many rows take; 0 for none.
 int PageCount(qsizetype rows);
 
+enum class PageStart
+{
+    Started,
+    DocumentFailed, ///< the first page found that the document can't begin
+    PageFailed
+};
+
 /// Pages on their way to a printer or a file. What a failed call leaves behind is dropped with the object.
 class PrintTarget
 {
@@ -36,7 +43,7 @@ public:
     virtual ~PrintTarget() = default;
 
     virtual bool startDocument(const QString& name) = 0;
-    virtual bool startPage() = 0;
+    virtual PageStart startPage() = 0;
     /// One line of text with its upper left corner at the place.
     virtual void textOut(QPoint place, const QString& text) = 0;
     virtual void endPage() = 0;

@@ -1,19 +1,19 @@
 #include "printing/printer_dialogs.h"
 
-#include "printing/page_painter.h"
+#include "printing/preview_dialog.h"
+#include "printing/print_dialog.h"
 #include "printing/print_setup_dialog.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 
-#include <QPrintDialog>
-#include <QPrintPreviewDialog>
 #include <QPrinter>
+#ifdef Q_OS_WIN
+#include <QPrintDialog>
+#endif
 
 namespace quoril {
 
 namespace {
-
-constexpr QSize PreviewSize(760, 560);
 
 /// Where there is no printer the toolkit takes a file instead, with which the dialog of Windows would end
 /// without a word.
@@ -46,12 +46,10 @@ bool PrinterDialogs::askHowToPrint(PrintRequest& request, QWidget* parent)
 {
     if (standsForNone(printer()))
         return true;
+#ifdef Q_OS_WIN
     QPrintDialog dialog(&printer(), parent);
     dialog.setWindowTitle(LoadText(text::Print));
-    dialog.setOptions(QAbstractPrintDialog::PrintSelection | QAbstractPrintDialog::PrintCollateCopies
-        | QAbstractPrintDialog::PrintShowPageSize);
-    // The file is the only printer where none is installed.
-    dialog.setOption(QAbstractPrintDialog::PrintToFile, PdfFileIsPrinter);
+    dialog.setOptions(QAbstractPrintDialog::PrintSelection | QAbstractPrintDialog::PrintCollateCopies);
     if (dialog.exec() != QDialog::Accepted)
         return false;
     request.selectionOnly = m_printer->printRange() == QPrinter::Selection;
@@ -60,6 +58,11 @@ bool PrinterDialogs::askHowToPrint(PrintRequest& request, QWidget* parent)
     m_printer->setCopyCount(1);
     m_printer->setPrintRange(QPrinter::AllPages);
     return true;
+#else
+    // The toolkit's dialog also offers a range of pages and their reverse order, which the console doesn't
+    // know.
+    return PrintDialog(printer(), request, parent).exec() == QDialog::Accepted;
+#endif
 }
 
 void PrinterDialogs::setUp(QWidget* parent)
@@ -67,25 +70,17 @@ void PrinterDialogs::setUp(QWidget* parent)
     PrintSetupDialog(printer(), parent).exec();
 }
 
-void PrinterDialogs::preview(const PreparePages& prepare, const DrawOnPage& draw, QWidget* parent)
+void PrinterDialogs::preview(
+    const PreparePages& prepare, const DrawOnPage& draw, const PrintOver& print, QWidget* parent)
 {
-    QPrintPreviewDialog dialog(&printer(), parent);
-    dialog.setWindowTitle(LoadText(text::PreviewTitle));
-    dialog.resize(PreviewSize);
-    QObject::connect(&dialog, &QPrintPreviewDialog::paintRequested, &dialog, [&](QPrinter* printer) {
-        m_print_info = {};
-        if (!prepare(m_print_info))
-            return;
-        // The file that the printer may have to write is none of the preview's concern.
-        printer->setDocName(LoadText(text::PrintDocumentName));
-        PagePainter painter(*printer);
-        for (int page = 1; page <= m_print_info.maximumPage && painter.startPage(); ++page) {
-            m_print_info.currentPage = page;
-            draw(painter);
-        }
-        painter.endDocument();
-    });
-    dialog.exec();
+    m_print_info = {};
+    if (!prepare(m_print_info))
+        return;
+    const auto drawPage = [this, &draw](int page, PageCanvas& canvas) {
+        m_print_info.currentPage = page;
+        draw(canvas);
+    };
+    PreviewDialog(printer().pageLayout(), m_print_info.maximumPage, drawPage, print, parent).exec();
 }
 
 } // namespace quoril

@@ -31,9 +31,12 @@ public:
 
     using PreparePages = std::function<bool(CPrintInfo&)>;
     using DrawOnPage = std::function<void(PageCanvas&)>;
-    /// Shows the preview until it is closed. Each time it needs its pages, it has them prepared and then
-    /// drawn one after the other; the information on them lives as long as this object.
-    void preview(const PreparePages& prepare, const DrawOnPage& draw, QWidget* parent);
+    /// Prints over the window after asking how; false if the person left the question.
+    using PrintOver = std::function<bool(QWidget&)>;
+    /// Shows the preview until it is closed or has printed. It has its pages prepared once, and a page drawn
+    /// when it is looked at; the information on them lives as long as this object.
+    void preview(
+        const PreparePages& prepare, const DrawOnPage& draw, const PrintOver& print, QWidget* parent);
 
 private:
     std::unique_ptr<QPrinter> m_printer;

@@ -231,7 +231,7 @@ void appMAPI::SaveReport(QuorilMAPIData& data)
         return;
     const bool isWritten = hasForm && out.error() == QFileDevice::NoError;
     if (isWritten && hasStages)
-        m_prompts.message(LoadText(text::ReportStored) + u" \""_s + path + u"\"."_s);
+        m_prompts.success(LoadText(text::ReportStored) + u" \""_s + path + u"\"."_s);
     else if (!isWritten)
         ShowError(LoadText(text::OutputNotWritten));
 }

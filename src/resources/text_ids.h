@@ -161,7 +161,7 @@ inline constexpr quint32 OpenConfigurationTitle = 41012;
 
 // Printing and its preview.
 inline constexpr quint32 Print = 41020;
-inline constexpr quint32 PreviewTitle = 41021;
+inline constexpr quint32 ReplaceFile = 41022;
 
 // Names of the panes for assistive tools.
 inline constexpr quint32 TreeName = 41040;
@@ -180,6 +180,8 @@ inline constexpr quint32 ArgumentEndsInBackslash = 41057;
 inline constexpr quint32 ArgumentHasControl = 41058;
 inline constexpr quint32 CommandLineTooLong = 41059;
 inline constexpr quint32 FileOutsideMachine = 41060;
+inline constexpr quint32 FileIsFolder = 41061;
+inline constexpr quint32 StrayArgument = 41062;
 
 } // namespace quoril::text
 
@@ -200,6 +202,7 @@ inline constexpr quint32 Schedule = 32778;
 inline constexpr quint32 Security = 32789;
 inline constexpr quint32 Mail = 57612;
 inline constexpr quint32 Print = 57607;
+inline constexpr quint32 PrintDirect = 57608;
 inline constexpr quint32 PrintPreview = 57609;
 inline constexpr quint32 PrintSetup = 57606;
 inline constexpr quint32 Exit = 57665;
@@ -279,6 +282,37 @@ inline constexpr quint32 Orientation = 1062;
 inline constexpr quint32 Ok = 1;
 inline constexpr quint32 Cancel = 2;
 } // namespace quoril::print_setup_dialog
+
+namespace quoril::preview_dialog {
+inline constexpr quint32 Id = 140;
+inline constexpr quint32 Print = 1100;
+inline constexpr quint32 Next = 1101;
+inline constexpr quint32 Previous = 1102;
+inline constexpr quint32 TwoPages = 1103;
+inline constexpr quint32 OnePage = 60000;
+inline constexpr quint32 ZoomIn = 1104;
+inline constexpr quint32 ZoomOut = 1105;
+inline constexpr quint32 Place = 1106;
+inline constexpr quint32 PlaceText = 60001;
+inline constexpr quint32 Close = 2;
+} // namespace quoril::preview_dialog
+
+namespace quoril::print_dialog {
+inline constexpr quint32 Id = 141;
+inline constexpr quint32 PrinterLabel = 60000;
+inline constexpr quint32 Printer = 1060;
+inline constexpr quint32 PdfFile = 60001;
+inline constexpr quint32 FileLabel = 60002;
+inline constexpr quint32 File = 1070;
+inline constexpr quint32 Browse = 1071;
+inline constexpr quint32 RangeGroup = 60003;
+inline constexpr quint32 AllRows = 1072;
+inline constexpr quint32 Selection = 1073;
+inline constexpr quint32 CopiesLabel = 60004;
+inline constexpr quint32 Copies = 1074;
+inline constexpr quint32 Ok = 1;
+inline constexpr quint32 Cancel = 2;
+} // namespace quoril::print_dialog
 
 namespace quoril::wake_up_dialog {
 inline constexpr quint32 Id = 135;

@@ -40,6 +40,7 @@ InformDialog::InformDialog(const QString& text, quint32 periodMilliseconds, QWid
 void InformDialog::OnInitDialog()
 {
     m_timer.start(machine().clock().timerInterval(m_period));
+    Announce(*m_text);
 }
 
 void InformDialog::done(int result)
@@ -59,6 +60,7 @@ void InformDialog::keyPressEvent(QKeyEvent* event)
 void InformDialog::OnTimer()
 {
     m_text->setText(LoadText(text::Ready));
+    Announce(*m_text);
     repaint();
     machine().clock().sleep(ReadySecond);
     accept();

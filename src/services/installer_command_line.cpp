@@ -65,7 +65,8 @@ InstallerFile findInstallerFile(const QString& named)
     const QString name = withoutQuotes(named).toString();
     const auto known = files.hostPath(name);
     const QString host = known ? *known : QFileInfo(name).absoluteFilePath();
-    // A folder is no more a file of an installation than a name that leads nowhere.
+    if (QFileInfo(host).isDir())
+        return {{}, LoadText(text::FileIsFolder).replace(u"%s"_s, name)};
     if (known ? !files.openForReading(name) : !QFileInfo(host).isFile())
         return {{}, LoadText(text::DocumentNotFound).replace(u"%s"_s, name)};
     const auto path = files.machinePath(host);

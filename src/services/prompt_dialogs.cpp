@@ -49,13 +49,18 @@ private:
     const bool m_isBusy = QApplication::overrideCursor() != nullptr;
 };
 
+void tell(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget* parent)
+{
+    Box box(icon, title, text, parent);
+    box.setEscapeButton(box.add(OkButton, text::Ok, QMessageBox::AcceptRole));
+    box.exec();
+}
+
 } // namespace
 
 void ShowErrorBox(QWidget* parent, const QString& text)
 {
-    Box box(QMessageBox::Critical, LoadText(text::ErrorTitle), text, parent);
-    box.setEscapeButton(box.add(OkButton, text::Ok, QMessageBox::AcceptRole));
-    box.exec();
+    tell(QMessageBox::Critical, LoadText(text::ErrorTitle), text, parent);
 }
 
 void DialogPrompts::inform(const QString& text, quint32 periodMilliseconds)
@@ -65,9 +70,12 @@ void DialogPrompts::inform(const QString& text, quint32 periodMilliseconds)
 
 void DialogPrompts::message(const QString& text)
 {
-    Box box(QMessageBox::Warning, LoadText(text::ApplicationTitle), text, m_parent);
-    box.setEscapeButton(box.add(OkButton, text::Ok, QMessageBox::AcceptRole));
-    box.exec();
+    tell(QMessageBox::Warning, LoadText(text::ApplicationTitle), text, m_parent);
+}
+
+void DialogPrompts::success(const QString& text)
+{
+    tell(QMessageBox::Information, LoadText(text::ApplicationTitle), text, m_parent);
 }
 
 bool DialogPrompts::ask(const QString& question)

@@ -21,6 +21,7 @@ public:
 
     void inform(const QString& text, quint32 periodMilliseconds) override;
     void message(const QString& text) override;
+    void success(const QString& text) override;
     bool ask(const QString& question) override;
     bool confirmRemoval(const QString& serviceName) override;
 

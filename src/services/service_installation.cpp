@@ -49,7 +49,7 @@ InstallOutcome stop(InstallStep step, const QString& told, UserPrompts& prompts)
 /// What follows the executable's success. Only the success itself is told.
 void announce(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts)
 {
-    prompts.message(LoadText(request.isUpdate ? text::ServiceUpdated : text::ServiceInstalled));
+    prompts.success(LoadText(request.isUpdate ? text::ServiceUpdated : text::ServiceInstalled));
     machine().session().broadcast(NewServiceInstalledMessage,
         prompts.isWatched() ? HungWindows::AreAwaited : HungWindows::ArePassedOver);
     if (app.BuildDependencyList(request.serviceName) == 0)

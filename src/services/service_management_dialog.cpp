@@ -229,7 +229,10 @@ void ServiceManagementDialog::Refresh(bool tellFailure)
 void ServiceManagementDialog::ShowStatus()
 {
     const qint32 status = m_service->Status;
-    m_status->setText(statusText(status));
+    if (m_status->text() != statusText(status)) {
+        m_status->setText(statusText(status));
+        Announce(*m_status);
+    }
     constexpr qint32 paused = 1;
     constexpr qint32 started = 2;
     constexpr qint32 stopped = 3;

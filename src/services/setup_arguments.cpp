@@ -55,8 +55,9 @@ SetupArguments SetupArguments::read(const QStringList& arguments, const QString&
     run.productName = parser.value(product);
     run.configurationFile = parser.value(configuration);
     run.imagePath = parser.value(executable);
-    if (!parser.positionalArguments().isEmpty() || run.productName.isEmpty()
-        || run.configurationFile.isEmpty() || run.imagePath.isEmpty())
+    if (const QStringList stray = parser.positionalArguments(); !stray.isEmpty())
+        return wrong(LoadText(text::StrayArgument).replace(u"%s"_s, stray.front()));
+    if (run.productName.isEmpty() || run.configurationFile.isEmpty() || run.imagePath.isEmpty())
         return wrong(LoadText(text::SetupArguments));
     if (const QString refusal = unsafeArgument({{}, run.configurationFile, false, run.imagePath});
         !refusal.isEmpty())

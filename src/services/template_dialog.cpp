@@ -1,5 +1,6 @@
 #include "services/template_dialog.h"
 
+#include <QAccessible>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGroupBox>
@@ -15,6 +16,7 @@ TemplateDialog::TemplateDialog(quint32 templateId, QWidget* parent)
 {
     setWindowTitle(m_template.title);
     setModal(true);
+    setProperty(HelpTopicProperty, QString(QStringLiteral("#dialog-") + QString::number(templateId)));
 }
 
 int TemplateDialog::exec()
@@ -101,6 +103,12 @@ QDialogButtonBox* TemplateDialog::closingButtons(quint32 accepting, quint32 reje
     connect(box, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
     return box;
+}
+
+void Announce(QLabel& label)
+{
+    QAccessibleEvent spoken(&label, QAccessible::Alert);
+    QAccessible::updateAccessibility(&spoken);
 }
 
 void ShowInEdit(QLineEdit& edit, const QString& text)

@@ -13,6 +13,9 @@ class QPushButton;
 
 namespace quoril {
 
+/// The property of a dialog that holds the link to its topic in the help, "#dialog-130".
+inline constexpr const char* HelpTopicProperty = "helpTopic";
+
 /// A modal dialog with the texts of a dialog template: its title, and controls that are named by their
 /// numbers
 /// ("1021") and captioned by the template. The controls are children of the dialog.
@@ -57,6 +60,9 @@ private:
     DialogTemplate m_template;
     QPushButton* m_default = nullptr;
 };
+
+/// Has assistive tools say what the label shows, though it has not the focus.
+void Announce(QLabel& label);
 
 /// Puts a text into an edit so that its beginning is seen and the whole of it is in the tooltip.
 void ShowInEdit(QLineEdit& edit, const QString& text);

@@ -17,6 +17,9 @@ public:
     /// A message box with an OK button under the application's title.
     virtual void message(const QString& text) = 0;
 
+    /// The same for what went well.
+    virtual void success(const QString& text) { message(text); }
+
     /// A question with the buttons Yes and No; true for Yes.
     virtual bool ask(const QString& question) = 0;
 

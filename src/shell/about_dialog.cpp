@@ -2,6 +2,7 @@
 
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "services/template_dialog.h"
 #include "shell/version_record.h"
 
 #include <QDialogButtonBox>
@@ -38,6 +39,7 @@ CAboutDlg::CAboutDlg(const VersionRecord& version, QWidget* parent) : QDialog(pa
     constexpr int IconSize = 64;
     const DialogTemplate resources = activeResources().dialog(about_dialog::Id);
     setWindowTitle(resources.title);
+    setProperty(HelpTopicProperty, u"#dialog-101"_s);
 
     auto* text = new QLabel(programText(version), this);
     text->setObjectName(QString::number(about_dialog::Text));

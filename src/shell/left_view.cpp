@@ -175,7 +175,8 @@ void CLeftView::OnFilePrintPreview()
     if (!panel())
         return;
     panel()->printing().preview([this](CPrintInfo& info) { return OnPreparePrinting(info); },
-        [this](PageCanvas& canvas) { OnDraw(canvas); }, window());
+        [this](PageCanvas& canvas) { OnDraw(canvas); },
+        [this](QWidget& over) { return panel()->PrintPanel(&over); }, window());
 }
 
 bool CLeftView::OnPreparePrinting(CPrintInfo& info)

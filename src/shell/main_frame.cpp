@@ -27,14 +27,15 @@
 #include "shell/screen_fit_widget.h"
 #include "shell/service_catalogue.h"
 #include "shell/system_monitor.h"
+#include "shell/wait_cursor_widget.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QToolBar>
@@ -90,7 +91,10 @@ void CMainFrame::OnCreate()
     createToolBar();
     createStatusBar();
     // F1 is the one key that the status bar's idle text promises; other accelerators are not applied.
-    connect(new QShortcut(QKeySequence(Qt::Key_F1), this), &QShortcut::activated, this, &CMainFrame::OnHelp);
+    QAction* const help = m_commands->action(command::Help);
+    help->setShortcut(QKeySequence(Qt::Key_F1));
+    addAction(help);
+    qApp->installEventFilter(this);
     m_commands->action(command::Toolbar)->setChecked(true);
     m_commands->action(command::StatusBar)->setChecked(true);
     m_new_service_subscription
@@ -197,6 +201,7 @@ void CMainFrame::OnViewConfiguration()
 void CMainFrame::ShowEventLog()
 {
     checkPanelCommands(true);
+    const WaitCursor waiting;
     ClearPanel();
     m_right_view->ShowLogTable(m_left_view->GetSelectedService());
 }
@@ -228,6 +233,7 @@ void CMainFrame::ShowFrameMessage(const QString& text)
 
 void CMainFrame::RefreshServiceList()
 {
+    const WaitCursor waiting;
     m_document.ClearServices();
     m_left_view->ClearTree();
     ScanServices();
@@ -302,10 +308,10 @@ void CMainFrame::OnMail()
         return;
     }
     DialogPrompts prompts(this);
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    mailProblemReport(m_left_view->GetSelectedService(), prompts, [this](const QString& proposedName) {
+    auto waiting = std::make_optional<WaitCursor>();
+    mailProblemReport(m_left_view->GetSelectedService(), prompts, [&](const QString& proposedName) {
         // All gathering lies before the question.
-        QApplication::restoreOverrideCursor();
+        waiting.reset();
         return askReportFile(this, proposedName);
     });
 }
@@ -351,9 +357,20 @@ void CMainFrame::OnHelp()
 
 void CMainFrame::OnHelpFinder()
 {
+    // A modal window leaves only what belongs to itself to the person.
+    QWidget* const modal = QApplication::activeModalWidget();
+    QWidget* const owner = modal ? modal : this;
+    if (m_help_view && m_help_view->parentWidget() != owner)
+        delete m_help_view;
     if (!m_help_view)
-        m_help_view = new CHelpView(m_help_file, this);
+        m_help_view = new CHelpView(m_help_file, owner);
     m_help_view->open();
+}
+
+void CMainFrame::showTopic(const QString& link)
+{
+    OnHelpFinder();
+    m_help_view->goTo(link);
 }
 
 void CMainFrame::OnContextHelp()
@@ -373,7 +390,7 @@ void CMainFrame::OnExit()
 
 void CMainFrame::OnNewServiceInstalled()
 {
-    ShowFrameMessage(LoadText(text::NewServiceInstalled));
+    DialogPrompts(this).success(LoadText(text::NewServiceInstalled));
 }
 
 void CMainFrame::updateCaption(const QString& title)
@@ -393,13 +410,25 @@ void CMainFrame::showLockKeys()
         m_lock_key_panes[i]->setEnabled(states[i]);
 }
 
-bool CMainFrame::event(QEvent* event)
+bool CMainFrame::eventFilter(QObject* watched, QEvent* event)
 {
+    // The link of a command's explanation: its event goes to the window of the menu where it was clicked.
     if (event->type() == QEvent::WhatsThisClicked) {
-        OnHelpFinder();
-        m_help_view->goTo(static_cast<QWhatsThisClickedEvent*>(event)->href());
+        showTopic(static_cast<QWhatsThisClickedEvent*>(event)->href());
         return true;
     }
+    const QWidget* const modal = QApplication::activeModalWidget();
+    if (event->type() != QEvent::KeyPress || !modal || !watched->isWidgetType()
+        || static_cast<QKeyEvent*>(event)->key() != Qt::Key_F1
+        || !(modal == watched || modal->isAncestorOf(static_cast<QWidget*>(watched)))
+        || static_cast<QWidget*>(watched)->window() != modal)
+        return QMainWindow::eventFilter(watched, event);
+    showTopic(modal->property(HelpTopicProperty).toString());
+    return true;
+}
+
+bool CMainFrame::event(QEvent* event)
+{
     const bool handled = QMainWindow::event(event);
     if (m_commands && (event->type() == QEvent::KeyRelease || event->type() == QEvent::WindowActivate))
         showLockKeys();

@@ -106,6 +106,8 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    /// Sees F1 in every dialog, and the links of explanations.
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -113,6 +115,7 @@ private:
     void createToolBar();
     void createStatusBar();
     void checkPanelCommands(bool eventLog);
+    void showTopic(const QString& link);
     void updateCaption(const QString& title);
     void showLockKeys();
     void DestroyWindow();

@@ -42,6 +42,13 @@ constexpr FrameCommand Commands[] = {
     {command::About, &M::OnAbout, nullptr, false},
 };
 
+/// Commands of other roads than menu and toolbar: keys, and programs that send them.
+constexpr FrameCommand HiddenCommands[] = {
+    {command::PrintDirect, &M::OnPrint, nullptr, false},
+    {command::Help, &M::OnHelp, nullptr, false},
+    {command::DefaultHelp, &M::OnHelpFinder, nullptr, false},
+};
+
 constexpr quint32 ToolbarOrder[] = {
     command::Manage,
     command::Remove,
@@ -112,6 +119,12 @@ CommandActions::CommandActions(CMainFrame& frame)
         // A menu shows the check mark where there is no icon in its place.
         action->setIconVisibleInMenu(!command.checkable);
         action->setMenuRole(QAction::NoRole);
+        connect(
+            action, &QAction::triggered, &frame, [&frame, handler = command.handler] { (frame.*handler)(); });
+        m_actions.insert(command.id, action);
+    }
+    for (const FrameCommand& command : HiddenCommands) {
+        auto* const action = new QAction(this);
         connect(
             action, &QAction::triggered, &frame, [&frame, handler = command.handler] { (frame.*handler)(); });
         m_actions.insert(command.id, action);

@@ -36,12 +36,12 @@ struct CommandFlags
 struct FrameCommand
 {
     quint32 id;
-    void (CMainFrame::*handler)(); ///< null: nobody handles the command, and it stays disabled
-    bool CommandFlags::*enabledBy; ///< null: enabled whenever there is a handler
+    void (CMainFrame::*handler)();
+    bool CommandFlags::*enabledBy; ///< null: always enabled
     bool checkable;
 };
 
-/// All commands of the frame.
+/// The commands of menu bar and toolbar.
 std::span<const FrameCommand> frameCommands();
 
 /// The toolbar's buttons in their order, 0 being a separator.

@@ -32,10 +32,10 @@ public:
         did += u'<' + name;
         return failAt != 0;
     }
-    bool startPage() override
+    PageStart startPage() override
     {
         did += u'[';
-        return ++m_pages != failAt;
+        return ++m_pages != failAt ? PageStart::Started : failure;
     }
     void textOut(QPoint place, const QString& text) override
     {
@@ -50,6 +50,7 @@ public:
     QStringList lines;
     std::vector<QPoint> places;
     int failAt = -1; ///< the page that fails, 0 for the document
+    PageStart failure = PageStart::PageFailed;
 
 private:
     int m_pages = 0;
@@ -106,6 +107,11 @@ TEST(PanelPages, EndWhereTheTargetFails)
     secondPage.failAt = 2;
     EXPECT_EQ(PrintRows(tableOf(70), {}, u"doc"_s, secondPage), PrintOutcome::PageNotStarted);
     EXPECT_EQ(secondPage.did, u"<doc"_s + page(62) + u'[');
+
+    Recorder firstPage;
+    firstPage.failAt = 1;
+    firstPage.failure = PageStart::DocumentFailed;
+    EXPECT_EQ(PrintRows(tableOf(70), {}, u"doc"_s, firstPage), PrintOutcome::DocumentNotStarted);
 
     Recorder empty;
     EXPECT_EQ(PrintRows(tableOf(0), {}, u"doc"_s, empty), PrintOutcome::NothingToPrint);

@@ -1,13 +1,14 @@
 #include "logs/quoril_manager_view.h"
+#include "printing/page_painter.h"
 #include "shell/service_info.h"
 #include "support/fake_machine.h"
 #include "support/person.h"
 #include "support/utf16.h"
 
 #include <QComboBox>
+#include <QImage>
 #include <QLineEdit>
-#include <QPrintDialog>
-#include <QPrintPreviewWidget>
+#include <QPageLayout>
 #include <QPrinter>
 #include <QPrinterInfo>
 #include <QProcess>
@@ -26,7 +27,7 @@ namespace {
 class PrintedPanel : public testing::Test
 {
 protected:
-    using Choice = std::function<void(QPrintDialog&)>;
+    using Choice = std::function<void(QWidget&)>;
 
     PrintedPanel()
     {
@@ -55,11 +56,10 @@ protected:
         const QString file = folder.filePath(u"out.pdf"_s);
         QFile::remove(file);
         person.on(u"Print"_s, [&](QWidget& window) {
-            auto& dialog = dynamic_cast<QPrintDialog&>(window);
-            dialog.findChild<QLineEdit*>(u"filename"_s)->setText(file);
+            window.findChild<QLineEdit*>(u"1070"_s)->setText(file);
             if (choose)
-                choose(dialog);
-            dialog.accept();
+                choose(window);
+            Person::press(window, 1);
         });
         view.PrintPanel();
         EXPECT_EQ(person.left(), 0U);
@@ -95,32 +95,56 @@ void turnPaper(QWidget& window)
     static_cast<QDialog&>(window).accept();
 }
 
-TEST_F(PrintedPanel, IsPreviewedPageByPage)
+TEST_F(PrintedPanel, IsPreviewedAPageAtATimeAndPrintedFromThere)
 {
-    showRows(130);
-    // Where the last print-out went doesn't matter to the preview.
-    view.printing().printer().setOutputFileName(folder.filePath(u"gone/out.pdf"_s));
-    int pages = 0;
+    showRows(300);
     QList<int> drawn;
+    CPrintInfo* prepared = nullptr;
+    const auto draw = [&](PageCanvas& canvas) {
+        drawn.append(prepared->currentPage);
+        view.OnDraw(canvas);
+    };
+    bool printed = false;
     person.on(u"Preview"_s, [&](QWidget& window) {
-        auto* preview = window.findChild<QPrintPreviewWidget*>();
-        Person::waitFor([&] { return preview->pageCount() > 1; });
-        pages = preview->pageCount();
-        static_cast<QDialog&>(window).reject();
+        const auto look = [&](int button) {
+            drawn.clear();
+            if (button != 0)
+                Person::press(window, button);
+            window.grab();
+            return drawn;
+        };
+        const std::pair<int, QList<int>> steps[] = {
+            {0, {1}}, {1101, {2}}, {1103, {2, 3}}, {1101, {4, 5}}, {1102, {2, 3}}, {1103, {2}}, {1104, {2}}};
+        for (const auto& [button, pages] : steps)
+            EXPECT_EQ(look(button), pages) << button;
+        EXPECT_FALSE(printed);
+        Person::press(window, 1100);
     });
-    CPrintInfo* last = nullptr;
     view.printing().preview(
         [&](CPrintInfo& info) {
-            last = &info;
+            prepared = &info;
             return view.OnPreparePrinting(info);
         },
-        [&](PageCanvas& canvas) {
-            drawn.append(last->currentPage);
-            view.OnDraw(canvas);
-        },
-        &view);
-    EXPECT_EQ(pages, 3);
-    EXPECT_EQ(drawn.first(3), (QList{1, 2, 3}));
+        draw, [&](QWidget&) { return printed = true; }, &view);
+    EXPECT_TRUE(printed);
+    EXPECT_EQ(prepared->maximumPage, 5);
+}
+
+TEST(PageUnits, LeaveTheMarginsOfThePaperFree)
+{
+    const auto place = [](QPageSize::PageSizeId id, QPageLayout::Orientation across, double margin) {
+        QPageLayout paper(QPageSize(id), across, {margin, margin, margin, margin}, QPageLayout::Inch);
+        QImage image(1, 1, QImage::Format_RGB32);
+        QPainter painter(&image);
+        SetPageUnits(painter, paper, 600);
+        const QRectF lines = painter.transform().mapRect(QRectF(450, 300, 10, 6200));
+        EXPECT_GE(lines.top(), 600 * margin - 0.001);
+        EXPECT_LE(lines.bottom(), 600 * (paper.fullRect().height() - margin) + 0.001);
+        return painter.transform().m11();
+    };
+    EXPECT_EQ(place(QPageSize::A4, QPageLayout::Portrait, 0.5), 1.0);
+    EXPECT_LT(place(QPageSize::Letter, QPageLayout::Portrait, 0.5), 1.0);
+    EXPECT_LT(place(QPageSize::A4, QPageLayout::Landscape, 0.25), 0.8);
 }
 
 #ifdef Q_OS_WIN
@@ -153,7 +177,7 @@ TEST_F(PrintedPanel, HasSixtyTwoRowsOnAPage)
     EXPECT_EQ(lineCount(pages[1]), 1);
 
     const QStringList copies
-        = print([](QPrintDialog& dialog) { dialog.findChild<QSpinBox*>(u"copies"_s)->setValue(3); });
+        = print([](QWidget& dialog) { dialog.findChild<QSpinBox*>(u"1074"_s)->setValue(3); });
     EXPECT_EQ(copies, pages + pages + pages);
 }
 
@@ -162,14 +186,13 @@ TEST_F(PrintedPanel, IsTheSelectionWhereThatIsChosen)
     showRows(100);
     view.selectionModel()->select(
         QItemSelection(view.model()->index(20, 0), view.model()->index(89, 2)), QItemSelectionModel::Select);
-    const Choice selection
-        = [](QPrintDialog& dialog) { dialog.findChild<QAbstractButton*>(u"printSelection"_s)->click(); };
+    const Choice selection = [](QWidget& dialog) { dialog.findChild<QAbstractButton*>(u"1073"_s)->click(); };
     const QStringList pages = print(selection);
     ASSERT_EQ(pages.size(), 2);
     EXPECT_EQ(lineCount(pages[0]), 62);
     EXPECT_EQ(lineCount(pages[1]), 8);
     EXPECT_EQ(print().join(QString()).count(u"line"_s), 100) << "the next time all rows are proposed";
-    const QStringList shorter = print([&](QPrintDialog& dialog) {
+    const QStringList shorter = print([&](QWidget& dialog) {
         selection(dialog);
         showLines(1);
     });
@@ -192,9 +215,8 @@ TEST_F(PrintedPanel, TellsThatThePrinterCannotStart)
 {
     showRows(3);
     person.on(u"Print"_s, [](QWidget& window) {
-        auto& dialog = dynamic_cast<QPrintDialog&>(window);
-        dialog.done(QDialog::Accepted);
-        dialog.printer()->setOutputFileName(u"/proc/nothing.pdf"_s);
+        window.findChild<QLineEdit*>(u"1070"_s)->setText(u"/proc/nothing.pdf"_s);
+        Person::press(window, 1);
     });
     person.on(u"Printer wouldn't initalize"_s, [](QWidget& window) { window.close(); });
     view.PrintPanel();

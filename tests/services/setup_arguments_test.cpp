@@ -2,6 +2,7 @@
 
 #include "support/fake_machine.h"
 
+#include <QDir>
 #include <QTemporaryFile>
 
 #include <gmock/gmock.h>
@@ -37,8 +38,9 @@ TEST(SetupArguments, AreReadOrToldToBeWrong)
     const std::pair<QStringList, const char*> wrong[] = {
         {{}, "are needed"},
         {{u"--wrong"_s}, "wrong"},
-        {files(u"C:\\a b\\juno.cfg"_s, u"C:\\x.exe"_s) + QStringList(u"more"_s), "are needed"},
+        {files(u"C:\\a b\\juno.cfg"_s, u"C:\\x.exe"_s) + QStringList(u"more"_s), "too many: more"},
         {files({}, u"C:\\x.exe"_s), "are needed"},
+        {files(QDir::tempPath(), u"C:\\x.exe"_s), "is a folder"},
         {files(u"C:\\none.cfg"_s, u"C:\\x.exe"_s), "C:\\none.cfg was not found."},
         {files(outside.fileName(), u"C:\\x.exe"_s), "outside the machine"},
         {files(u"C:\\a b\\juno.cfg"_s, u"C:\\x.exe\""_s), "executable can't be run: it contains a double"},

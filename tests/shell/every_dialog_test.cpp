@@ -1,6 +1,8 @@
 // What holds for every dialog, in both languages.
 
 #include "access/security_dialog.h"
+#include "printing/preview_dialog.h"
+#include "printing/print_dialog.h"
 #include "printing/print_setup_dialog.h"
 #include "resources/resource_module.h"
 #include "schedule/schedule_dialog.h"
@@ -16,6 +18,7 @@
 #include "support/fake_machine.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
@@ -83,6 +86,19 @@ void expectMnemonicsOnce(const QDialog& dialog)
     }
 }
 
+/// A screen reader gets a name for each control that can be entered.
+void expectNames(const QDialog& dialog)
+{
+    for (QWidget* const widget : dialog.findChildren<QWidget*>()) {
+        const bool isPart
+            = widget->objectName().startsWith(u"qt_") || !(widget->focusPolicy() & Qt::TabFocus);
+        if (isPart || !widget->isVisibleTo(&dialog))
+            continue;
+        QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(widget);
+        EXPECT_TRUE(spoken && !spoken->text(QAccessible::Name).isEmpty()) << qPrintable(widget->objectName());
+    }
+}
+
 /// Leaving the dialog ends it with the result.
 void lookAt(QDialog& dialog, const char* name, int leaving)
 {
@@ -93,6 +109,7 @@ void lookAt(QDialog& dialog, const char* name, int leaving)
         expectNothingClipped(dialog);
         expectTabFollowsTheEye(dialog);
         expectMnemonicsOnce(dialog);
+        expectNames(dialog);
         QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
         QApplication::sendEvent(&dialog, &escape);
         EXPECT_FALSE(dialog.isVisible()) << "Escape doesn't close it";
@@ -133,12 +150,16 @@ TEST(EveryDialog, CanBeReadAndIsDrivenByTheKeyboard)
         manage.SetService(service);
         CAboutDlg about(VersionRecord{});
         PrintSetupDialog setup(printer);
+        PrintRequest request;
+        PrintDialog print(printer, request, nullptr);
+        PreviewDialog preview(
+            printer.pageLayout(), 3, [](int, PageCanvas&) {}, {}, nullptr);
         ScheduleDialog schedule(
             table, [] { return nullptr; }, machine.fakeClock.now());
         lookAt(choice, "choice", QDialog::Accepted); // its one way back is its OK
-        const std::pair<const char*, QDialog*> dialogs[]
-            = {{"install", &install}, {"update", &update}, {"remove", &remove}, {"security", &security},
-                {"manage", &manage}, {"about", &about}, {"print setup", &setup}, {"schedule", &schedule}};
+        const std::pair<const char*, QDialog*> dialogs[] = {{"install", &install}, {"update", &update},
+            {"remove", &remove}, {"security", &security}, {"manage", &manage}, {"about", &about},
+            {"print setup", &setup}, {"print", &print}, {"preview", &preview}, {"schedule", &schedule}};
         for (const auto& [name, dialog] : dialogs)
             lookAt(*dialog, name, QDialog::Rejected);
     }

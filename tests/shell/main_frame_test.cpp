@@ -21,12 +21,12 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QPushButton>
+#include <QScrollBar>
 #include <QStatusBar>
 #include <QStyledItemDelegate>
 #include <QTextBrowser>
-#include <QTimer>
 #include <QToolBar>
+#include <QWhatsThis>
 
 namespace quoril {
 namespace {
@@ -34,28 +34,21 @@ namespace {
 using test::FakeMachine;
 using namespace Qt::StringLiterals;
 
-/// Closes the next modal box with OK and keeps what it said.
-class NextBox
+/// Closes the next modal box and keeps what it said.
+struct NextBox : test::Person
 {
-public:
     NextBox()
     {
-        m_timer.callOnTimeout([this] {
-            if (QWidget* const box = QApplication::activeModalWidget()) {
-                if (const auto* message = qobject_cast<QMessageBox*>(box))
-                    text = message->text();
-                for (const QLabel* label : box->findChildren<QLabel*>())
-                    labels.append(label->text());
-                box->close();
-            }
+        on({}, [this](QWidget& box) {
+            for (const QLabel* label : box.findChildren<QLabel*>())
+                labels.append(label->text());
+            if (const auto* message = qobject_cast<QMessageBox*>(&box))
+                text = message->text();
+            box.close();
         });
-        m_timer.start(5);
     }
     QString text;
     QStringList labels;
-
-private:
-    QTimer m_timer;
 };
 
 class MainFrameTest : public testing::Test
@@ -284,6 +277,20 @@ TEST_F(MainFrameTest, TheHelpHasASectionForEveryCommand)
         sections.insert((*item)->data(0, Qt::UserRole).toString());
     for (const FrameCommand& command : frameCommands())
         EXPECT_TRUE(sections.contains(u"command-"_s + QString::number(command.id))) << command.id;
+    QWhatsThisClickedEvent link(u"#command-32785"_s);
+    QApplication::sendEvent(frame().menuBar()->actions().front()->menu(), &link);
+    EXPECT_GT(help->findChild<QTextBrowser*>()->verticalScrollBar()->value(), 0) << "the link leads nowhere";
+
+    test::Person person;
+    person.on(u"About"_s, [](QWidget& about) {
+        QKeyEvent f1(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
+        QApplication::sendEvent(&about, &f1);
+        const auto* const over = about.findChild<CHelpView*>();
+        EXPECT_TRUE(over && over->isVisible()) << "F1 in a dialog opens the help over it";
+        about.close();
+    });
+    action(command::About).trigger();
+    EXPECT_EQ(person.left(), 0U);
 }
 
 class NoCompoundDocuments : public CQuorilManagerApp
