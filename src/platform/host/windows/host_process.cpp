@@ -4,6 +4,8 @@
 #include "platform/host/host_file.h"
 #include "platform/host/process_identity.h"
 
+#include <QFileInfo>
+
 namespace quoril {
 
 using namespace Qt::StringLiterals;
@@ -20,7 +22,11 @@ Status canRunHostProgram(const QString& hostPath)
 
 bool isHostProgram(const QString& hostPath)
 {
-    const auto file = openRegularFile(hostPath, HostOpen::Read);
+    const QFileInfo info(hostPath);
+    const Result<HostFolder> folder = HostFolder::open(info.path());
+    if (!folder)
+        return false;
+    const auto file = openRegularFile({*folder, info.fileName()}, HostOpen::Read);
     return file && (*file)->read(2) == "MZ";
 }
 
