@@ -8,6 +8,7 @@
 #include "platform/terminal_text.h"
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
+#include "support/time_zone.h"
 #include "support/utf16.h"
 
 #include <QBuffer>
@@ -303,7 +304,7 @@ TEST_F(CtlTest, MetricsTellOfEachInstanceWhatCanBeRead)
     m_machine.addInstance(u"half\xDC00"_s);
     m_machine.addInstance(u"half\xDC01"_s);
     m_machine.addInstance(u"Locked"_s).errors = {{u"queryStatus"_s, error::AccessDenied}};
-    qputenv("TZ", "UTC");
+    useTimeZone("UTC");
     const QString path = m_folder.filePath(u"m.prom"_s);
     const CtlRun done = run({u"metrics"_s, u"--label"_s, u"tree=\\"_s, u"-o"_s, path});
     EXPECT_EQ(done.code, 0) << done.errors.toStdString();
@@ -391,7 +392,7 @@ TEST_F(CtlTest, NothingOfAMachineCommandsTheTerminal)
 
 TEST_F(CtlTest, TheLastRunIsThePeriodOfItsEvents)
 {
-    qputenv("TZ", "UTC");
+    useTimeZone("UTC");
     const auto at = [](const char* time) {
         const QString text = QString::fromLatin1(time);
         return eventOf(

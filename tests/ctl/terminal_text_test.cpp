@@ -1,5 +1,6 @@
 #include "ctl/moment.h"
 #include "platform/terminal_text.h"
+#include "support/time_zone.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,7 @@ TEST(TerminalText, LetsNothingThroughThatCommandsOrTurnsTheTerminal)
 
 TEST(Moment, IsReadFromATextOrRefused)
 {
-    qputenv("TZ", "CET-1"); // a form that Windows knows too
+    test::useTimeZone("CET-1"); // a form that Windows knows too
     const qint64 now = *parseMoment(u"2026-11-30T17:00:00");
     EXPECT_EQ(now, 1796054400);
     const std::pair<QStringView, qint64> times[] = {

@@ -3,6 +3,7 @@
 #include "shell/service_info.h"
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
+#include "support/time_zone.h"
 #include "support/utf16.h"
 
 #include <gmock/gmock.h>
@@ -19,7 +20,7 @@ class LogTable : public testing::Test
 protected:
     LogTable()
     {
-        qputenv("TZ", "UTC");
+        test::useTimeZone("UTC");
         fake.fakeClock.setNow(Now);
     }
     void putLog(const QString& text)
@@ -83,7 +84,7 @@ TEST_F(LogTable, ShowsTheSourcesInOrderAndColour)
 
 TEST_F(LogTable, DatesEventsInLocalTimeAndColoursThemByType)
 {
-    qputenv("TZ", "XST-5:30"); // five and a half hours ahead
+    test::useTimeZone("XST-5:30"); // five and a half hours ahead
     const auto tagged = [](const char* tag, const char* code) {
         return u"20261122:221559:%1  %2%3"_s.arg(QLatin1StringView(tag), QLatin1StringView(code))
                    .leftJustified(52)

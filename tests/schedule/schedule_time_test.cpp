@@ -1,4 +1,5 @@
 #include "schedule/schedule_time.h"
+#include "support/time_zone.h"
 
 #include <gtest/gtest.h>
 
@@ -14,8 +15,7 @@ TEST(ScheduleTime, MakesMomentsAndWritesThemByTheLocalRules)
         ReadTimeZone();
     });
     // The rules at the end are those that Windows takes for any name, and are written out for the others.
-    qputenv("TZ", "EST5EDT,M3.2.0,M11.1.0");
-    ReadTimeZone();
+    useTimeZone("EST5EDT,M3.2.0,M11.1.0");
     constexpr qint64 summer = 1'718'445'600; // 2024-06-15 10:00:00 UTC
     constexpr qint64 winter = 1'705'312'800; // 2024-01-15 10:00:00 UTC
 

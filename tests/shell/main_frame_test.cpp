@@ -312,7 +312,7 @@ TEST(Start, EndsWithAMessageWhereItCanNotGoOn)
         EXPECT_EQ(box.text, LoadText(text::OleInitFailed));
     }
     const QString folder = QCoreApplication::applicationDirPath();
-    for (const auto& [file, told] : {std::pair(u"/no/such/file"_s, u"/no/such/file was not found."_s),
+    for (const auto& [file, told] : {std::pair(u"no/such/file"_s, u"no/such/file was not found."_s),
              {folder, folder + u" : Access is denied.\r\n (0x5)"_s}}) {
         NextBox box;
         EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, file}));

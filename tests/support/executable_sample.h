@@ -92,6 +92,7 @@ inline QByteArray executableOf(std::initializer_list<SampleResource> resources, 
         data += resource.block;
         entry += 8;
     }
+    setAt(head, directories + 20, quint32(data.size()));
     const qsizetype section = 88 + optionalSize;
     setAt(head, section + 8, quint32(data.size()));
     setAt(head, section + 12, address);

@@ -62,7 +62,10 @@ TEST_F(MachineContract, runsProgramsAndTellsTheirExitCode)
     const std::pair<QString, quint32> fitness[] = {{contract->emulator(), error::Success},
         {in(u"data.exe"), error::BadExeFormat}, {in(u"nothing.exe"), error::FileNotFound}};
     for (const auto& [program, number] : fitness)
-        EXPECT_EQ(machine.processes().canRun(program).errorNumber(), number) << program.toStdString();
+        // Wine has a number of its own for what is no program.
+        EXPECT_EQ(machine.processes().canRun(program).errorNumber(),
+            number == error::BadExeFormat && contract->isWine() ? 31 : number)
+            << qPrintable(program);
 
     const auto [application, line] = contract->systemProgram();
     const auto byName = machine.processes().create(application, line);
@@ -143,7 +146,8 @@ TEST_F(MachineContract, readsTheVersionOfAnExecutable)
     ASSERT_EQ(write(in(u"none.exe"), executableOf({})), 0u);
     ASSERT_EQ(write(in(u"text.exe"), "no executable"), 0u);
     const auto version = machine.files().fileVersion(in(u"V.EXE"));
-    EXPECT_EQ(version ? *version : QString(), u"1.2 test");
+    ASSERT_TRUE(version) << version.errorNumber();
+    EXPECT_EQ(*version, u"1.2 test");
     EXPECT_EQ(machine.files().fileVersion(in(u"missing.exe")).errorNumber(), error::FileNotFound);
     for (const QStringView name : {u"none.exe", u"text.exe"})
         EXPECT_FALSE(machine.files().fileVersion(in(name))) << qPrintable(name.toString());
