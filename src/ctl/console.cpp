@@ -79,6 +79,21 @@ void Console::line(QStringView text, LineStyle style)
     keepBufferSmall();
 }
 
+void Console::utf8Line(const QByteArray& text, LineStyle style)
+{
+    if (m_facts.outputIsTerminal)
+        return line(QString::fromUtf8(text), style);
+    m_buffer += text;
+    m_buffer += '\n';
+    keepBufferSmall();
+}
+
+void Console::bytes(const QByteArray& content)
+{
+    m_buffer += content;
+    keepBufferSmall();
+}
+
 void Console::lines(QStringView text)
 {
     for (const QStringView each : text.split(u'\n'))

@@ -49,6 +49,8 @@ public:
     void line(QStringView text, LineStyle style = LineStyle::Plain);
     /// The same for lines of program text, such as help, whose line ends are kept.
     void lines(QStringView text);
+    /// The same for a text in UTF-8.
+    void utf8Line(const QByteArray& text, LineStyle style = LineStyle::Plain);
     /// Passes bytes on as they are, to a terminal too.
     void bytes(const QByteArray& content);
 

@@ -1,7 +1,7 @@
 // log, events: files of the host, read by themselves.
 
+#include "ctl/event_text.h"
 #include "ctl/log_file_printer.h"
-#include "ctl/moment.h"
 #include "ctl/output.h"
 #include "ctl/progress.h"
 #include "ctl/subcommand.h"
@@ -9,9 +9,7 @@
 #include "formats/evtx_reader.h"
 #include "logs/log_runs.h"
 
-#include <QDateTime>
 #include <QFile>
-#include <QJsonArray>
 
 namespace quoril {
 
@@ -88,66 +86,18 @@ int log(Ctl& ctl, const FileOptions& options)
     return exit_code::Done;
 }
 
-/// What is counted and shown of an event.
-struct EventType
-{
-    quint16 number;
-    QStringView word;
-    LineStyle style;
-};
-
-constexpr EventType EventTypes[] = {
-    {event_type::Success, u"success", LineStyle::Plain},
-    {event_type::Error, u"error", LineStyle::Error},
-    {event_type::Warning, u"warning", LineStyle::Warning},
-    {event_type::Information, u"information", LineStyle::Plain},
-    {event_type::AuditSuccess, u"audit-success", LineStyle::Plain},
-    {event_type::AuditFailure, u"audit-failure", LineStyle::Error},
-};
-constexpr EventType UnknownType{0, u"unknown", LineStyle::Plain};
-
-const EventType& typeOf(quint16 number)
-{
-    const auto found = std::find_if(std::begin(EventTypes), std::end(EventTypes),
-        [number](const EventType& type) { return type.number == number; });
-    return found == std::end(EventTypes) ? UnknownType : *found;
-}
-
-QString utcText(quint32 time)
-{
-    return QDateTime::fromSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODate);
-}
-
-QJsonObject jsonOf(const EventEntry& entry)
-{
-    return {{"recordNumber"_L1, qint64(entry.recordNumber)}, {"time"_L1, utcText(entry.timeGenerated)},
-        {"type"_L1, typeOf(entry.eventType).word.toString()}, {"source"_L1, entry.sourceName},
-        {"eventId"_L1, qint64(entry.eventId & 0xFFFF)}, {"qualifiers"_L1, qint64(entry.eventId >> 16)},
-        {"computer"_L1, entry.computerName},
-        {"strings"_L1, QJsonArray::fromStringList(entry.insertStrings.toList())}};
-}
-
-/// An event on one line; line ends in its strings become blanks.
-QString lineOf(const EventEntry& entry)
-{
-    QString strings = entry.insertStrings.toList().join(u' ');
-    strings.replace(u"\r\n"_s, u" "_s).replace(u'\n', u' ').replace(u'\r', u' ');
-    return momentText(entry.timeGenerated) + u"  "_s
-        + typeOf(entry.eventType).word.toString().leftJustified(11) + u"  "_s + entry.sourceName + u"  "_s
-        + QString::number(entry.eventId & 0xFFFF) + u"  "_s + strings;
-}
-
 template <typename Reader> void printEvents(Ctl& ctl, Reader& reader)
 {
     EventEntry entry;
+    EventText text;
     if (ctl.json) {
         JsonArray array(ctl.console);
         while (reader.next(entry))
-            array.add(jsonOf(entry));
+            array.add(text.json(entry));
         return;
     }
     while (reader.next(entry))
-        ctl.console.line(lineOf(entry), typeOf(entry.eventType).style);
+        ctl.console.utf8Line(text.line(entry), EventText::styleOf(entry));
 }
 
 template <typename Reader> void printEventSummary(Ctl& ctl, Reader& reader, const QString& path)
@@ -166,9 +116,11 @@ template <typename Reader> void printEventSummary(Ctl& ctl, Reader& reader, cons
             last = std::max(last, entry.timeGenerated);
         }
     }
-    const auto time = [records](quint32 moment) { return records > 0 ? utcText(moment) : QJsonValue(); };
+    const auto time
+        = [records](quint32 moment) { return records > 0 ? EventText::utcText(moment) : QJsonValue(); };
     printSummary(ctl,
-        {{u"records"_s, records}, {u"errors"_s, errors}, {u"warnings"_s, warnings}, {u"first"_s, time(first)},
+        {{u"records"_s, records}, {u"errors"_s, errors}, {u"warnings"_s, warnings},
+            {u"damaged"_s, qint64(reader.damage().records)}, {u"first"_s, time(first)},
             {u"last"_s, time(last)}});
 }
 
@@ -178,6 +130,8 @@ template <typename Reader> void printReader(Ctl& ctl, const FileOptions& options
         printEventSummary(ctl, reader, options.path);
     else
         printEvents(ctl, reader);
+    if (reader.damage().any())
+        ctl.console.tell(options.path + u": "_s + reader.damage().text());
 }
 
 int events(Ctl& ctl, const FileOptions& options)

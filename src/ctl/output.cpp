@@ -13,10 +13,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QByteArray jsonBytes(const Console& console, const QJsonObject& object)
+QByteArray jsonBytes(const Console& console, const QByteArray& json)
 {
-    const QByteArray json = QJsonDocument(object).toJson(QJsonDocument::Compact);
     return console.facts().outputIsTerminal ? terminalText(QString::fromUtf8(json)).toUtf8() : json;
+}
+
+QByteArray compact(const QJsonObject& object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
 struct Severity
@@ -79,12 +83,18 @@ void TextTable::print(Console& console) const
 
 void printJson(Console& console, const QJsonObject& object)
 {
-    console.bytes(jsonBytes(console, object) + '\n');
+    console.bytes(jsonBytes(console, compact(object)) + '\n');
 }
 
 void JsonArray::add(const QJsonObject& object)
 {
-    m_console.bytes((m_isEmpty ? "\n" : ",\n") + jsonBytes(m_console, object));
+    add(compact(object));
+}
+
+void JsonArray::add(const QByteArray& json)
+{
+    m_console.bytes(m_isEmpty ? "\n" : ",\n");
+    m_console.bytes(jsonBytes(m_console, json));
     m_isEmpty = false;
 }
 

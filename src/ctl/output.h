@@ -43,6 +43,8 @@ public:
     JsonArray& operator=(const JsonArray&) = delete;
 
     void add(const QJsonObject& object);
+    /// An object that is JSON already, in UTF-8.
+    void add(const QByteArray& json);
 
 private:
     Console& m_console;

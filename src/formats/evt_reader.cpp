@@ -1,6 +1,7 @@
 #include "formats/evt_reader.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quoril {
 
@@ -16,7 +17,22 @@ EvtReader::EvtReader(QIODevice& device, const EvtState& state)
     : m_ring(device, state.fileSize)
     , m_offset(state.oldestOffset)
     , m_left(m_ring.distance(state.oldestOffset, state.endOffset))
+    , m_number(state.oldestNumber)
+    , m_endNumber(state.nextNumber)
+    , m_isDirty((state.flags & EvtState::Dirty) != 0)
 {
+}
+
+/// Counts the damaged ground before the record of a number: as many as the numbers say if that can be, at
+/// least one.
+void EvtReader::endGap(quint32 nextNumber)
+{
+    if (!m_gap)
+        return;
+    const quint32 length = m_ring.distance(*m_gap, m_offset);
+    const quint32 missing = nextNumber - m_number;
+    const bool canBe = missing > 0 && missing <= length / EventRecordView::FixedSize;
+    m_damage.add(*std::exchange(m_gap, std::nullopt), canBe ? missing : 1);
 }
 
 bool EvtReader::next(EventEntry& entry)
@@ -33,6 +49,12 @@ bool EvtReader::next(EventEntry& entry)
         auto record = m_ring.record(m_offset);
         if (record && record->length() > m_left)
             record.reset();
+        if (record) {
+            endGap(record->recordNumber());
+            m_number = record->recordNumber() + 1;
+        } else if (!m_gap) {
+            m_gap = m_offset;
+        }
         const quint32 walked = std::min(m_left, record ? record->length() : Step);
         m_offset = m_ring.advance(m_offset, walked);
         m_left -= walked;
@@ -47,6 +69,7 @@ bool EvtReader::next(EventEntry& entry)
             return true;
         }
     }
+    endGap(m_endNumber);
     return false;
 }
 

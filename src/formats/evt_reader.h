@@ -1,6 +1,9 @@
 #pragma once
 
+#include "formats/event_damage.h"
 #include "formats/evt_layout.h"
+
+#include <optional>
 
 namespace quoril {
 
@@ -21,8 +24,14 @@ public:
     /// Whether such a record ended the log; the entry of the last next() then has its timeGenerated.
     bool isOverLimit() const { return m_isOverLimit; }
 
-    /// Makes `entry` the next event; false at the end of the log. Damaged ground is skipped.
+    /// Makes `entry` the next event; false at the end of the log. Damaged ground is skipped and counted.
     bool next(EventEntry& entry);
+
+    /// What could not be read: whole once next() was false.
+    const EventDamage& damage() const { return m_damage; }
+
+    /// The file was not closed: its header is stale.
+    bool isDirty() const { return m_isDirty; }
 
 private:
     EvtReader(QIODevice& device, const EvtState& state);
@@ -33,6 +42,13 @@ private:
     bool m_isOverLimit = false;
     quint32 m_offset;
     quint32 m_left; ///< bytes up to the end record
+    quint32 m_number; ///< that the next record ought to have
+    quint32 m_endNumber; ///< of the record to come after the last
+    bool m_isDirty;
+    std::optional<quint32> m_gap; ///< where the damaged ground begins that is being walked
+    EventDamage m_damage;
+
+    void endGap(quint32 nextNumber);
 };
 
 } // namespace quoril

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace quoril::evtx {
 namespace {
@@ -13,6 +14,7 @@ namespace {
 constexpr quint32 RecordMagic = 0x00002A2A;
 constexpr quint32 RecordHeaderSize = 24;
 constexpr quint32 RecordTrailerSize = 4;
+constexpr quint32 RecordStep = 8;
 constexpr int MaximumNesting = 8;
 /// Steps and bytes of values that a record may take, and more for each byte it has: far above any real
 /// record, and the bound for templates that name each other.
@@ -53,6 +55,22 @@ quint16 eventType(quint64 level, quint64 keywords)
 
 } // namespace
 
+namespace {
+
+/// The size of the record at an offset; 0 for what is none. A record that is whole repeats its size at its
+/// end.
+quint32 recordSize(QByteArrayView bytes, quint32 offset, quint32 end)
+{
+    if (end - offset < RecordHeaderSize + RecordTrailerSize || load<quint32>(bytes, offset) != RecordMagic)
+        return 0;
+    const quint32 size = load<quint32>(bytes, offset + 4);
+    const bool isWhole = size >= RecordHeaderSize + RecordTrailerSize && size <= end - offset
+        && load<quint32>(bytes, offset + size - RecordTrailerSize) == size;
+    return isWhole ? size : 0;
+}
+
+} // namespace
+
 bool Chunk::hasMagic(QByteArrayView bytes)
 {
     return bytes.size() >= 8 && std::memcmp(bytes.data(), "ElfChnk", 8) == 0;
@@ -69,6 +87,9 @@ void Chunk::begin()
     m_programs.clear();
     m_chunk = m_bytes;
     m_offset = HeaderSize;
+    m_gapBegin = 0;
+    m_gaps = m_records = 0;
+    m_damage = {};
     m_end = std::min(quint32(m_chunk.size()), Size);
     if (m_end < HeaderSize) {
         m_end = m_offset;
@@ -82,27 +103,64 @@ void Chunk::begin()
 
 bool Chunk::next(const EventSpan& span, EventEntry& entry)
 {
-    constexpr quint32 Step = 8;
     m_span = span;
     while (!m_isOverLimit && m_offset < m_end && m_end - m_offset >= RecordHeaderSize + RecordTrailerSize) {
         const quint32 start = m_offset;
-        const quint32 size = load<quint32>(m_chunk, start + 4);
-        // A record that is whole repeats its size at its end.
-        const bool isWhole = load<quint32>(m_chunk, start) == RecordMagic
-            && size >= RecordHeaderSize + RecordTrailerSize && size <= m_end - start
-            && load<quint32>(m_chunk, start + size - RecordTrailerSize) == size;
-        if (!isWhole) {
-            m_offset += Step;
+        const quint32 size = recordSize(m_chunk, start, m_end);
+        if (size == 0) {
+            m_gaps += m_gapBegin == 0;
+            m_gapBegin = m_gapBegin == 0 ? start : m_gapBegin;
+            m_offset += RecordStep;
             continue;
         }
+        if (m_gapBegin != 0)
+            m_damage.add(std::exchange(m_gapBegin, 0), 0); // how many, shows at the end
         m_offset += size;
-        if (decode(start, start + size - RecordTrailerSize, entry))
+        ++m_records;
+        const Decoded decoded = decode(start, start + size - RecordTrailerSize, entry);
+        if (decoded == Decoded::Event)
             return true;
+        if (decoded == Decoded::Damaged)
+            m_damage.add(start, 1);
     }
+    if (!m_isOverLimit)
+        countMissing();
     return false;
 }
 
-bool Chunk::decode(quint32 offset, quint32 end, EventEntry& entry)
+/// Counts what is missing at the chunk's end: by the record numbers of its header where they can be, else one
+/// for each piece of damaged ground.
+void Chunk::countMissing()
+{
+    const quint32 place = m_gapBegin != 0 ? m_gapBegin : m_offset;
+    quint64 missing = std::exchange(m_gaps, 0);
+    if (m_end > HeaderSize) {
+        constexpr quint32 LastRecordOffset = 32;
+        const quint64 last = load<quint64>(m_chunk, LastRecordOffset);
+        const quint64 first = firstRecord(m_chunk);
+        const quint64 most = (Size - HeaderSize) / (RecordHeaderSize + RecordTrailerSize);
+        if (first > 0 && first <= last && last - first < most && last - first + 1 > m_records)
+            missing = last - first + 1 - m_records;
+    }
+    if (missing > 0)
+        m_damage.add(place, missing);
+    m_records += missing; // a second call finds none
+    m_gapBegin = 0;
+}
+
+quint64 Chunk::strayRecords(QByteArrayView bytes)
+{
+    quint64 count = 0;
+    const auto end = quint32(bytes.size());
+    for (quint32 offset = HeaderSize; offset + RecordHeaderSize + RecordTrailerSize <= end;) {
+        const quint32 size = recordSize(bytes, offset, end);
+        count += size > 0;
+        offset += size > 0 ? size : RecordStep;
+    }
+    return count;
+}
+
+Chunk::Decoded Chunk::decode(quint32 offset, quint32 end, EventEntry& entry)
 {
     m_pending = {};
     m_pending.budget = RecordBudget + BudgetPerByte * (end - offset);
@@ -117,13 +175,17 @@ bool Chunk::decode(quint32 offset, quint32 end, EventEntry& entry)
     entry.insertStrings.clear();
     entry.userSid.resize(0);
     entry.data.resize(0);
-    runFragment(offset + RecordHeaderSize, end, Place::Document, false, entry);
+    runFragment(offset + RecordHeaderSize, end, Place::Document, entry);
     checkSpan(entry);
-    if (m_pending.outside || !m_pending.hasId)
-        return false;
+    if (m_pending.outside)
+        return Decoded::OutsideSpan;
+    if (!m_pending.hasId)
+        return Decoded::Damaged;
     finish(entry);
     m_isOverLimit = m_recordLimit != NoRecordLimit && eventLogRecordSize(entry) > m_recordLimit;
-    return !m_isOverLimit && isInSpan(entry);
+    if (m_isOverLimit)
+        return Decoded::OverLimit;
+    return isInSpan(entry) ? Decoded::Event : Decoded::OutsideSpan;
 }
 
 bool Chunk::isInSpan(const EventEntry& entry) const
@@ -149,7 +211,7 @@ void Chunk::finish(EventEntry& entry) const
     entry.insertBytes = entry.insertStrings.byteSize();
 }
 
-void Chunk::runFragment(quint32 offset, quint32 end, Place place, bool insideValue, EventEntry& entry)
+void Chunk::runFragment(quint32 offset, quint32 end, Place place, EventEntry& entry)
 {
     constexpr quint32 FragmentHeaderSize = 4;
     if (m_pending.depth >= MaximumNesting || end < offset || end - offset < FragmentHeaderSize)
@@ -161,7 +223,7 @@ void Chunk::runFragment(quint32 offset, quint32 end, Place place, bool insideVal
         runInstance(body, end, place, entry);
     } else {
         m_pending.budget -= end - offset;
-        const Program program = compile(m_chunk, offset, end, place, insideValue);
+        const Program program = compile(m_chunk, offset, end, place);
         run(program, m_values.size(), 0, end, entry);
     }
     --m_pending.depth;
@@ -244,7 +306,7 @@ void Chunk::substitute(const Value& value, Place place, EventEntry& entry)
     m_pending.budget -= value.bytes.size();
     if (value.type == value_type::BinXml) {
         const quint32 offset = quint32(value.bytes.data() - m_chunk.data());
-        runFragment(offset, offset + quint32(value.bytes.size()), place, true, entry);
+        runFragment(offset, offset + quint32(value.bytes.size()), place, entry);
     } else if (place == Place::Data || place == Place::UserItem) {
         appendStrings(value, entry);
     } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "formats/event_damage.h"
 #include "formats/event_record.h"
 #include "formats/evtx_program.h"
 
@@ -34,6 +35,12 @@ public:
     /// Makes `entry` the chunk's next event of the span; false at the chunk's end.
     bool next(const EventSpan& span, EventEntry& entry);
 
+    /// What of the chunk could not be read up to now; whole once next() was false. Offsets are of the chunk.
+    const EventDamage& damage() const { return m_damage; }
+
+    /// How many records, whole by their own marks, stand in bytes without a chunk's header.
+    static quint64 strayRecords(QByteArrayView bytes);
+
 private:
     /// What of an event is not yet told by `entry` while its record is read.
     struct Pending
@@ -55,8 +62,17 @@ private:
         qint64 budget = 0;
     };
 
-    bool decode(quint32 offset, quint32 end, EventEntry& entry);
-    void runFragment(quint32 offset, quint32 end, Place place, bool insideValue, EventEntry& entry);
+    enum class Decoded
+    {
+        Event,
+        OutsideSpan,
+        OverLimit,
+        Damaged
+    };
+
+    Decoded decode(quint32 offset, quint32 end, EventEntry& entry);
+    void countMissing();
+    void runFragment(quint32 offset, quint32 end, Place place, EventEntry& entry);
     void runInstance(quint32 offset, quint32 limit, Place place, EventEntry& entry);
     void run(const Program& program, std::size_t firstValue, std::size_t valueCount, quint32 limit,
         EventEntry& entry);
@@ -75,6 +91,10 @@ private:
     QByteArrayView m_chunk;
     quint32 m_offset = 0;
     quint32 m_end = 0;
+    quint32 m_gapBegin = 0; ///< where the damaged ground begins that is being walked, 0 outside of any
+    quint64 m_gaps = 0;
+    quint64 m_records = 0; ///< whole by their marks, whether decoded or not
+    EventDamage m_damage;
     EventSpan m_span;
     quint32 m_recordLimit = NoRecordLimit;
     bool m_isOverLimit = false;

@@ -159,10 +159,10 @@ private:
 class Compiler
 {
 public:
-    Compiler(QByteArrayView chunk, quint32 offset, quint32 limit, Place place, bool insideValue)
+    Compiler(QByteArrayView chunk, quint32 offset, quint32 limit, Place place, bool inTemplate)
         : m_chunk(chunk)
         , m_cursor(chunk, offset, limit)
-        , m_insideValue(insideValue)
+        , m_inTemplate(inTemplate)
     {
         m_open.push_back({place, false});
     }
@@ -196,7 +196,7 @@ private:
 
     QByteArrayView m_chunk;
     Cursor m_cursor;
-    bool m_insideValue;
+    bool m_inTemplate;
     std::vector<Element> m_open;
     bool m_inAttributes = false;
     Place m_attribute = Place::Other;
@@ -274,7 +274,8 @@ bool Compiler::open(bool attributes)
 {
     constexpr quint32 DependencySize = 2;
     constexpr quint32 LengthSize = 4;
-    if (!m_insideValue)
+    // Only the elements of a template carry the number of the value that they depend on.
+    if (m_inTemplate)
         m_cursor.skip(DependencySize);
     m_cursor.skip(LengthSize);
     const QString name = m_cursor.takeName();
@@ -377,9 +378,9 @@ std::optional<Instance> readInstance(QByteArrayView chunk, quint32 offset, quint
     return instance;
 }
 
-Program compile(QByteArrayView chunk, quint32 offset, quint32 limit, Place place, bool insideValue)
+Program compile(QByteArrayView chunk, quint32 offset, quint32 limit, Place place)
 {
-    return Compiler(chunk, offset, limit, place, insideValue).run();
+    return Compiler(chunk, offset, limit, place, false).run();
 }
 
 Program compileTemplate(QByteArrayView chunk, quint32 definition, Place place)
@@ -389,7 +390,7 @@ Program compileTemplate(QByteArrayView chunk, quint32 definition, Place place)
         return {};
     const quint32 start = definition + DefinitionHeaderSize;
     const quint32 size = qFromLittleEndian<quint32>(chunk.data() + start - 4);
-    return compile(chunk, start, start + std::min(size, chunkSize - start), place, false);
+    return Compiler(chunk, start, start + std::min(size, chunkSize - start), place, true).run();
 }
 
 } // namespace quoril::evtx

@@ -73,8 +73,8 @@ struct Instance
 std::optional<Instance> readInstance(QByteArrayView chunk, quint32 offset, quint32 limit);
 
 /// Compiles the binary XML from `offset` to `limit` as content of `place`. A damaged piece gives the steps
-/// up to the damage. Elements of a fragment that is a value carry no dependency number: `insideValue`.
-Program compile(QByteArrayView chunk, quint32 offset, quint32 limit, Place place, bool insideValue);
+/// up to the damage.
+Program compile(QByteArrayView chunk, quint32 offset, quint32 limit, Place place);
 
 /// As compile(), for the template whose definition stands at `definition`.
 Program compileTemplate(QByteArrayView chunk, quint32 definition, Place place);

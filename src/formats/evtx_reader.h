@@ -13,8 +13,8 @@ namespace quoril {
 /// Reads an event log (.evtx) in the order of its chunks, one chunk of 64 KB in memory at a time, and
 /// gives each event in the shape of the classic reading call.
 ///
-/// A chunk whose magic is damaged is skipped; what is whole in a partial last chunk, or in a chunk with a
-/// bad checksum, is read.
+/// A chunk whose magic is damaged is skipped and counted; what is whole in a partial last chunk, or in a
+/// chunk with a bad checksum, is read.
 class EvtxReader
 {
 public:
@@ -35,14 +35,27 @@ public:
     /// Makes `entry` the next event; false at the end of the log.
     bool next(EventEntry& entry);
 
+    /// What could not be read: whole once next() was false.
+    const EventDamage& damage() const { return m_damage; }
+
+    /// The file was not closed: what was written last may be missing in it.
+    bool isDirty() const { return m_isDirty; }
+
 private:
-    EvtxReader(QIODevice& device, std::vector<qint64> chunks);
+    explicit EvtxReader(QIODevice& device) : m_device(&device) { }
+
+    void findChunks();
+    void lookAtNoChunk(qint64 offset);
+    void takeDamage();
 
     bool loadChunk();
 
     QIODevice* m_device;
     std::vector<qint64> m_chunks; ///< offsets in the file, in order of their record numbers
     std::size_t m_nextChunk = 0;
+    bool m_hasChunk = false;
+    EventDamage m_damage;
+    bool m_isDirty = false;
     evtx::Chunk m_chunk;
     EventSpan m_span;
 };

@@ -6,6 +6,7 @@
 #include "formats/name_case.h"
 #include "platform/host/file_lock.h"
 #include "platform/host/host_file.h"
+#include "platform/terminal.h"
 #include "platform/tree/tree_paths.h"
 
 #include <algorithm>
@@ -67,20 +68,30 @@ public:
             return reader.failure();
         reader->setSpan(span);
         reader->setRecordLimit(ReadingBufferBytes);
-        return std::unique_ptr<Source>(std::make_unique<FileSource>(*std::move(file), *std::move(reader)));
+        return std::unique_ptr<Source>(
+            std::make_unique<FileSource>(place.path(), *std::move(file), *std::move(reader)));
     }
 
-    FileSource(std::unique_ptr<QFile> file, Reader reader)
-        : m_file(std::move(file))
+    FileSource(const QString& hostPath, std::unique_ptr<QFile> file, Reader reader)
+        : m_hostPath(hostPath)
+        , m_file(std::move(file))
         , m_reader(std::move(reader))
     {
     }
 
 protected:
-    bool read(EventEntry& entry) override { return m_reader.next(entry); }
+    bool read(EventEntry& entry) override
+    {
+        if (m_reader.next(entry))
+            return true;
+        if (m_reader.damage().any())
+            say(m_hostPath + u": "_s + m_reader.damage().text());
+        return false;
+    }
     bool isOverLimit() const override { return m_reader.isOverLimit(); }
 
 private:
+    QString m_hostPath;
     std::unique_ptr<QFile> m_file;
     Reader m_reader;
 };
