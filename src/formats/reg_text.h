@@ -53,7 +53,9 @@ Result<std::vector<Operation>> parse(const QByteArray& bytes);
 Status apply(const std::vector<Operation>& operations, Sink& sink);
 
 /// The key and all below it as the registry editor writes it: UTF-16LE with byte order mark and CRLF.
-/// `path` is what the key is called in the text.
-QByteArray write(const regf::Key& key, const QString& path);
+/// `path` is what the key is called in the text. Fails with BadDatabase where a text can't carry what is
+/// there, and its detail says what: names with line ends, zeros or half a surrogate pair, names that a
+/// registry takes for equal or takes from no one, and keys of which a part can't be read.
+Result<QByteArray> write(const regf::Key& key, const QString& path);
 
 } // namespace quoril::regtext

@@ -4,6 +4,8 @@
 
 #include <QtEndian>
 
+#include <algorithm>
+
 namespace quoril::regtext {
 
 using namespace Qt::StringLiterals;
@@ -78,22 +80,107 @@ QString valueLine(const regf::Value& value)
     return byteList(start + u"hex(%1):"_s.arg(value.type, 0, 16), value.data);
 }
 
-void writeKey(const regf::Key& key, const QString& path, QString& text)
+/// Why a name can't stand in a text or would not be the same name after an import; null for one that can.
+const char* obstacleIn(QStringView name)
 {
-    text += u'[' + path + "]\r\n"_L1;
-    for (const regf::Value& value : key.values())
-        text += valueLine(value) + "\r\n"_L1;
-    text += "\r\n"_L1;
-    for (std::size_t i = 0; i < key.childCount(); ++i)
-        writeKey(*key.childAt(i), path + u'\\' + key.childAt(i)->name(), text);
+    const auto breaks = [](QChar unit) { return unit == u'\n' || unit == u'\r' || unit == u'\0'; };
+    if (std::any_of(name.begin(), name.end(), breaks))
+        return "a line end or a zero in a name";
+    return name.isValidUtf16() ? nullptr : "half a surrogate pair in a name";
+}
+
+/// On one line, whatever the names hold.
+QString shown(QStringView path)
+{
+    QString text;
+    for (const QChar unit : path) {
+        if (unit.unicode() < 0x20 || unit.isSurrogate())
+            text += u"\\u%1"_s.arg(unit.unicode(), 4, 16, QLatin1Char('0'));
+        else
+            text += unit;
+    }
+    return text;
+}
+
+/// Writes a key with all below it, and remembers what a text can't carry.
+class Writer
+{
+public:
+    void writeKey(const regf::Key& key, const QString& path);
+    void refuse(QStringView path, const char* why);
+
+    qsizetype obstacles() const { return m_obstacles; }
+    QString told() const { return m_told; }
+    QString takeText() { return std::move(m_text); }
+
+private:
+    void checkName(const regf::Key& parent, const regf::Key& key, const QString& path);
+    void writeValues(const regf::Key& key, const QString& path);
+
+    QString m_text = u"\uFEFFWindows Registry Editor Version 5.00\r\n\r\n"_s;
+    QString m_told;
+    qsizetype m_obstacles = 0;
+};
+
+void Writer::refuse(QStringView path, const char* why)
+{
+    constexpr qsizetype MostTold = 5;
+    if (++m_obstacles <= MostTold)
+        m_told += (m_told.isEmpty() ? u""_s : u"; "_s) + shown(path) + u": "_s + QLatin1StringView(why);
+    else if (m_obstacles == MostTold + 1)
+        m_told += u"; and more"_s;
+}
+
+void Writer::checkName(const regf::Key& parent, const regf::Key& key, const QString& path)
+{
+    const QString& name = key.name();
+    if (const char* why = obstacleIn(name))
+        refuse(path, why);
+    else if (name.isEmpty() || name.contains(u'\\') || name.size() > regf::Key::MaximumKeyName)
+        refuse(path, "not a name for a key");
+    else if (parent.child(name) != &key)
+        refuse(path, "two keys of one name");
+}
+
+void Writer::writeValues(const regf::Key& key, const QString& path)
+{
+    for (const regf::Value& value : key.values()) {
+        if (const char* why = obstacleIn(value.name))
+            refuse(path + u'\\' + value.name, why);
+        else if (key.value(value.name) != &value)
+            refuse(path + u'\\' + value.name, "two values of one name");
+        else if (value.name.size() > regf::Key::MaximumValueName)
+            refuse(path, "not a name for a value");
+        m_text += valueLine(value) + "\r\n"_L1;
+    }
+}
+
+void Writer::writeKey(const regf::Key& key, const QString& path)
+{
+    m_text += u'[' + path + "]\r\n"_L1;
+    if (!key.isWhole())
+        refuse(path, "a part of it can't be read");
+    writeValues(key, path);
+    m_text += "\r\n"_L1;
+    for (std::size_t i = 0; i < key.childCount(); ++i) {
+        const regf::Key& child = *key.childAt(i);
+        const QString childPath = path + u'\\' + child.name();
+        checkName(key, child, childPath);
+        writeKey(child, childPath);
+    }
 }
 
 } // namespace
 
-QByteArray write(const regf::Key& key, const QString& path)
+Result<QByteArray> write(const regf::Key& key, const QString& path)
 {
-    QString text = u"\uFEFFWindows Registry Editor Version 5.00\r\n\r\n"_s;
-    writeKey(key, path, text);
+    Writer writer;
+    if (const char* why = obstacleIn(path))
+        writer.refuse(path, why);
+    writer.writeKey(key, path);
+    if (writer.obstacles() > 0)
+        return Error{error::BadDatabase, u"a text can't carry all of it: "_s + writer.told()};
+    const QString text = writer.takeText();
     QByteArray bytes(text.size() * 2, Qt::Uninitialized);
     qToLittleEndian<char16_t>(text.utf16(), text.size(), bytes.data());
     return bytes;

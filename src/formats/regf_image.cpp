@@ -48,6 +48,7 @@ quint64 Image::lastWritten() const
 
 void Image::note(quint32 offset, const char* what)
 {
+    ++m_problemCount;
     if (m_problems.size() < MostProblems)
         m_problems += QStringLiteral("offset 0x%1: %2").arg(offset, 0, 16).arg(QLatin1StringView(what));
 }

@@ -59,6 +59,8 @@ public:
 
     void note(quint32 offset, const char* what);
     const QStringList& problems() const { return m_problems; }
+    /// Of all problems; the list ends at some.
+    quint64 problemCount() const { return m_problemCount; }
 
     /// What the key cell at an offset says; nothing if it is not one.
     std::optional<Key::Header> readKey(quint32 offset);
@@ -85,6 +87,7 @@ private:
     std::size_t m_budget; ///< bytes of cells that may still be taken
     std::vector<bool> m_taken; ///< by offset / 8
     QStringList m_problems;
+    quint64 m_problemCount = 0;
     std::vector<QByteArray> m_securities;
     QHash<QByteArray, int> m_securityIndex;
     std::unordered_map<quint32, int> m_securityByOffset;

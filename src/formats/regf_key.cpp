@@ -47,9 +47,11 @@ Key::Children& Key::children() const
     if (m_childrenLoaded)
         return m_children;
     m_childrenLoaded = true;
+    const quint64 problemsBefore = m_image->problemCount();
     const std::vector<quint32> cells = m_image->readSubkeys(m_cell);
     if (!cells.empty() && m_depth >= MaximumDepth) {
         m_image->note(m_cell, "keys are nested too deeply");
+        m_isWhole = false;
         return m_children;
     }
     m_children.reserve(cells.size());
@@ -57,6 +59,7 @@ Key::Children& Key::children() const
         if (auto header = m_image->readKey(cell))
             m_children.push_back(std::make_unique<Key>(*m_image, std::move(*header), m_depth + 1, cell));
     }
+    m_isWhole = m_isWhole && m_image->problemCount() == problemsBefore;
     return m_children;
 }
 
@@ -160,9 +163,18 @@ std::vector<Value>& Key::loadedValues() const
 {
     if (!m_valuesLoaded) {
         m_valuesLoaded = true;
+        const quint64 problemsBefore = m_image->problemCount();
         m_values = m_image->readValues(m_cell);
+        m_isWhole = m_isWhole && m_image->problemCount() == problemsBefore;
     }
     return m_values;
+}
+
+bool Key::isWhole() const
+{
+    children();
+    loadedValues();
+    return m_isWhole;
 }
 
 const std::vector<Value>& Key::values() const

@@ -119,6 +119,9 @@ public:
     /// False when there is no such value.
     bool removeValue(QStringView name, quint64 filetime);
 
+    /// Whether all of the key's own subkeys and values could be read; reads them.
+    bool isWhole() const;
+
 private:
     using Children = std::vector<std::unique_ptr<Key>>;
     template <typename T> using NameMap = std::unordered_map<QStringView, T, FoldedHash, FoldedEqual>;
@@ -136,6 +139,7 @@ private:
     quint32 m_cell; ///< where the lists are read from, NoCell for a key made in memory
     mutable bool m_childrenLoaded = false;
     mutable bool m_valuesLoaded = false;
+    mutable bool m_isWhole = true;
     mutable Children m_children;
     mutable std::vector<Value> m_values;
     /// Made on the first look-up among many, which few keys have; views of names that live in m_children and

@@ -241,6 +241,10 @@ Result<QByteArray> HiveKey::exportText(const QString& path) const
     const Result<regf::Key*> here = keyFor(key_access::Read);
     if (!here)
         return here.failure();
+    // An import would follow the link, into the control set that it leads to.
+    if (isLink(linkName) && (*here)->child(linkName) && !linkTarget(**here).isEmpty())
+        return Error{
+            error::BadDatabase, u"a text can't carry a key CurrentControlSet in the place of the link"_s};
     return regtext::write(**here, path);
 }
 
