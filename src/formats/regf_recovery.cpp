@@ -237,9 +237,12 @@ void Recovery::omitBadBins(std::span<char> hive)
         const Bytes rest(reinterpret_cast<const uchar*>(data.data()) + place, data.size() - place);
         const std::size_t size = binSize(rest, place);
         if (size == 0) {
-            const std::size_t unit = std::min(BinUnit, data.size() - place);
-            std::memset(data.data() + place, 0, unit);
-            ++m_omittedBins;
+            const std::span<char> unit = data.subspan(place, std::min(BinUnit, data.size() - place));
+            // Where nothing was ever written, nothing is to be: it would take memory.
+            if (std::any_of(unit.begin(), unit.end(), [](char byte) { return byte != 0; })) {
+                std::fill(unit.begin(), unit.end(), '\0');
+                ++m_omittedBins;
+            }
         }
         place += size == 0 ? BinUnit : (size + BinUnit - 1) / BinUnit * BinUnit;
     }
