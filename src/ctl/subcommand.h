@@ -59,6 +59,7 @@ void addReportSubcommand(Ctl& ctl, const CommandParser& parser);
 void addInstallationSubcommands(Ctl& ctl, const CommandParser& parser);
 void addMetricsSubcommand(Ctl& ctl, const CommandParser& parser);
 void addWaitSubcommand(Ctl& ctl, const CommandParser& parser);
+void addMachineCheck(Ctl& ctl, const CommandParser& machine);
 void addMachineSubcommands(Ctl& ctl, const CommandParser& parser);
 
 } // namespace quoril

@@ -125,6 +125,7 @@ void addMachineSubcommands(Ctl& ctl, const CommandParser& parser)
     addSubcommand(ctl, machine, "import", "Carry out a .reg text", Needs::Machine, declareImport, importText);
     addSubcommand(
         ctl, machine, "export", "Print a key as a .reg text", Needs::Machine, declareExport, exportText);
+    addMachineCheck(ctl, machine);
 }
 
 } // namespace quoril

@@ -8,6 +8,8 @@
 #include "platform/terminal_text.h"
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
+#include "support/real_data.h"
+#include "support/temporary_tree.h"
 #include "support/time_zone.h"
 #include "support/utf16.h"
 
@@ -134,6 +136,62 @@ protected:
     FakeMachine m_machine;
     QTemporaryDir m_folder;
 };
+
+TEST_F(CtlTest, EventsOfTheSampleLogsAreAsTheyWereMade)
+{
+    for (const QString& name : {u"tests/data/sample.evtx"_s, u"tests/data/sample.evt"_s}) {
+        const QByteArray log = fileContent(name);
+        const QString copy = file(u"log"_s, log);
+        EXPECT_EQ(run({u"--json"_s, u"events"_s, copy}).output, fileContent(name + u".json"_s));
+        EXPECT_TRUE(run({u"events"_s, copy}).output.contains("two \"quoted\" lines\n"));
+        // The second record's size is damaged, and with it the record.
+        QByteArray bytes = log;
+        const QByteArray mark = name.endsWith(u'x') ? QByteArray("**\0\0", 4) : QByteArray("LfLe");
+        const qsizetype first = bytes.indexOf(mark, 100);
+        bytes[bytes.indexOf(mark, first + 4) + (mark == "LfLe" ? -4 : 4)] ^= 4;
+        const CtlRun damaged = run({u"--json"_s, u"events"_s, u"--summary"_s, file(u"log"_s, bytes)});
+        EXPECT_EQ(damaged.json()["damaged"_L1].toInt(), 1);
+        EXPECT_EQ(damaged.json()["records"_L1].toInt(), name.endsWith(u'x') ? 3 : 2);
+        EXPECT_TRUE(damaged.errors.contains("log: 1 record could not be decoded"))
+            << damaged.errors.constData();
+    }
+}
+
+TEST_F(CtlTest, CheckReadsTheHivesAndLogsOfAMachine)
+{
+    const TemporaryTree tree;
+    tree.makeFolder(u"Windows/System32/winevt/Logs"_s);
+    tree.write(u"Windows/System32/winevt/Logs/System.evtx"_s, fileContent(u"tests/data/sample.evtx"_s));
+    const auto check = [&tree](const QString& file) {
+        TreeMachine machine(tree.root());
+        const CtlRun done = runCtlOn(&machine, {u"--json"_s, u"machine"_s, u"check"_s});
+        for (const QJsonValue& each : done.json().array()) {
+            EXPECT_EQ(fieldsOf(each.toObject()), documentedFields(u"machine check"_s));
+            if (each["path"_L1].toString().endsWith(u'\\' + file))
+                return std::tuple(done.code, each["state"_L1].toString(), each["pages"_L1].toInt());
+        }
+        return std::tuple(done.code, QString(), 0);
+    };
+    EXPECT_EQ(check(u"SYSTEM"_s), std::tuple(0, u"clean"_s, 0));
+    EXPECT_EQ(check(u"System.evtx"_s), std::tuple(0, u"clean"_s, 0));
+    const QByteArray hive = realData(u"NTUSER-dirty"_s);
+    if (!hive.isEmpty()) {
+        tree.write(u"Windows/System32/config/SYSTEM"_s, hive);
+        EXPECT_EQ(check(u"SYSTEM"_s), std::tuple(1, u"stale"_s, 0));
+        tree.write(u"Windows/System32/config/system.log1"_s, realData(u"NTUSER-dirty.LOG1"_s));
+        EXPECT_EQ(check(u"SYSTEM"_s), std::tuple(0, u"recovered"_s, 132));
+        EXPECT_EQ(check(u"system.log1"_s), std::tuple(0, u"applied"_s, 132));
+        {
+            TreeMachine machine(tree.root());
+            ASSERT_TRUE((*keyAt(machine.registry(), u"SYSTEM"))->setDWord(u"New", 1));
+        }
+        EXPECT_EQ(check(u"SYSTEM"_s), std::tuple(0, u"clean"_s, 0));
+        EXPECT_EQ(check(u"system.log1"_s), std::tuple(0, u"unused"_s, 0));
+    }
+    tree.write(
+        u"Windows/System32/config/SYSTEM"_s, tree.read(u"Windows/System32/config/SYSTEM"_s).first(4100));
+    EXPECT_EQ(check(u"SYSTEM"_s), std::tuple(1, u"damaged"_s, 0));
+}
 
 TEST_F(CtlTest, JsonHasTheDocumentedFields)
 {
