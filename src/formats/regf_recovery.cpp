@@ -4,6 +4,7 @@
 #include "formats/regf_image.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace quoril::regf {
@@ -237,10 +238,11 @@ void Recovery::omitBadBins(std::span<char> hive)
         const Bytes rest(reinterpret_cast<const uchar*>(data.data()) + place, data.size() - place);
         const std::size_t size = binSize(rest, place);
         if (size == 0) {
-            const std::span<char> unit = data.subspan(place, std::min(BinUnit, data.size() - place));
             // Where nothing was ever written, nothing is to be: it would take memory.
-            if (std::any_of(unit.begin(), unit.end(), [](char byte) { return byte != 0; })) {
-                std::fill(unit.begin(), unit.end(), '\0');
+            static constexpr std::array<char, BinUnit> zeros{};
+            const std::span<char> unit = data.subspan(place, std::min(BinUnit, data.size() - place));
+            if (std::memcmp(unit.data(), zeros.data(), unit.size()) != 0) {
+                std::memset(unit.data(), 0, unit.size());
                 ++m_omittedBins;
             }
         }
