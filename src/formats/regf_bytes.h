@@ -52,6 +52,20 @@ inline constexpr std::size_t Size = 16;
 inline constexpr std::size_t Descriptor = 20;
 } // namespace sk
 
+/// Places in the header of a bin, and what its size is a multiple of.
+namespace bin {
+inline constexpr std::size_t Header = 32;
+inline constexpr std::size_t Unit = 4096;
+inline constexpr std::size_t Offset = 4;
+inline constexpr std::size_t Size = 8;
+inline constexpr std::size_t Time = 20;
+} // namespace bin
+
+inline QString hexNumber(quint32 number)
+{
+    return QStringLiteral("0x") + QString::number(number, 16);
+}
+
 template <typename Number> Number numberAt(std::span<const uchar> bytes, std::size_t place)
 {
     return qFromLittleEndian<Number>(bytes.data() + place);

@@ -13,7 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr std::size_t Sector = 512;
-constexpr quint32 BinUnit = 4096;
 constexpr quint32 LargestData = 0x7FFFF000;
 
 /// The file types of a base block: a bitmap log has the first or, in a few versions, the second.
@@ -43,11 +42,6 @@ bool isEntry(QByteArrayView bytes)
 {
     return bytes.size() >= qsizetype(entry::Pages) && bytes.startsWith("HvLE")
         && at<quint64>(bytes, entry::HeadHash) == marvin32(bytes.first(entry::HashedHead));
-}
-
-QString hex(quint32 number)
-{
-    return u"0x"_s + QString::number(number, 16);
 }
 
 /// The pages that an entry refers to; nothing where one lies outside of the entry or of the hive.
@@ -203,19 +197,19 @@ std::optional<LogEntry> Log::entryAt(std::size_t place, quint32 wanted, QString&
     if (wanted < sequence())
         return stop(u"the numbers are used up"_s);
     if (number != wanted)
-        return stop(u"entry %1 in place of %2"_s.arg(hex(number), hex(wanted)));
+        return stop(u"entry %1 in place of %2"_s.arg(hexNumber(number), hexNumber(wanted)));
     const auto size = at<quint32>(rest, entry::Size);
     if (size < entry::Pages || size % Sector != 0 || size > std::size_t(rest.size()))
-        return stop(u"entry %1 is cut off"_s.arg(hex(number)));
+        return stop(u"entry %1 is cut off"_s.arg(hexNumber(number)));
     const QByteArrayView bytes = rest.first(qsizetype(size));
     if (!isEntry(bytes) || at<quint64>(bytes, entry::BodyHash) != marvin32(bytes.sliced(entry::Pages)))
-        return stop(u"entry %1 is damaged"_s.arg(hex(number)));
+        return stop(u"entry %1 is damaged"_s.arg(hexNumber(number)));
     LogEntry found{number, at<quint32>(bytes, entry::DataLength), {}};
-    if (found.dataLength == 0 || found.dataLength % BinUnit != 0 || found.dataLength > LargestData)
-        return stop(u"entry %1 states an impossible length"_s.arg(hex(number)));
+    if (found.dataLength == 0 || found.dataLength % bin::Unit != 0 || found.dataLength > LargestData)
+        return stop(u"entry %1 states an impossible length"_s.arg(hexNumber(number)));
     auto pages = pagesOf(bytes, found.dataLength);
     if (!pages)
-        return stop(u"entry %1 refers to pages outside"_s.arg(hex(number)));
+        return stop(u"entry %1 refers to pages outside"_s.arg(hexNumber(number)));
     found.pages = *std::move(pages);
     return found;
 }

@@ -14,11 +14,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype BaseSector = 512;
-constexpr std::size_t BinUnit = 4096;
-constexpr std::size_t BinHeader = 32;
-constexpr std::size_t BinOffset = 4;
-constexpr std::size_t BinSize = 8;
-constexpr std::size_t BinTime = 20;
 
 using Bytes = std::span<const uchar>;
 
@@ -34,19 +29,14 @@ bool isWholeBase(QByteArrayView head)
         == numberAt<quint32>(bytesOf(head), base::Checksum);
 }
 
-QString hex(quint32 number)
-{
-    return u"0x"_s + QString::number(number, 16);
-}
-
 /// The size of the bin whose header stands in `bytes`; 0 if it is none of that place.
 std::size_t binSize(Bytes bytes, std::size_t place)
 {
-    if (bytes.size() < BinHeader || std::memcmp(bytes.data(), "hbin", 4) != 0
-        || numberAt<quint32>(bytes, BinOffset) != place)
+    if (bytes.size() < bin::Header || std::memcmp(bytes.data(), "hbin", 4) != 0
+        || numberAt<quint32>(bytes, bin::Offset) != place)
         return 0;
-    const std::size_t size = numberAt<quint32>(bytes, BinSize);
-    return size < BinUnit ? 0 : size;
+    const std::size_t size = numberAt<quint32>(bytes, bin::Size);
+    return size < bin::Unit ? 0 : size;
 }
 
 } // namespace
@@ -92,7 +82,7 @@ bool Recovery::isOwn(const Candidate& candidate, QByteArrayView head) const
     const Bytes bytes = bytesOf(head);
     if (candidate.log.form() == Log::Form::Entries)
         return !m_hasBase || candidate.log.sequence() >= numberAt<quint32>(bytes, base::SecondarySequence);
-    const std::size_t place = m_hasBase ? base::LastWritten : base::Size + BinTime;
+    const std::size_t place = m_hasBase ? base::LastWritten : base::Size + bin::Time;
     return bytes.size() >= place + sizeof(quint64)
         && candidate.log.lastWritten() == numberAt<quint64>(bytes, place);
 }
@@ -103,7 +93,7 @@ void Recovery::choose(std::vector<Candidate>& candidates, QByteArrayView head)
         const bool isOwn = this->isOwn(candidate, head);
         if (!isOwn)
             candidate.use->why
-                = u"is of another time than the hive (%1)"_s.arg(hex(candidate.log.sequence()));
+                = u"is of another time than the hive (%1)"_s.arg(hexNumber(candidate.log.sequence()));
         return !isOwn;
     });
     const auto hasEntries = [](const Candidate& one) { return one.log.form() == Log::Form::Entries; };
@@ -135,8 +125,8 @@ void Recovery::choose(std::vector<Candidate>& candidates, QByteArrayView head)
     std::optional<quint32> next;
     for (const Candidate& candidate : candidates) {
         if (next && candidate.log.sequence() != *next)
-            candidate.use->why
-                = u"begins with entry %1 in place of %2"_s.arg(hex(candidate.log.sequence()), hex(*next));
+            candidate.use->why = u"begins with entry %1 in place of %2"_s.arg(
+                hexNumber(candidate.log.sequence()), hexNumber(*next));
         else if (take(candidate))
             next = candidate.use->last + 1;
         else if (candidate.log.hasFirstEntry())
@@ -218,7 +208,7 @@ void Recovery::applyBitmap(std::span<char> hive)
             : bytesOf(QByteArrayView(hive.data(), qsizetype(hive.size()))).subspan(base::Size + place);
         const std::size_t size = binSize(header, place);
         if (size == 0) {
-            use.why = u"the bin at %1 is damaged"_s.arg(hex(quint32(place)));
+            use.why = u"the bin at %1 is damaged"_s.arg(hexNumber(quint32(place)));
             break;
         }
         for (auto page = first; page != pages.end() && page->offset < place + size; ++page, ++applied)
@@ -239,14 +229,14 @@ void Recovery::omitBadBins(std::span<char> hive)
         const std::size_t size = binSize(rest, place);
         if (size == 0) {
             // Where nothing was ever written, nothing is to be: it would take memory.
-            static constexpr std::array<char, BinUnit> zeros{};
-            const std::span<char> unit = data.subspan(place, std::min(BinUnit, data.size() - place));
+            static constexpr std::array<char, bin::Unit> zeros{};
+            const std::span<char> unit = data.subspan(place, std::min(bin::Unit, data.size() - place));
             if (std::memcmp(unit.data(), zeros.data(), unit.size()) != 0) {
                 std::memset(unit.data(), 0, unit.size());
                 ++m_omittedBins;
             }
         }
-        place += size == 0 ? BinUnit : (size + BinUnit - 1) / BinUnit * BinUnit;
+        place += size == 0 ? bin::Unit : (size + bin::Unit - 1) / bin::Unit * bin::Unit;
     }
 }
 
@@ -269,7 +259,7 @@ QString Recovery::summary() const
     for (const LogUse& use : m_uses) {
         if (use.state == LogUse::State::Applied)
             applied += u"%1 pages from %2 (%3 to %4, then %5)"_s.arg(
-                QString::number(use.pages), use.name, hex(use.first), hex(use.last), use.why);
+                QString::number(use.pages), use.name, hexNumber(use.first), hexNumber(use.last), use.why);
         else if (!use.why.isEmpty())
             others += use.name + u' ' + use.why;
     }

@@ -9,8 +9,6 @@ namespace quoril::regf {
 
 namespace {
 
-constexpr std::size_t BinHeader = 32;
-constexpr std::size_t BinUnit = 4096;
 /// A leaf of a subkey list fits into one bin of 4,096 bytes; more keys get an index of leaves.
 constexpr std::size_t LeafLimit = 507;
 constexpr quint32 FirstWithHashes = 5;
@@ -70,7 +68,7 @@ private:
     void openBin(std::size_t content)
     {
         closeBin();
-        const std::size_t size = (content + BinHeader + BinUnit - 1) / BinUnit * BinUnit;
+        const std::size_t size = (content + bin::Header + bin::Unit - 1) / bin::Unit * bin::Unit;
         const std::size_t start = m_binEnd;
         const qsizetype end = qsizetype(start) + qsizetype(size);
         if (m_bytes.capacity() < end)
@@ -82,7 +80,7 @@ private:
         put(start + 8, quint32(size));
         if (start == 0)
             put(start + 20, m_filetime);
-        m_used = start + BinHeader;
+        m_used = start + bin::Header;
         m_binEnd = start + size;
     }
 
