@@ -88,12 +88,6 @@ void Console::utf8Line(const QByteArray& text, LineStyle style)
     keepBufferSmall();
 }
 
-void Console::bytes(const QByteArray& content)
-{
-    m_buffer += content;
-    keepBufferSmall();
-}
-
 void Console::lines(QStringView text)
 {
     for (const QStringView each : text.split(u'\n'))
