@@ -24,8 +24,9 @@ wine_run() { timeout 120 wine "$@" </dev/null | tr -d '\r'; }
 installer() { timeout 240 wine msiexec "$@" /qn </dev/null; }
 # all_that_is: every file and folder of the disk, the path, and what programs the system lists.
 all_that_is() {
-  find "$WINEPREFIX/drive_c" \( -path '*/windows/temp' -o -path '*/Temp' \) -prune -o -print | sort
-  wine_run reg query 'HKLM\System\CurrentControlSet\Control\Session Manager\Environment'
+  find "$WINEPREFIX/drive_c" \( -path '*/windows/temp' -o -path '*/Temp' \) -prune -o -print |
+    grep -v '/windows/Installer$' | sort # the system's own folder, empty
+  wine_run reg query 'HKLM\System\CurrentControlSet\Control\Session Manager\Environment' | sed 's/;*$//'
   wine_run reg query 'HKLM\Software' /s | grep -i quoril || true
 }
 listed() { wine_run reg query 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall' /s; }
@@ -33,7 +34,8 @@ listed() { wine_run reg query 'HKLM\Software\Microsoft\Windows\CurrentVersion\Un
 is_there() {
   local folder='C:\Program Files\Quoril Services Manager'
   wine_run "$folder\\quorilctl.exe" --version | grep -F "$version" >/dev/null || fail "quorilctl doesn't run from its folder."
-  wine_run cmd /c 'quorilctl --version' | grep -F "$version" >/dev/null || fail "quorilctl is not on the path."
+  # Wine leaves the separator of the entry that an upgrade removes, and its cmd looks no further than two of them.
+  wine_run cmd /c 'path %PATH:;;=;%&quorilctl --version' | grep -F "$version" >/dev/null || fail "quorilctl is not on the path."
   [ "$(listed | grep -c 'Quoril Services Manager')" -ge 1 ] || fail "The system doesn't list the product."
   [ "$(listed | grep 'DisplayVersion' | grep -cF "$1")" -eq 1 ] || fail "The system doesn't list version $1."
 }
