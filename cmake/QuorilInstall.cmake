@@ -25,8 +25,11 @@ quoril_install(COMPONENT manager PROGRAMS QuorilManager QuorilSetup quorilctl)
 install(TARGETS quoril-service-host RUNTIME DESTINATION ${QUORIL_PROGRAM_DIR} COMPONENT manager)
 quoril_install(COMPONENT emulator PROGRAMS quoril-emulator)
 
-install(FILES ${bin}/QuorilManagerLangDEU.dll ${bin}/QuorilManager.hlp ${bin}/QuorilManagerENU.hlp
-  ${bin}/QuorilManagerDEU.hlp DESTINATION ${QUORIL_PROGRAM_DIR} COMPONENT manager)
+install(FILES ${bin}/QuorilManager.hlp ${bin}/QuorilManagerENU.hlp DESTINATION ${QUORIL_PROGRAM_DIR} COMPONENT manager)
+foreach(code DEU DEA DES DEL DEC)
+  install(FILES ${bin}/QuorilManagerLang${code}.dll ${bin}/QuorilManager${code}.hlp DESTINATION ${QUORIL_PROGRAM_DIR}
+    COMPONENT manager)
+endforeach()
 
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 set(icons ${PROJECT_SOURCE_DIR}/src/resources/icons)

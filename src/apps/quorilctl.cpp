@@ -2,6 +2,7 @@
 
 #include "ctl/ctl.h"
 #include "platform/machine_choice.h"
+#include "platform/terminal.h"
 #include "platform/tree/message_table.h"
 #include "platform/tree/sample_machine.h"
 #include "platform/tree/tree_machine.h"
@@ -17,10 +18,12 @@ using namespace quoril;
 
 Error noMachine(const QString& folder, quint32 number)
 {
-    QString told = LoadText(text::MachineNotOpened);
     // Only the environment names a machine by nothing.
-    for (const QString& part :
-        {folder.isEmpty() ? QStringLiteral("$QUORIL_MACHINE") : folder, windowsMessage(number).trimmed()})
+    if (folder.isEmpty())
+        return {number,
+            QStringLiteral("QUORIL_MACHINE is set and empty; give it the folder of a machine, or unset it.")};
+    QString told = LoadText(text::MachineNotOpened);
+    for (const QString& part : {folder, windowsMessage(number).trimmed()})
         told.replace(told.indexOf(QStringLiteral("%s")), 2, part);
     return {number, told};
 }
@@ -33,8 +36,10 @@ Result<std::shared_ptr<Machine>> openChosen(const QString& folder)
     if (!QFileInfo(choice.folder).isDir()) {
         if (choice.origin != MachineChoice::Origin::UserData)
             return noMachine(choice.folder, error::PathNotFound);
-        if (const Status made = createSampleMachine(choice.folder);
-            !made && made.errorNumber() != error::FileExists)
+        const Status made = createSampleMachine(choice.folder);
+        if (made)
+            say(QStringLiteral("A sample machine was made in %1.").arg(choice.folder));
+        else if (made.errorNumber() != error::FileExists)
             return noMachine(choice.folder, made.errorNumber());
     }
     // It goes with the process: freed key by key, the registry of many instances takes a fifth of the run.

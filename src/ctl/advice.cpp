@@ -47,6 +47,14 @@ void advisePrerequisites(Ctl& ctl, const ServiceInfo& service)
     }
 }
 
+void adviseStart(Ctl& ctl, const ServiceInfo& service)
+{
+    if (service.Reason == error::ServiceDisabled)
+        ctl.console.tell(
+            u"%1 is disabled; allow its start first: \"quorilctl set-start-type %1 manual\"."_s.arg(
+                service.Name));
+}
+
 void adviseState(Ctl& ctl, const ServiceInfo& service)
 {
     const quint32 state = service.Reported.currentState;

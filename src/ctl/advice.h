@@ -15,6 +15,8 @@ class ServiceInfo;
 void adviseUnknown(Ctl& ctl, const QString& name);
 /// Names the services that `service` needs and that do not run.
 void advisePrerequisites(Ctl& ctl, const ServiceInfo& service);
+/// After a refused start: how a disabled service is made one that can be started.
+void adviseStart(Ctl& ctl, const ServiceInfo& service);
 /// The service did not get to where it was sent, or not in time.
 void adviseState(Ctl& ctl, const ServiceInfo& service);
 /// After a refused stop: names the instances that run and need the service.

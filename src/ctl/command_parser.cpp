@@ -88,7 +88,11 @@ ParsedOption CommandParser::addFlag(const char* name, bool& given, const char* d
 
 ParsedOption CommandParser::addNumber(const char* name, quint32& number, const char* description) const
 {
-    return ParsedOption(m_app->add_option(name, number, description));
+    const auto take = [name, &number](const std::string& given) {
+        if (!CLI::detail::lexical_cast(given, number))
+            throw CLI::ValidationError(name, '"' + given + "\" is no whole number");
+    };
+    return ParsedOption(m_app->add_option_function<std::string>(name, take, description));
 }
 
 ParsedOption CommandParser::addDuration(

@@ -124,8 +124,11 @@ int startOne(Ctl& ctl, Instances&, ServiceInfo& service, const ControlOptions& o
         advisePrerequisites(ctl, service);
         return exit_code::Failed;
     }
-    if (service.StartNow() != 0)
-        return instanceFailure(ctl, service);
+    if (service.StartNow() != 0) {
+        instanceFailure(ctl, service);
+        adviseStart(ctl, service);
+        return exit_code::Failed;
+    }
     return options.noWait ? exit_code::Done : await(ctl, service, Started, options.timeoutSeconds);
 }
 
@@ -140,7 +143,7 @@ int stopOne(Ctl& ctl, Instances& instances, ServiceInfo& service, const ControlO
     return options.noWait ? exit_code::Done : await(ctl, service, Stopped, options.timeoutSeconds, processId);
 }
 
-/// Does it to each instance in turn, also behind one that failed, and prints what became of them.
+/// Does it to each instance in turn, also after one that failed, and prints what became of them.
 int control(Ctl& ctl, const ControlOptions& options,
     int (*act)(Ctl&, Instances&, ServiceInfo&, const ControlOptions&))
 {

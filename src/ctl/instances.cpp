@@ -62,8 +62,12 @@ template <std::size_t Size> QStringList wordsOf(const std::array<Word, Size>& wo
 bool Instances::read(Ctl& ctl, CatalogueScan scan)
 {
     const Status scanned = ScanServices(m_document, scan);
-    if (!scanned)
+    if (!scanned) {
         failure(ctl, u"The instances can't be listed."_s, scanned.errorNumber());
+        if (scanned.errorNumber() == error::FileNotFound || scanned.errorNumber() == error::PathNotFound)
+            ctl.console.tell(u"A machine is a folder with Windows/System32/config/SYSTEM in it; "
+                             "\"quorilctl machine create FOLDER\" makes a sample."_s);
+    }
     return scanned.ok();
 }
 

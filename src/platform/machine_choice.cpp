@@ -26,8 +26,10 @@ std::unique_ptr<Machine> openMachine(const MachineChoice& choice)
         return openHostMachine();
     const bool exists = QFileInfo(choice.folder).isDir();
     if (!exists && choice.origin == MachineChoice::Origin::UserData) {
-        if (const Status status = createSampleMachine(choice.folder);
-            !status && status.errorNumber() != error::FileExists)
+        const Status status = createSampleMachine(choice.folder);
+        if (status)
+            say(u"A sample machine was made in %1."_s.arg(choice.folder));
+        else if (status.errorNumber() != error::FileExists)
             say(u"The sample machine can't be made in %1: %2"_s.arg(choice.folder, status.failure().detail));
     } else if (choice.folder.isEmpty()) {
         say(u"QUORIL_MACHINE is set and names no machine."_s);

@@ -261,6 +261,7 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
         {u"logs CERES --from 2026-02-01 --to 2026-01-01"_s, 2, "--from 2026-02-01 is after --to 2026-01-01"},
         {u"logs CERES --run second"_s, 2, "\"second\" is no run"},
         {u"logs CERES --run -1"_s, 1, "The log of CERES holds no run -1."},
+        {u"logs CERES -n some"_s, 2, "\"some\" is no whole number"},
         {u"logs CERES -g a(b"_s, 2, "\"a(b\" is no pattern: "},
         {u"logs CERES -f --list-runs"_s, 2, "excludes"},
         {u"schedule start@+0=CERES CERES"_s, 2, "\"CERES\" is no order: it begins with"},

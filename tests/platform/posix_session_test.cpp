@@ -9,6 +9,9 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
+#include <tuple>
+#include <utility>
+
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -43,12 +46,21 @@ TEST(LanguageNamesTest, mapHostLocales)
     for (const auto& [locale, name] : cases)
         EXPECT_EQ(windowsLanguageName(locale), name) << qPrintable(locale.toString());
 
-    qputenv("LC_ALL", "");
-    qputenv("LC_MESSAGES", "fr_CA.UTF-8");
-    qputenv("LANG", "ja_JP.UTF-8");
-    EXPECT_EQ(windowsLanguageName(hostLocaleName(Locale::UserDefault)), u"FRC");
-    qputenv("LC_ALL", "sv_SE.UTF-8");
-    EXPECT_EQ(windowsLanguageName(hostLocaleName(Locale::UserDefault)), u"SVE");
+    // LC_ALL before LC_MESSAGES before LANG; LANGUAGE speaks only where they ask for a language at all.
+    const std::tuple<const char*, const char*, const char*, const char*, QStringView> environments[] = {
+        {"", "fr_CA.UTF-8", "ja_JP.UTF-8", "", u"FRC"},
+        {"sv_SE.UTF-8", "fr_CA.UTF-8", "ja_JP.UTF-8", "", u"SVE"},
+        {"", "", "en_US.UTF-8", "tlh:de_AT:en", u"DEA"},
+        {"C.UTF-8", "", "en_US.UTF-8", "de", u"ENU"},
+    };
+    for (const auto& [all, messages, lang, list, name] : environments) {
+        qputenv("LC_ALL", all);
+        qputenv("LC_MESSAGES", messages);
+        qputenv("LANG", lang);
+        qputenv("LANGUAGE", list);
+        EXPECT_EQ(windowsLanguageName(hostLocaleName(Locale::UserDefault)), name) << all << list;
+    }
+    qunsetenv("LANGUAGE");
 }
 
 class BroadcastTest : public testing::Test

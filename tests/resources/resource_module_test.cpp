@@ -150,6 +150,9 @@ TEST(ResourceModule, GermanCarriesExactlyTheSameIds)
     EXPECT_EQ(ids.size(), QSet<QString>(ids.begin(), ids.end()).size());
     EXPECT_EQ(german.ids(), ids);
     EXPECT_NE(german.string(text::SelectService), english.string(text::SelectService));
+    for (const QString& country : {u"DEA"_s, u"DES"_s, u"DEL"_s, u"DEC"_s})
+        EXPECT_EQ(ResourceModule::load(QString(GermanFile).replace(u"DEU"_s, country)).ids(), ids)
+            << country.toStdString();
 
     for (quint32 menu : {menu::Main, menu::Tree, menu::List}) {
         const std::vector<MenuEntry> popups = english.menu(menu);

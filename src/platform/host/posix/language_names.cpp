@@ -66,6 +66,13 @@ QString find(QStringView locale)
     return found == std::end(languages) ? QString() : found->name.toString();
 }
 
+/// Whether a locale without modifier is the one of programs that speak to no person.
+bool isPlain(QStringView locale)
+{
+    const QStringView place = locale.left(locale.indexOf(u'.') < 0 ? locale.size() : locale.indexOf(u'.'));
+    return place == u"C" || place == u"POSIX";
+}
+
 /// The value of LANG in a file of shell assignments, empty if it has none.
 QString langOf(const QString& fileName)
 {
@@ -88,7 +95,7 @@ QString windowsLanguageName(QStringView hostLocale)
     const QStringView modifier = at < 0 ? QStringView() : hostLocale.mid(at);
     const QStringView plain = hostLocale.left(at < 0 ? hostLocale.size() : at);
     const QStringView place = plain.left(plain.indexOf(u'.') < 0 ? plain.size() : plain.indexOf(u'.'));
-    if (place == u"C" || place == u"POSIX")
+    if (isPlain(place))
         return u"ENU"_s;
     const QStringView language = place.left(place.indexOf(u'_') < 0 ? place.size() : place.indexOf(u'_'));
     QStringList keys = {place.toString(), language.toString()};
@@ -109,11 +116,18 @@ QString hostLocaleName(Locale locale)
                 return name;
         }
     }
-    for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    QString messages = u"C"_s;
+    for (const char* variable : {"LANG", "LC_MESSAGES", "LC_ALL"}) {
         if (QString name = qEnvironmentVariable(variable); !name.isEmpty())
-            return name;
+            messages = std::move(name);
     }
-    return u"C"_s;
+    if (isPlain(messages))
+        return messages;
+    for (QString& language : qEnvironmentVariable("LANGUAGE").split(u':', Qt::SkipEmptyParts)) {
+        if (!windowsLanguageName(language).isEmpty())
+            return std::move(language);
+    }
+    return messages;
 }
 
 } // namespace quoril

@@ -11,8 +11,10 @@ namespace quoril {
 /// "ENU" for "C" and "POSIX", empty for a language without a name.
 QString windowsLanguageName(QStringView hostLocale);
 
-/// The host's locale of messages: for the user as the environment has it (LC_ALL, LC_MESSAGES, LANG), for the
-/// system as its settings file has it, and the user's where there is none.
+/// The host's locale of messages. For the user as the environment has it: the first of LC_ALL, LC_MESSAGES
+/// and LANG that is set and, where that is neither "C" nor "POSIX", the first language of the list LANGUAGE
+/// that Windows has a name for. For the system as its settings file has it, and the user's where there is
+/// none.
 QString hostLocaleName(Locale locale);
 
 } // namespace quoril
