@@ -150,6 +150,7 @@ void CQuorilManagerView::Copy()
 {
     if (table().rowCount() == 0 || table().columnCount() == 0)
         return;
+    const WaitCursor waiting;
     QGuiApplication::clipboard()->setText(ClipboardText(table(), selectedRanges()));
 }
 

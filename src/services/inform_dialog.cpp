@@ -40,11 +40,13 @@ InformDialog::InformDialog(const QString& text, quint32 periodMilliseconds, QWid
 void InformDialog::OnInitDialog()
 {
     m_timer.start(machine().clock().timerInterval(m_period));
+    m_waiting.emplace();
     Announce(*m_text);
 }
 
 void InformDialog::done(int result)
 {
+    m_waiting.reset();
     m_timer.stop();
     TemplateDialog::done(result);
 }

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "services/template_dialog.h"
+#include "shell/wait_cursor_widget.h"
 
 #include <QTimer>
+
+#include <optional>
 
 namespace quoril {
 
@@ -26,6 +29,7 @@ private:
     quint32 m_period;
     QLabel* m_text;
     QTimer m_timer;
+    std::optional<WaitCursor> m_waiting;
 };
 
 } // namespace quoril

@@ -5,8 +5,8 @@
 #include "resources/text_ids.h"
 #include "services/inform_dialog.h"
 #include "services/remove_service_dialog.h"
+#include "shell/wait_cursor_widget.h"
 
-#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -27,16 +27,7 @@ public:
     {
         // Names of services and paths are part of the text: nothing in it is markup.
         setTextFormat(Qt::PlainText);
-        // What waits meanwhile is the program for the person.
-        if (m_isBusy)
-            QApplication::setOverrideCursor(Qt::ArrowCursor);
     }
-    ~Box() override
-    {
-        if (m_isBusy)
-            QApplication::restoreOverrideCursor();
-    }
-    Q_DISABLE_COPY_MOVE(Box)
 
     QPushButton* add(int id, quint32 textId, ButtonRole role)
     {
@@ -46,7 +37,7 @@ public:
     }
 
 private:
-    const bool m_isBusy = QApplication::overrideCursor() != nullptr;
+    ArrowCursor m_waits;
 };
 
 void tell(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget* parent)

@@ -6,6 +6,7 @@
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
 #include "services/service_by_name.h"
+#include "shell/wait_cursor_widget.h"
 
 #include <QDialogButtonBox>
 #include <QFileDialog>
@@ -61,6 +62,7 @@ void ServiceInstallDialog::accept()
         m_name->setFocus();
         return;
     }
+    const WaitCursor waiting;
     (void)Installer->InstallService(serviceName(), m_configuration->text(), false, ImagePath, prompts);
     TemplateDialog::accept();
 }

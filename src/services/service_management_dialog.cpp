@@ -6,6 +6,7 @@
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
 #include "shell/service_info.h"
+#include "shell/wait_cursor_widget.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -176,6 +177,7 @@ void ServiceManagementDialog::OnTimer()
 
 void ServiceManagementDialog::OnStart()
 {
+    const WaitCursor waiting;
     DialogPrompts prompts(this);
     if (m_service->StartPrerequisites(prompts) == NotStarted) {
         ShowFailure();
@@ -191,6 +193,7 @@ void ServiceManagementDialog::OnStart()
 
 void ServiceManagementDialog::OnStop()
 {
+    const WaitCursor waiting;
     const int stopped = m_service->StopNow();
     DialogPrompts(this).inform(LoadText(text::WaitStopped), StopBox);
     if (stopped != 0)
@@ -209,6 +212,7 @@ void ServiceManagementDialog::OnTypeSelected(int index)
 void ServiceManagementDialog::OnApply()
 {
     enable(*m_apply, false);
+    const WaitCursor waiting;
     DialogPrompts prompts(this);
     const int changed = m_service->SetStartType(NewStartType, prompts);
     TypeChanged = false;

@@ -3,6 +3,7 @@
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
 #include "services/service_by_name.h"
+#include "shell/wait_cursor_widget.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -69,6 +70,7 @@ void ServiceUpdateDialog::accept()
         prompts.message(LoadText(text::EnterServiceName));
         return;
     }
+    const WaitCursor waiting;
     (void)Installer->InstallService(serviceName(), m_configuration->text(), true, ImagePath, prompts);
     TemplateDialog::accept();
 }

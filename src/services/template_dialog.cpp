@@ -1,5 +1,7 @@
 #include "services/template_dialog.h"
 
+#include "shell/wait_cursor_widget.h"
+
 #include <QAccessible>
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -21,6 +23,7 @@ TemplateDialog::TemplateDialog(quint32 templateId, QWidget* parent)
 
 int TemplateDialog::exec()
 {
+    const ArrowCursor waits;
     OnInitDialog();
     return QDialog::exec();
 }

@@ -209,6 +209,7 @@ void CMainFrame::ShowEventLog()
 void CMainFrame::ShowConfiguration()
 {
     checkPanelCommands(false);
+    const WaitCursor waiting;
     m_right_view->ShowConfigurationTable(m_left_view->GetSelectedService());
 }
 
@@ -312,7 +313,9 @@ void CMainFrame::OnMail()
     mailProblemReport(m_left_view->GetSelectedService(), prompts, [&](const QString& proposedName) {
         // All gathering lies before the question.
         waiting.reset();
-        return askReportFile(this, proposedName);
+        auto file = askReportFile(this, proposedName);
+        waiting.emplace();
+        return file;
     });
 }
 

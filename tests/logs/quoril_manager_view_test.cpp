@@ -14,7 +14,6 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
-#include <QScrollBar>
 
 #include <gmock/gmock.h>
 
@@ -76,15 +75,6 @@ TEST_F(QuorilManagerView, RemembersTheWidthsOfEachTable)
     view.ShowEmptyLogTable();
     EXPECT_EQ(widths()[1], logClient / 8);
     EXPECT_EQ(view.horizontalHeader()->visualIndex(0), 0);
-}
-
-TEST_F(QuorilManagerView, ShowsTheLastRowsOfALog)
-{
-    view.ShowLogTable(service);
-    ASSERT_EQ(view.table().rowCount(), 501);
-    const QRect last = view.visualRect(view.model()->index(500, 0));
-    EXPECT_TRUE(view.viewport()->rect().contains(last.adjusted(0, 0, -last.width() + 1, 0)));
-    EXPECT_EQ(view.horizontalScrollBar()->value(), 0);
 }
 
 TEST_F(QuorilManagerView, ShowsMarksThatTurnTextAsTheyAreSpelt)

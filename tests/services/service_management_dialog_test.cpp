@@ -65,6 +65,12 @@ struct Console
     }
 };
 
+Qt::CursorShape cursor()
+{
+    const QCursor* const shown = QApplication::overrideCursor();
+    return shown ? shown->shape() : Qt::ArrowCursor;
+}
+
 } // namespace
 
 TEST(ServiceManagementDialog, ShowsTheServiceAsItIs)
@@ -123,11 +129,15 @@ TEST(ServiceManagementDialog, StartAndStopShowTheirBoxesInOrder)
 {
     Console console({u"Pre"_s});
     console.machine.fakeServices.service(u"Pre"_s);
+    console.machine.fakeClock.onSleep = [] { EXPECT_EQ(cursor(), Qt::WaitCursor); };
     const std::string seen = console.run([&](QWidget& window) {
         Person::press(window, Start);
         console.note(window);
         console.script.errors[u"start"_s] = error::ServiceAlreadyRunning;
-        console.person.on(u"Error"_s, Person::presses(Ok));
+        console.person.on(u"Error"_s, [](QWidget& error) {
+            EXPECT_EQ(cursor(), Qt::ArrowCursor) << "it waits for the person";
+            Person::press(error, Ok);
+        });
         window.findChild<QPushButton*>(QString::number(Start))->setEnabled(true);
         Person::press(window, Start);
         Person::press(window, Stop);

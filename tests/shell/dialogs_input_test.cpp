@@ -10,6 +10,7 @@
 
 #include <QAbstractSpinBox>
 #include <QComboBox>
+#include <QTreeView>
 
 namespace quoril::test {
 namespace {
@@ -121,6 +122,29 @@ TEST(DialogsInput, EnterIsOkAfterAButtonWasDisabledUnderTheFocus)
         EXPECT_TRUE(desk.machine.calls.takeLog().filter(u"control"_s).isEmpty());
     }
     EXPECT_EQ(desk.person.left(), 0U);
+}
+
+TEST(DialogsInput, TheFirstDownGoesToTheFirstOrder)
+{
+    Desk desk;
+    ScheduleTable orders;
+    for (const qint64 moment : {1, 2, 3})
+        orders.add({desk.record, desk.machine.fakeClock.now() + moment, schedule_action::Start});
+    ScheduleDialog schedule(
+        orders, [] { return nullptr; }, desk.machine.fakeClock.now());
+    desk.person.on(u"Schedule"_s, [&](QWidget& window) {
+        Hands::take(window);
+        auto& list = *window.findChild<QTreeView*>(u"1048"_s);
+        while (window.focusWidget() != &list)
+            desk.hands.key(u"Tab"_s);
+        for (const int row : {0, 1}) {
+            desk.hands.key(u"Down"_s);
+            EXPECT_EQ(list.currentIndex().row(), row);
+            EXPECT_TRUE(list.selectionModel()->isRowSelected(row));
+        }
+        Hands::lastKey(u"Escape"_s);
+    });
+    EXPECT_EQ(schedule.exec(), QDialog::Rejected);
 }
 
 } // namespace

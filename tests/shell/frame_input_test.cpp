@@ -2,6 +2,7 @@
 
 #include "logs/panel_row_painter.h"
 #include "logs/quoril_manager_view.h"
+#include "resources/text_ids.h"
 #include "shell/left_view.h"
 #include "shell/main_frame.h"
 #include "shell/quoril_manager_app.h"
@@ -12,6 +13,7 @@
 
 #include <QHeaderView>
 #include <QMenu>
+#include <QScrollBar>
 
 namespace quoril::test {
 namespace {
@@ -67,6 +69,7 @@ TEST_F(FrameInput, ALogIsReadByTheKeyboardAlone)
     EXPECT_EQ(currentRow(), Lines - 1);
     EXPECT_TRUE(panel().selectedRanges().empty());
     EXPECT_LE(panel().visualRect(panel().currentIndex()).bottom(), panel().viewport()->rect().bottom());
+    EXPECT_EQ(panel().horizontalScrollBar()->value(), 0);
     const QImage withFocus = panel().viewport()->grab().toImage();
     tree().setFocus();
     EXPECT_NE(panel().viewport()->grab().toImage(), withFocus) << "nothing shows where the focus is";
@@ -93,6 +96,27 @@ TEST_F(FrameInput, ADateIsSeenAndADividerShowsTheWholeText)
     hands.doubleClick();
     EXPECT_GE(panel().columnWidth(0), whole);
     EXPECT_LE(panel().columnWidth(0), whole + 20);
+}
+
+TEST_F(FrameInput, APreviewIsReadByTheKeyboardAlone)
+{
+    hands.key(u"Down Down"_s);
+    person.on(u"Preview"_s, [this](QWidget& preview) {
+        Hands::take(preview);
+        const auto* const place = preview.findChild<QLabel*>(u"1106"_s);
+        const std::pair<QString, QString> steps[]
+            = {{u"Next"_s, u"Page 2 of 9"_s}, {u"End"_s, u"Page 9 of 9"_s}, {u"Prior"_s, u"Page 8 of 9"_s},
+                {u"Home"_s, u"Page 1 of 9"_s}, {u"alt+n"_s, u"Page 2 of 9"_s}};
+        for (const auto& [keys, told] : steps) {
+            hands.key(keys);
+            // A button is seen to go down and up before it acts.
+            EXPECT_TRUE(Person::waitFor([&, &text = told] { return place->text() == text; }))
+                << qPrintable(keys);
+        }
+        Hands::lastKey(u"Escape"_s);
+    });
+    frame().commands().action(command::PrintPreview)->trigger();
+    EXPECT_EQ(person.left(), 0U);
 }
 
 } // namespace
