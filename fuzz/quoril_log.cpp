@@ -1,8 +1,9 @@
 #include "logs/log_runs.h"
-#include "support/plain_log_reader.h"
+#include "plain_log_reader.h"
 
 #include <QBuffer>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 
@@ -42,14 +43,35 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     expect(run.m_last_message == 0);
     expect(PlainLog::messagesOf(run) == plain.from(plain.starts.empty() ? 0 : plain.starts.back()));
 
-    const quoril::LogRange whole{0, bytes.size() / 2 * 2};
+    const auto first = plain.messages.begin();
+    std::vector<qsizetype> begins = plain.starts;
+    if (!plain.messages.empty() && (begins.empty() || begins.front() > 0))
+        begins.insert(begins.begin(), 0);
+    begins.push_back(qsizetype(plain.messages.size()));
+    const quoril::LogRange whole = quoril::wholeLog(buffer);
     const auto runs = listRuns(buffer, whole);
-    expect(runs.empty() == plain.messages.empty());
+    expect(runs.size() == begins.size() - 1);
+    expect(!findRunFromEnd(buffer, whole, qsizetype(runs.size())));
     qint64 lines = 0;
     for (std::size_t i = 0; i < runs.size(); ++i) {
-        expect(findRunFromEnd(buffer, whole, qsizetype(runs.size() - 1 - i)) == runs[i].range);
-        lines += runs[i].counts.lines;
+        // Each look from the end begins there.
+        if (runs.size() - i < 5 || i == 0)
+            expect(findRunFromEnd(buffer, whole, qsizetype(runs.size() - 1 - i)) == runs[i].range);
+        expect(runs[i].range.begin == plain.messages[std::size_t(begins[i])].place);
+        const quoril::LogCounts& counts = runs[i].counts;
+        expect(counts.messages == begins[i + 1] - begins[i]);
+        for (qint32 level = 1; level <= 3; ++level)
+            expect(counts.levels[std::size_t(level)]
+                == std::ranges::count(
+                    first + begins[i], first + begins[i + 1], level, &PlainLog::Message::level));
+        lines += counts.lines;
     }
-    expect(lines == all.lineCount() && countLog(buffer, whole).lines == lines);
+    const quoril::LogCounts counts = countLog(buffer, whole);
+    expect(lines == all.lineCount() && counts.lines == lines && counts.messages == all.GetCount());
+    // Lines are numbered through.
+    for (qsizetype message = 0, line = 0; message < all.GetCount(); ++message) {
+        for (; line < all.firstLineOf(message + 1); ++line)
+            expect(all.messageOf(line) == message);
+    }
     return 0;
 }

@@ -1,21 +1,11 @@
 #include "access/idle_lock_frame.h"
 
 #include "resources/text_ids.h"
-#include "shell/left_view.h"
-#include "shell/main_frame.h"
-#include "shell/quoril_manager_app.h"
-#include "shell/quoril_manager_doc.h"
-#include "support/fake_machine.h"
-#include "support/person.h"
+#include "support/console_test.h"
 
 #include <QAbstractEventDispatcher>
-#include <QAction>
 #include <QComboBox>
-#include <QEventLoop>
-#include <QKeyEvent>
 #include <QWindow>
-
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <thread>
@@ -35,8 +25,6 @@ public:
 };
 
 namespace quoril::test {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -72,26 +60,17 @@ void wheel(QWidget& window)
     QCoreApplication::sendEvent(window.windowHandle(), &turn);
 }
 
-class IdleLockFrameTest : public testing::Test
+class IdleLockFrameTest : public ConsoleTest
 {
 protected:
-    FakeMachine m_machine;
-    ScopedMachine m_inForce{m_machine};
-    CQuorilManagerApp m_console;
-
     void SetUp() override
     {
         m_machine.fakeSystemInfo.systemVersion.major = 6;
-        m_machine.addInstance(u"Alpha"_s);
-        m_machine.addInstance(u"Beta"_s);
         m_machine.fakeClock.timerScale = 1e3; // nothing fires by itself
-        ASSERT_TRUE(m_console.InitInstance({u"console"_s}));
+        ConsoleTest::SetUp();
         QApplication::setActiveWindow(&frame());
         settle();
     }
-    CMainFrame& frame() { return *m_console.mainFrame(); }
-    CLeftView& tree() { return *frame().GetLeftView(); }
-    QTreeWidgetItem* service(int index) { return tree().topLevelItem(0)->child(index); }
     static void settle()
     {
         // A loop of its own: only one that may wait has an idle moment. On a busy computer the moment comes
@@ -123,10 +102,7 @@ protected:
         for (const auto& [code, held] : {std::pair(Qt::Key_Z, Qt::AltModifier), {Qt::Key_F10, Qt::NoModifier},
                  {Qt::Key_Alt, Qt::NoModifier}, {Qt::Key_Alt, Qt::NoModifier}})
             EXPECT_FALSE(isActivity([&, code = code, held = held] { key(window, code, held); })) << code;
-        EXPECT_FALSE(isActivity([&] {
-            QKeyEvent made(QEvent::KeyPress, Qt::Key_Shift, Qt::NoModifier);
-            QApplication::sendEvent(&window, &made);
-        }));
+        EXPECT_FALSE(isActivity([&] { Person::type(window, Qt::Key_Shift); })) << "made by a program";
     }
     /// Chooses an idle time by its place in the list and presses OK or Cancel.
     void choose(int shown, int choice, int button)
@@ -134,14 +110,14 @@ protected:
         Person person;
         person.on(u"Security dialog"_s, [=, this](QWidget& window) {
             checkInput(window);
-            auto* list = window.findChild<QComboBox*>(u"1034"_s);
-            EXPECT_EQ(list->currentIndex(), shown);
-            EXPECT_EQ(list->itemText(8), u"2  hours");
-            list->setCurrentIndex(choice);
+            auto& list = Person::control<QComboBox>(window, 1034);
+            EXPECT_EQ(list.currentIndex(), shown);
+            EXPECT_EQ(list.itemText(8), u"2  hours");
+            list.setCurrentIndex(choice);
             m_machine.fakeClock.timers.clear();
             Person::press(window, button);
         });
-        frame().commands().action(command::Security)->trigger();
+        action(command::Security).trigger();
         settle();
         EXPECT_EQ(m_machine.fakeClock.timers.empty(), button == 2) << "a new choice starts a new count";
     }
@@ -199,7 +175,7 @@ TEST_F(IdleLockFrameTest, LocksBehindADialogAndOrdersFireInReadOnlyMode)
         EXPECT_TRUE(service(0)->isSelected());
         Person::press(window, 2);
     });
-    frame().commands().action(command::Schedule)->trigger();
+    action(command::Schedule).trigger();
     EXPECT_TRUE(frame().m_read_only);
     frame().document().m_lock_timeout = 0;
 
@@ -216,7 +192,6 @@ TEST_F(IdleLockFrameTest, LocksBehindADialogAndOrdersFireInReadOnlyMode)
         });
         m_machine.fakeClock.advance(120'000);
         frame().OnScheduleStop();
-        EXPECT_EQ(person.left(), 0U);
         settle();
         if (button == 2) {
             EXPECT_EQ(frame().SchedTable.orders().size(), 1U);

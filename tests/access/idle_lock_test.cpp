@@ -2,18 +2,13 @@
 
 #include "support/fake_machine.h"
 
-#include <gtest/gtest.h>
-
 namespace quoril::test {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
 /// A window with timers of the manual clock.
 struct Window : FakeMachine
 {
-    ScopedMachine inForce{*this};
     quint32 timeout = 10'000;
     bool refuses = false;
     std::map<quint32, std::pair<quint32, quint64>> timers; ///< period and next firing, by id

@@ -5,12 +5,8 @@
 #include "shell/service_info.h"
 #include "support/fake_machine.h"
 
-#include <gmock/gmock.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 class DeviceScan : public testing::Test
 {
@@ -25,8 +21,7 @@ protected:
         return service;
     }
 
-    test::FakeMachine fake;
-    ScopedMachine inForce{fake};
+    FakeMachine fake;
 };
 
 QString unit(const QString& component, int index, const QString& value)
@@ -146,4 +141,4 @@ TEST_F(DeviceScan, ShowsTheFixedSettingsThatAreSet)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -27,7 +27,7 @@ namespace {
 QByteArray fileContent(const QString& below)
 {
     QFile file(QStringLiteral(QUORIL_SOURCE_DIR "/") + below);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(below);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << below;
     return file.readAll();
 }
 
@@ -201,7 +201,7 @@ TEST_F(CtlTest, JsonHasTheDocumentedFields)
     // What prints no JSON, and what an executable that registers itself prints, which is that of status.
     QStringList left = subcommands();
     for (const QString& other : {u"machine"_s, u"metrics"_s, u"install"_s, u"update"_s})
-        EXPECT_TRUE(left.removeOne(other)) << qPrintable(other);
+        EXPECT_TRUE(left.removeOne(other)) << other;
     for (const QString& line : {u"list"_s, u"show CERES"_s, u"status"_s, u"status CERES"_s, u"start CERES"_s,
              u"stop CERES"_s, u"set-start-type Iris Automatic"_s, u"logs CERES"_s,
              u"logs --list-runs CERES"_s, u"log FILE.log"_s, u"log --summary FILE.log"_s,
@@ -212,14 +212,14 @@ TEST_F(CtlTest, JsonHasTheDocumentedFields)
             = line.section(u' ', 0, line.contains(u" --summary"_s) || line.contains(u"--list"_s) ? 1 : 0);
         left.removeOne(name);
         const CtlRun done = run(words(line) << u"--json"_s);
-        EXPECT_EQ(done.code, line.startsWith(u"wait"_s) ? 1 : 0) << done.errors.toStdString();
+        EXPECT_EQ(done.code, line.startsWith(u"wait"_s) ? 1 : 0) << done.errors;
         const QJsonDocument json = done.json();
         const QJsonArray objects = json.isArray() ? json.array() : QJsonArray{json.object()};
-        ASSERT_FALSE(objects.isEmpty()) << done.output.toStdString();
+        ASSERT_FALSE(objects.isEmpty()) << done.output;
         const auto fields = documentedFields(name);
-        ASSERT_FALSE(fields.isEmpty()) << qPrintable(name);
+        ASSERT_FALSE(fields.isEmpty()) << name;
         for (const QJsonValue& object : objects)
-            EXPECT_EQ(fieldsOf(object.toObject()), fields) << qPrintable(line);
+            EXPECT_EQ(fieldsOf(object.toObject()), fields) << line;
     }
     EXPECT_EQ(left, QStringList()) << "subcommands whose fields nobody compares";
     EXPECT_EQ(run({u"events"_s, u"--summary"_s, u"--json"_s, events}).json()["records"_L1].toInt(), 2);
@@ -286,9 +286,8 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
     };
     for (const Case& each : cases) {
         const CtlRun done = run(words(each.line));
-        EXPECT_EQ(done.code, each.code) << qPrintable(each.line);
-        EXPECT_TRUE(done.errors.contains(each.told)) << each.told.constData() << "\n"
-                                                     << done.errors.constData();
+        EXPECT_EQ(done.code, each.code) << each.line;
+        EXPECT_TRUE(done.errors.contains(each.told)) << each.told << "\n" << done.errors;
     }
     EXPECT_TRUE(m_machine.calls.takeLog().filter(u"start Iris"_s).isEmpty()) << "nothing is half done";
     // One that can't be asked is told of, and the others stand.
@@ -297,14 +296,14 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
     EXPECT_EQ(all.code, 1);
     EXPECT_TRUE(
         all.output.simplified().startsWith("CERES stopped manual Iris stopped manual Locked unknown unknown"))
-        << all.output.toStdString();
-    EXPECT_TRUE(all.errors.contains("Locked") && all.errors.contains("(0x5)")) << all.errors.toStdString();
+        << all.output;
+    EXPECT_TRUE(all.errors.contains("Locked") && all.errors.contains("(0x5)")) << all.errors;
     // So is one whose configuration is too long: its start type is not that of a new record.
     m_machine.fakeServices.service(u"Locked"_s).errors = {{u"queryConfig"_s, error::InsufficientBuffer}};
     const CtlRun one = run({u"status"_s, u"Locked"_s});
     EXPECT_EQ(one.code, 1);
     EXPECT_EQ(one.output.simplified(), "Locked stopped unknown");
-    EXPECT_TRUE(one.errors.contains("0x7A")) << one.errors.toStdString();
+    EXPECT_TRUE(one.errors.contains("0x7A")) << one.errors;
     // A stop is done when what was asked has ended, though somebody started the service anew.
     auto& again = m_machine.fakeServices.service(u"Iris"_s);
     again.states = again.afterStop = {service_state::Running};
@@ -337,7 +336,7 @@ TEST_F(CtlTest, StartsPrerequisitesFirstAndWaitsForTheState)
     const qint64 before = m_machine.fakeClock.now();
     const CtlRun late = run({u"start"_s, u"CERES"_s, u"--timeout"_s, u"7"_s});
     EXPECT_EQ(late.code, 1);
-    EXPECT_TRUE(late.errors.contains("0x41D")) << late.errors.toStdString();
+    EXPECT_TRUE(late.errors.contains("0x41D")) << late.errors;
     EXPECT_EQ(m_machine.fakeClock.now() - before, 7);
     ceres.afterStop = {service_state::Running, service_state::StopPending, service_state::Stopped};
     EXPECT_EQ(run({u"stop"_s, u"CERES"_s}).code, 0);
@@ -366,7 +365,7 @@ TEST_F(CtlTest, MetricsTellOfEachInstanceWhatCanBeRead)
     useTimeZone("UTC");
     const QString path = m_folder.filePath(u"m.prom"_s);
     const CtlRun done = run({u"metrics"_s, u"--label"_s, u"tree=\\"_s, u"-o"_s, path});
-    EXPECT_EQ(done.code, 0) << done.errors.toStdString();
+    EXPECT_EQ(done.code, 0) << done.errors;
     QFile written(path);
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
     const QByteArray text = written.readAll().replace("tree=\"\\\\\",", "");
@@ -376,7 +375,7 @@ TEST_F(CtlTest, MetricsTellOfEachInstanceWhatCanBeRead)
             "_timestamp_seconds{name=\"CERES\"} 1767268800\n",
             "_run_messages{name=\"CERES\",severity=\"error\"} 1\n", "_query_error{name=\"half?\"} 0\n",
             "_machine_info{computer="})
-        EXPECT_EQ(text.count(row), 1) << row << "\n" << text.toStdString();
+        EXPECT_EQ(text.count(row), 1) << row << "\n" << text;
     EXPECT_EQ(text.count("\"Locked\""), 1) << "its number and nothing made up";
     EXPECT_TRUE(text.endsWith("\n# EOF\n"));
     for (const QString& line : QString::fromUtf8(text).split(u'\n').filter(u"# TYPE"_s))
@@ -442,7 +441,7 @@ TEST_F(CtlTest, NothingOfAMachineCommandsTheTerminal)
             const QString text = QString::fromUtf8(done.output + done.errors);
             // A line of progress goes back to its beginning.
             EXPECT_EQ(terminalText(text), QString(text).replace(u'\n', u"\\n"_s).replace(u'\r', u"\\r"_s))
-                << qPrintable(line);
+                << line;
             shown += text.contains(u"\\u001b]0;x\\u0007\\t\\u009b2J\\u202e\\u2066\\u061c"_s) ? 1 : 0;
         }
     }
@@ -495,7 +494,7 @@ TEST_F(CtlTest, ShowsTheChosenRowsOfTheChosenRun)
         QStringList shown;
         for (const QString& line : QString::fromUtf8(done.output).split(u'\n', Qt::SkipEmptyParts))
             shown.append(line.mid(31));
-        EXPECT_EQ(shown.join(u';').toStdString(), texts) << options << done.errors.toStdString();
+        EXPECT_EQ(shown.join(u';'), QString::fromUtf8(texts)) << options << done.errors;
     }
     EXPECT_EQ(run({u"logs"_s, u"CERES"_s, u"--list-runs"_s}).output,
         "-2  1  2026-01-01 12:00:00  2026-01-01 12:00:00  1  0  0\n"
@@ -531,12 +530,12 @@ TEST_F(CtlTest, FollowsALogThatGrowsIsCutRemovedAndMadeAnew)
         ++sleeps;
     };
     const CtlRun done = run({u"logs"_s, u"-f"_s, u"-n2"_s, u"--json"_s, u"CERES"_s});
-    EXPECT_EQ(done.code, 130) << done.errors.toStdString();
+    EXPECT_EQ(done.code, 130) << done.errors;
     QStringList texts;
     for (const QByteArray& row : done.output.split('\n'))
         texts.append(QJsonDocument::fromJson(row)["text"_L1].toString());
-    EXPECT_EQ(texts.join(QChar(u' ')).trimmed().toStdString(),
-        "Start a b c Start event cut new longer than what was cut unended");
+    EXPECT_EQ(texts.join(QChar(u' ')).trimmed(),
+        u"Start a b c Start event cut new longer than what was cut unended");
 }
 
 // What streams past is what the table of the panel would show.
@@ -571,7 +570,7 @@ TEST_F(CtlTest, PrintsOddLinesOfALogAsTheyStandInTheTable)
         EXPECT_EQ(object["messageId"_L1].toString(), code);
         EXPECT_EQ(object["text"_L1].toString().toUtf8(), rows.text(row, 2).toUtf8());
     }
-    EXPECT_EQ(text.toStdString(), expected.toStdString());
+    EXPECT_EQ(text, expected);
 }
 
 TEST_F(CtlTest, EverySubcommandIsInTheManualAndTheCompletion)
@@ -580,12 +579,11 @@ TEST_F(CtlTest, EverySubcommandIsInTheManualAndTheCompletion)
     const QByteArray completion = fileContent(u"packaging/completions/quorilctl"_s);
     EXPECT_GE(subcommands().size(), 16);
     for (const QString& subcommand : subcommands()) {
-        EXPECT_TRUE(manual.contains(".B " + subcommand.toUtf8().replace("-", "\\-")))
-            << qPrintable(subcommand);
-        EXPECT_TRUE(completion.contains(' ' + subcommand.toUtf8())) << qPrintable(subcommand);
+        EXPECT_TRUE(manual.contains(".B " + subcommand.toUtf8().replace("-", "\\-"))) << subcommand;
+        EXPECT_TRUE(completion.contains(' ' + subcommand.toUtf8())) << subcommand;
         for (const QString& option : helpNames({subcommand}, u"^  (?:-.,)?(--[a-z-]+)"_s)) {
-            EXPECT_TRUE(manual.contains(option.toUtf8().replace("-", "\\-"))) << qPrintable(option);
-            EXPECT_TRUE(completion.contains(option.toUtf8())) << qPrintable(option);
+            EXPECT_TRUE(manual.contains(option.toUtf8().replace("-", "\\-"))) << option;
+            EXPECT_TRUE(completion.contains(option.toUtf8())) << option;
         }
     }
 }

@@ -35,7 +35,7 @@ TEST_F(QuorilctlSessionTest, TheReadmesSessionGoesAsItIsWritten)
         script += u"printf '%s\\n' '"_s + quoted + u"'\n"_s + line.mid(2) + u'\n';
     }
     ASSERT_GE(script.count(u"quorilctl "_s), 20) << "a session of this many commands";
-    EXPECT_EQ(shell(script).output.toStdString(), readmeSession().toStdString());
+    EXPECT_EQ(shell(script).output, readmeSession().toUtf8());
 }
 
 TEST_F(QuorilctlSessionTest, HostileNamesAndPathsChangeNothingOrArriveWhole)
@@ -59,9 +59,9 @@ TEST_F(QuorilctlSessionTest, HostileNamesAndPathsChangeNothingOrArriveWhole)
 
     for (const QString& name :
         {u"-x"_s, u"a b; $(reboot) %PATH% 'c'"_s, u"Bücher 漢字"_s, QString(200, u'n')}) {
-        EXPECT_EQ(install(u"install"_s, name).code, 0) << qPrintable(name);
+        EXPECT_EQ(install(u"install"_s, name).code, 0) << name;
         EXPECT_TRUE(run({u"list"_s, u"--names"_s}).output.split('\n').contains(name.toUtf8()));
-        EXPECT_EQ(run({u"remove"_s, u"--yes"_s, u"--"_s, name}).code, 0) << qPrintable(name);
+        EXPECT_EQ(run({u"remove"_s, u"--yes"_s, u"--"_s, name}).code, 0) << name;
     }
     EXPECT_EQ(shell(u"quorilctl --machine demo list > /dev/full"_s).code, 1);
 }
@@ -84,8 +84,8 @@ TEST_F(QuorilctlSessionTest, WhatIsNoFileStaysWhatItIs)
         const Run done
             = shell(u"exec 2>&1; export XDG_DATA_HOME=$PWD; demo() { quorilctl --machine demo \"$@\"; }\n"_s
                 + script);
-        EXPECT_EQ(done.code, 0) << qPrintable(script) << done.output.constData();
-        EXPECT_TRUE(done.output.contains(told)) << qPrintable(script) << done.output.constData();
+        EXPECT_EQ(done.code, 0) << script << done.output;
+        EXPECT_TRUE(done.output.contains(told)) << script << done.output;
     }
 }
 
@@ -98,7 +98,7 @@ TEST_F(QuorilctlSessionTest, NoPathCommandsTheTerminal)
                 "mv demo \"$QUORIL_MACHINE\" && cd \"$QUORIL_MACHINE\"/Windows/System32/config\n"
                 "rm SYSTEM && mkdir SYSTEM && cd - && script -qec 'quorilctl list' /dev/null"_s)
               .output;
-    EXPECT_GE(told.count("d\\u001b[2J\\u202e\\u009b"), 2) << told.constData();
+    EXPECT_GE(told.count("d\\u001b[2J\\u202e\\u009b"), 2) << told;
     EXPECT_FALSE(told.contains("\x1b[2J") || told.contains("\u202e") || told.contains("\u009b"));
 }
 

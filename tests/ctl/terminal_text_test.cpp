@@ -2,16 +2,14 @@
 #include "platform/terminal_text.h"
 #include "support/time_zone.h"
 
-#include <gtest/gtest.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
 
 TEST(TerminalText, LetsNothingThroughThatCommandsOrTurnsTheTerminal)
 {
     const QStringView harmless = u"Überwachung \"C:\\a\" 漢字 \U0001F5A5 e\u0301";
     EXPECT_EQ(terminalText(harmless), harmless);
-    const std::pair<QStringView, const char*> cases[] = {
+    const std::pair<QStringView, QStringView> cases[] = {
         {u"a\x1b[2J\a", "a\\u001b[2J\\u0007"},
         {u"\t\r\n\x7f", "\\t\\r\\n\\u007f"},
         {u"\u009b31m\u0085", "\\u009b31m\\u0085"}, // controls of eight bits
@@ -20,14 +18,14 @@ TEST(TerminalText, LetsNothingThroughThatCommandsOrTurnsTheTerminal)
         {u"\U000E0041", "\\udb40\\udc41"},
     };
     for (const auto& [text, shown] : cases)
-        EXPECT_EQ(terminalText(text).toStdString(), shown);
+        EXPECT_EQ(terminalText(text), shown);
     const char16_t halves[] = {0xDC00, u'x', 0xD800};
-    EXPECT_EQ(terminalText(QStringView(halves, 3)).toStdString(), "\\udc00x\\ud800");
+    EXPECT_EQ(terminalText(QStringView(halves, 3)), u"\\udc00x\\ud800");
 }
 
 TEST(Moment, IsReadFromATextOrRefused)
 {
-    test::useTimeZone("CET-1"); // a form that Windows knows too
+    useTimeZone("CET-1"); // a form that Windows knows too
     const qint64 now = *parseMoment(u"2026-11-30T17:00:00");
     EXPECT_EQ(now, 1796054400);
     const std::pair<QStringView, qint64> times[] = {
@@ -43,10 +41,10 @@ TEST(Moment, IsReadFromATextOrRefused)
         {u"2026-11-30", now - 17 * 3600},
     };
     for (const auto& [text, moment] : times)
-        EXPECT_EQ(parseOrderTime(text, now), moment) << qPrintable(text.toString());
+        EXPECT_EQ(parseOrderTime(text, now), moment) << text;
     for (const QStringView text : {u"", u"+", u"+h", u"+-3", u"25:00", u"18", u"2026-13-01", u"1969-12-31",
              u"2200-01-01", u"+4294967295h", u"tomorrow"})
-        EXPECT_FALSE(parseOrderTime(text, now)) << qPrintable(text.toString());
+        EXPECT_FALSE(parseOrderTime(text, now)) << text;
 
     QString fault;
     const auto order = parseOrder(u"stop@18:00=A=b@c", now, fault);
@@ -56,8 +54,8 @@ TEST(Moment, IsReadFromATextOrRefused)
     EXPECT_EQ(order->name, u"A=b@c");
     for (const QStringView text :
         {u"", u"start", u"start@18:00", u"pause@18:00=A", u"start@18:00=", u"start@=A"})
-        EXPECT_FALSE(parseOrder(text, now, fault)) << qPrintable(text.toString());
+        EXPECT_FALSE(parseOrder(text, now, fault)) << text;
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

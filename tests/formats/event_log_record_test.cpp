@@ -2,12 +2,8 @@
 
 #include <QtEndian>
 
-#include <gtest/gtest.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 EventEntry sampleEntry()
 {
@@ -122,4 +118,4 @@ TEST(EventLogRecord, EndsUnterminatedNamesWithTheRecord)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

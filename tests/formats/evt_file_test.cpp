@@ -5,22 +5,17 @@
 
 #include <QtEndian>
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
-using test::readAll;
 
 constexpr quint32 Small = EvtAppender::Granularity;
 
 EventEntry numbered(quint32 number)
 {
     // Lengths vary, so that the file's end meets records at every offset.
-    return test::eventOf(number, u"QUORIL"_s, {QString(qsizetype(number * 37 % 400), u'x')});
+    return eventOf(number, u"QUORIL"_s, {QString(qsizetype(number * 37 % 400), u'x')});
 }
 
 /// The log `bytes` with events `from` to `to` appended in one session.
@@ -189,8 +184,8 @@ TEST(EvtReader, EndsSoonOnGroundMadeToHurt)
 
 TEST(EvtRealLog, IsReadAsEvtexportReadsIt)
 {
-    const QByteArray log = test::realData(u"SysEvent.Evt"_s);
-    const QByteArray text = test::toldBy(u"evtexport"_s, {}, log);
+    const QByteArray log = realData(u"SysEvent.Evt"_s);
+    const QByteArray text = toldBy(u"evtexport"_s, {}, log);
     if (log.isEmpty() || text.isEmpty())
         GTEST_SKIP() << "no real log or no evtexport";
     QString expected = QString::fromUtf8(text);
@@ -230,7 +225,7 @@ TEST(EvtRealLog, IsReadAsEvtexportReadsIt)
 
 TEST(EvtRealLog, IsWrittenAgainByteForByte)
 {
-    const QByteArray log = test::realData(u"SysEvent.Evt"_s);
+    const QByteArray log = realData(u"SysEvent.Evt"_s);
     if (log.isEmpty())
         GTEST_SKIP() << "no real log";
     QByteArray bytes = log;
@@ -277,4 +272,4 @@ TEST(EvtRealLog, IsWrittenAgainByteForByte)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

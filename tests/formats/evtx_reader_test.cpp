@@ -11,15 +11,10 @@
 #include <QXmlStreamReader>
 #include <QtEndian>
 
-#include <gtest/gtest.h>
-
 #include <map>
 
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
-using test::readAll;
 
 constexpr qsizetype FirstChunk = 4096;
 
@@ -99,7 +94,7 @@ std::map<quint32, EventEntry> exportedEvents(const QByteArray& text)
             events[entry.recordNumber] = entry;
         }
     }
-    EXPECT_FALSE(xml.hasError()) << qPrintable(xml.errorString()) << " at line " << xml.lineNumber();
+    EXPECT_FALSE(xml.hasError()) << xml.errorString() << " at line " << xml.lineNumber();
     return events;
 }
 
@@ -116,8 +111,8 @@ TEST(EvtxRealLog, IsReadAsEvtxexportReadsIt)
     for (const Case& real : cases) {
         const QString name = QString::fromUtf16(real.name);
         SCOPED_TRACE(qPrintable(name));
-        const QByteArray log = test::realData(name);
-        const QByteArray text = test::toldBy(u"evtxexport"_s, {u"-f"_s, u"xml"_s}, log);
+        const QByteArray log = realData(name);
+        const QByteArray text = toldBy(u"evtxexport"_s, {u"-f"_s, u"xml"_s}, log);
         if (log.isEmpty() || text.isEmpty())
             GTEST_SKIP() << "no real log or no evtxexport";
         std::map<quint32, EventEntry> expected = exportedEvents(text);
@@ -145,7 +140,7 @@ TEST(EvtxRealLog, IsReadAsEvtxexportReadsIt)
 
 TEST(EvtxRealLog, SpansAndDamage)
 {
-    const QByteArray log = test::realData(u"System.evtx"_s);
+    const QByteArray log = realData(u"System.evtx"_s);
     if (log.isEmpty())
         GTEST_SKIP() << "no real log";
     const std::vector<EventEntry> all = readAll<EvtxReader>(log);
@@ -175,10 +170,10 @@ TEST(EvtxRealLog, SpansAndDamage)
     early.replace(time, QByteArray(8, '\1'));
     EXPECT_EQ(readAll<EvtxReader>(early).front(), all[1]);
     const QString string = all.back().insertStrings.at(0).toString();
-    QByteArray cut = test::units(string);
+    QByteArray cut = units(string);
     cut[2] = cut[3] = 0;
     QByteArray withZero = log;
-    withZero.replace(test::units(string), cut);
+    withZero.replace(units(string), cut);
     EXPECT_EQ(readAll<EvtxReader>(withZero).back().insertStrings.at(0), QStringView(string).first(1));
 
     QByteArray noMagic = log;
@@ -238,4 +233,4 @@ TEST(EvtxValue, IsWrittenAsText)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

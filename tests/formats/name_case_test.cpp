@@ -1,8 +1,6 @@
 #include "formats/name_case.h"
 
-#include <gtest/gtest.h>
-
-using namespace quoril;
+namespace quoril::test {
 
 TEST(NameCase, FoldsUnitByUnitAndOnlyWhereThereIsAWayBack)
 {
@@ -28,7 +26,7 @@ TEST(NameCase, FoldsUnitByUnitAndOnlyWhereThereIsAWayBack)
         {QStringView(u"\0A", 2), QStringView(u"\0a", 2), true},
     };
     for (const Case& each : cases) {
-        EXPECT_EQ(foldedEquals(each.left, each.right), each.equal) << each.left.toString().toStdString();
+        EXPECT_EQ(foldedEquals(each.left, each.right), each.equal) << each.left;
         EXPECT_EQ(foldedCompare(each.left, each.right) == 0, each.equal);
         EXPECT_EQ(upcase(each.left) == upcase(each.right), each.equal);
         EXPECT_EQ(downcase(each.left) == downcase(each.right), each.equal);
@@ -38,3 +36,5 @@ TEST(NameCase, FoldsUnitByUnitAndOnlyWhereThereIsAWayBack)
         }
     }
 }
+
+} // namespace quoril::test

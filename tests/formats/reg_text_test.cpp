@@ -3,13 +3,8 @@
 #include "support/hive_sink.h"
 #include "support/utf16.h"
 
-#include <gtest/gtest.h>
+namespace quoril::test {
 
-using namespace quoril;
-using test::HiveSink;
-using test::textOf;
-using test::units;
-using namespace Qt::StringLiterals;
 using Kind = regtext::Operation::Kind;
 
 namespace {
@@ -60,7 +55,7 @@ TEST(RegText, IsReadInAllItsForms)
     const QByteArray narrow = (u"Windows Registry Editor Version 5.00\r\n\r\n"_s + lines).toUtf8();
     for (const QByteArray& bytes : {wide, narrow, "\xef\xbb\xbf" + narrow}) {
         const auto read = regtext::parse(bytes);
-        ASSERT_TRUE(read) << read.failure().detail.toStdString();
+        ASSERT_TRUE(read) << read.failure().detail;
         EXPECT_EQ(*read, expected);
     }
 }
@@ -90,9 +85,9 @@ TEST(RegText, FaultsNameTheirLine)
     };
     for (const Fault& fault : faults) {
         const auto read = regtext::parse(document(fault.lines));
-        ASSERT_FALSE(read) << fault.lines.toString().toStdString();
+        ASSERT_FALSE(read) << fault.lines;
         EXPECT_EQ(read.errorNumber(), error::BadDatabase);
-        EXPECT_TRUE(read.failure().detail.startsWith(fault.start)) << read.failure().detail.toStdString();
+        EXPECT_TRUE(read.failure().detail.startsWith(fault.start)) << read.failure().detail;
     }
     for (const char* bytes : {"", "REGEDIT4\r\n", "Windows Registry Editor Version 5.00x\r\n",
              "\xff\xfe"
@@ -116,8 +111,7 @@ TEST(RegText, IsWrittenAsTheEditorWritesIt)
         = u"[HKLM\\R]\r\n@=\"a\\\\b\\\"c\"\r\n\"Start\"=dword:00000003\r\n\"short\"=hex(4):61\r\n"
           "\"line\"=hex(1):0a,00,00,00\r\n\"bytes\"=hex:%1\r\n\r\n"
           "[HKLM\\R\\Sub]\r\n\"x\"=hex(20001):\r\n\r\n"_s.arg(bytes);
-    EXPECT_EQ(
-        textOf(*regtext::write(root, u"HKLM\\R"_s)).toStdString(), textOf(document(expected)).toStdString());
+    EXPECT_EQ(textOf(*regtext::write(root, u"HKLM\\R"_s)), textOf(document(expected)));
 }
 
 TEST(RegText, EveryTypeAndNameSurvivesTheWayThere)
@@ -137,7 +131,7 @@ TEST(RegText, EveryTypeAndNameSurvivesTheWayThere)
     }
     const QByteArray text = *regtext::write(*hive.root().child(u"R"), u"R"_s);
     const auto operations = regtext::parse(text);
-    ASSERT_TRUE(operations) << operations.failure().detail.toStdString();
+    ASSERT_TRUE(operations) << operations.failure().detail;
     regf::Hive copy = regf::Hive::create(u"R"_s);
     HiveSink sink(copy.root());
     ASSERT_TRUE(regtext::apply(*operations, sink));
@@ -197,3 +191,5 @@ TEST(RegText, IsAppliedInOrderUpToTheFirstRefusal)
     EXPECT_TRUE(hive.root().find(u"R\\a\\b")->value(u"y"));
     EXPECT_EQ(hive.root().child(u"R")->childCount(), 1U);
 }
+
+} // namespace quoril::test

@@ -6,11 +6,7 @@
 
 #include <QRegularExpression>
 
-#include <gtest/gtest.h>
-
-using namespace quoril;
-using test::realData;
-using namespace Qt::StringLiterals;
+namespace quoril::test {
 
 namespace {
 
@@ -34,7 +30,7 @@ bool sameTree(const regf::Key& left, const regf::Key& right, Totals& totals)
         if (!sameTree(*left.childAt(i), *right.childAt(i), totals))
             return false;
     }
-    EXPECT_TRUE(same) << left.name().toStdString();
+    EXPECT_TRUE(same) << left.name();
     return same;
 }
 
@@ -42,7 +38,7 @@ bool sameTree(const regf::Key& left, const regf::Key& right, Totals& totals)
 QByteArray hivexml(const QByteArray& hive)
 {
     static const QRegularExpression place(u"<byte_run[^>]*>"_s);
-    return QString::fromUtf8(test::toldBy(u"hivexml"_s, {}, hive)).remove(place).toUtf8();
+    return QString::fromUtf8(toldBy(u"hivexml"_s, {}, hive)).remove(place).toUtf8();
 }
 
 } // namespace
@@ -64,14 +60,14 @@ TEST_P(RealHives, AreTheSameAfterARewrite)
     if (bytes.isEmpty())
         GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
     const Result<regf::Hive> hive = regf::Hive::parse(bytes);
-    ASSERT_TRUE(hive) << hive.failure().detail.toStdString();
+    ASSERT_TRUE(hive) << hive.failure().detail;
     EXPECT_EQ(hive->notShutDownCleanly(), !GetParam().clean);
     const regf::Key* services = hive->root().find(u"controlset001\\SERVICES");
     ASSERT_TRUE(services);
     EXPECT_EQ(services->childCount(), GetParam().services);
 
     const Result<QByteArray> written = hive->serialize(hive->lastWritten());
-    ASSERT_TRUE(written) << hive->problems().join(u'\n').toStdString();
+    ASSERT_TRUE(written) << hive->problems().join(u'\n');
     const Result<regf::Hive> again = regf::Hive::parse(*written);
     ASSERT_TRUE(again);
     EXPECT_FALSE(again->notShutDownCleanly());
@@ -145,7 +141,7 @@ TEST(RealHive, IsAsNewAsItsLogs)
             const std::array<regf::Recovery::NamedLog, 2> logs
                 = {{{u"LOG1"_s, swapped ? second : first}, {u"LOG2"_s, swapped ? first : second}}};
             regf::Recovery recovery(bytes, logs);
-            ASSERT_TRUE(recovery.isRecovered()) << qPrintable(recovery.summary());
+            ASSERT_TRUE(recovery.isRecovered()) << recovery.summary();
             QByteArray image = bytes;
             image.resize(qsizetype(recovery.size()), '\0');
             recovery.apply({image.data(), std::size_t(image.size())});
@@ -153,7 +149,7 @@ TEST(RealHive, IsAsNewAsItsLogs)
             const Result<regf::Hive> before = regf::Hive::parse(bytes);
             const Result<regf::Hive> after = regf::Hive::parse(image);
             ASSERT_TRUE(before && after);
-            EXPECT_TRUE(after->rewritable()) << qPrintable(after->problems().join(u'\n'));
+            EXPECT_TRUE(after->rewritable()) << after->problems().join(u'\n');
             News news;
             count(after->root(), &before->root(), news);
             EXPECT_EQ(news.keys, stale.keys);
@@ -161,3 +157,5 @@ TEST(RealHive, IsAsNewAsItsLogs)
         }
     }
 }
+
+} // namespace quoril::test

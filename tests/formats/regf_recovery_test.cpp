@@ -6,12 +6,9 @@
 
 #include <QtEndian>
 
-#include <gtest/gtest.h>
-
 #include <functional>
 
-using namespace quoril;
-using namespace Qt::StringLiterals;
+namespace quoril::test {
 
 namespace {
 
@@ -190,9 +187,9 @@ TEST(RegfRecovery, AppliesWhatBelongsToTheHiveAndStopsAtTheFirstFault)
         if (!hive)
             continue;
         const regf::Value* number = hive->root().value(u"generation");
-        ASSERT_TRUE(number) << qPrintable(recovery.summary());
+        ASSERT_TRUE(number) << recovery.summary();
         EXPECT_EQ(qFromLittleEndian<qint32>(number->data.constData()), stale.generation)
-            << qPrintable(recovery.summary());
+            << recovery.summary();
         EXPECT_EQ(recovery.losesChanges(), stale.losesChanges);
         // What is written now stands above whatever the logs hold.
         const Result<QByteArray> written = hive->serialize(1);
@@ -215,3 +212,5 @@ TEST(RegfRecovery, IsNotWrittenBelowANumberOfItsLog)
     EXPECT_TRUE(recovery.isRecovered());
     EXPECT_EQ(regf::Hive::parse(image)->serialize(1).errorNumber(), error::RegistryCorrupt);
 }
+
+} // namespace quoril::test

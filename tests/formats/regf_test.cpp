@@ -3,15 +3,12 @@
 
 #include <QtEndian>
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <functional>
 
-using namespace quoril;
-using namespace Qt::StringLiterals;
+namespace quoril::test {
 
 namespace {
 
@@ -321,3 +318,5 @@ TEST(Regf, AnUncleanHiveIsReadAndSaysSo)
     EXPECT_EQ(numberAt(written, regf::base::PrimarySequence), 78U);
     EXPECT_EQ(numberAt(written, regf::base::SecondarySequence), 78U);
 }
+
+} // namespace quoril::test

@@ -3,7 +3,6 @@
 #include "support/executable_sample.h"
 
 #include <QBuffer>
-#include <gtest/gtest.h>
 
 namespace quoril::test {
 
@@ -17,7 +16,7 @@ Result<QString> versionOf(QByteArray bytes)
     return block ? fileVersionOf(*block) : Result<QString>(block.failure());
 }
 
-TEST(VersionBlock, isReadFromExecutablesOfBothSizes)
+TEST(VersionBlock, IsReadFromExecutablesOfBothSizes)
 {
     const QByteArray block = versionBlock(u"4.2.1.7 beta");
     EXPECT_EQ(*versionOf(executableOf({{0x407, block}}, false)), u"4.2.1.7 beta");
@@ -28,7 +27,7 @@ TEST(VersionBlock, isReadFromExecutablesOfBothSizes)
     EXPECT_EQ(versionOf(executableOf({})).errorNumber(), error::ResourceDataNotFound);
 }
 
-TEST(VersionBlock, hasItsTextInTheTranslationsTable)
+TEST(VersionBlock, HasItsTextInTheTranslationsTable)
 {
     EXPECT_EQ(*fileVersionOf(versionBlock(u"1.0", u"040904b0")), u"1.0");
     EXPECT_EQ(*fileVersionOf(versionBlock(u"")), u"");
@@ -43,7 +42,7 @@ TEST(VersionBlock, hasItsTextInTheTranslationsTable)
     EXPECT_EQ(*fileVersionOf(inBytes), u"1.2.3");
 }
 
-TEST(VersionBlock, isNotFoundInDamage)
+TEST(VersionBlock, IsNotFoundInDamage)
 {
     const QByteArray whole = executableOf({{0, versionBlock(u"1.2.3.4")}});
     for (qsizetype size = 0; size < whole.size(); ++size)

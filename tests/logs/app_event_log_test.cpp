@@ -3,16 +3,12 @@
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
 
-#include <gmock/gmock.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 EventEntry entry(const QStringList& inserts, const QString& source = u"QUORIL"_s, quint32 time = 1000)
 {
-    EventEntry made = test::eventOf(time, source, inserts);
+    EventEntry made = eventOf(time, source, inserts);
     made.eventId = 0xC0000007;
     return made;
 }
@@ -60,13 +56,12 @@ TEST(AppEventLog, SplitsEventsIntoLines)
             {{None, Id, 1000, early}, {None, Id, 1000, tagged(u"INFO :"_s, u"12"_s, u"t"_s)}}},
     };
     for (const auto& each : cases)
-        EXPECT_EQ(recordsOf(entry(each.inserts)), each.records) << each.inserts.join(u'|').toStdString();
+        EXPECT_EQ(recordsOf(entry(each.inserts)), each.records) << each.inserts.join(u'|');
 }
 
 TEST(AppEventLog, ReadsEachLogByItsFilter)
 {
-    test::FakeMachine fake;
-    const ScopedMachine inForce(fake);
+    FakeMachine fake;
     fake.fakeEventLogs.logs[u"Application"_s] = {entry({u"early"_s}, u"QUORIL"_s, 999),
         entry({u"a"_s}, u"My QUORIL 2"_s), entry({u"b"_s}, u"quoril"_s), entry({u"c"_s}, u"QUORIL"_s, 1115),
         entry({u"late"_s}, u"QUORIL"_s, 1116)};
@@ -88,4 +83,4 @@ TEST(AppEventLog, ReadsEachLogByItsFilter)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -6,12 +6,8 @@
 #include "support/time_zone.h"
 #include "support/utf16.h"
 
-#include <gmock/gmock.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 constexpr qint64 Now = 1'700'000'000;
 
@@ -20,17 +16,17 @@ class LogTable : public testing::Test
 protected:
     LogTable()
     {
-        test::useTimeZone("UTC");
+        useTimeZone("UTC");
         fake.fakeClock.setNow(Now);
     }
     void putLog(const QString& text)
     {
-        fake.fakeFiles.put(u"C:\\log", test::units(text));
+        fake.fakeFiles.put(u"C:\\log", units(text));
         service.LogFile = u"C:\\log"_s;
     }
     void report(const QString& log, quint32 id, const QString& text)
     {
-        fake.fakeEventLogs.logs[log].push_back(test::eventOf(quint32(Now), u"QUORIL"_s, {text}));
+        fake.fakeEventLogs.logs[log].push_back(eventOf(quint32(Now), u"QUORIL"_s, {text}));
         fake.fakeEventLogs.logs[log].back().eventId = id;
     }
     QStringList rows()
@@ -43,8 +39,7 @@ protected:
         return rows;
     }
 
-    test::FakeMachine fake;
-    ScopedMachine inForce{fake};
+    FakeMachine fake;
     ServiceInfo service;
     PanelTable table;
 };
@@ -84,7 +79,7 @@ TEST_F(LogTable, ShowsTheSourcesInOrderAndColour)
 
 TEST_F(LogTable, DatesEventsInLocalTimeAndColoursThemByType)
 {
-    test::useTimeZone("XST-5:30"); // five and a half hours ahead
+    useTimeZone("XST-5:30"); // five and a half hours ahead
     const auto tagged = [](const char* tag, const char* code) {
         return u"20261122:221559:%1  %2%3"_s.arg(QLatin1StringView(tag), QLatin1StringView(code))
                    .leftJustified(52)
@@ -130,4 +125,4 @@ TEST_F(LogTable, WordsCodedMessages)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -1,19 +1,13 @@
-#include "logs/log_runs.h"
 #include "logs/quoril_log.h"
 #include "support/fake_machine.h"
-#include "support/plain_log_reader.h"
 
 #include <QBuffer>
 #include <QFile>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
-#include <gmock/gmock.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
 
-using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 
 QByteArray bytesOf(const QString& text)
@@ -89,115 +83,10 @@ TEST(QuorilLog, TakesALineForAHeaderByItsFirstTag)
     };
     for (const auto& each : cases) {
         const QuorilLog log = read(each.line);
-        EXPECT_EQ(log.GetCount(), each.level == 0 ? 0 : 1) << each.line.toStdString();
+        EXPECT_EQ(log.GetCount(), each.level == 0 ? 0 : 1) << each.line;
         if (log.GetCount() == 1) {
-            EXPECT_EQ(log.GetMessage(0).m_level, each.level) << each.line.toStdString();
+            EXPECT_EQ(log.GetMessage(0).m_level, each.level) << each.line;
         }
-    }
-}
-
-/// What a log may hold, marks and oddities among it.
-QString somePiece(QRandomGenerator& random)
-{
-    constexpr QStringView Tags[] = {u":INFO :", u":WARN :", u":ERROR:", u":INFO:", u"\u0000INFO :"};
-    constexpr QStringView Codes[]
-        = {u"00000250", u"0024900A", u"0249\u0000249", u"2490249 ", u"249\u01415678"};
-    // Each holds the bytes of a line feed, or makes them together with its neighbour.
-    constexpr QStringView Near = u"\u0A0D\u0D0A\u0A0A\u0D0D\u0A00\u000B\u0A00x\u100A\u0A10\u0416";
-    const auto any = [&random](const auto& of) { return of[random.bounded(int(std::size(of)))].toString(); };
-    switch (random.bounded(12)) {
-    case 0:
-        return header(u"00000249"_s);
-    case 1:
-        return header(any(Codes), u"odd"_s, any(Tags));
-    case 2:
-        return Near.left(random.bounded(12)).toString();
-    case 3:
-        return QString(1000 + random.bounded(30), QChar(random.bounded(2) * u'x')) + header();
-    case 4:
-        return QString(random.bounded(30), u':') + header();
-    case 5:
-        return header(any(Codes)).left(random.bounded(80));
-    case 6:
-        return header().replace(random.bounded(40), 1, QChar(random.bounded(2) * u':'));
-    default:
-        return header(u"00000321"_s, QString(random.bounded(200), u'y'), any(Tags)) + u"more\r\n"_s;
-    }
-}
-
-/// Compares all that is read of a log with the plainest reading of it.
-void expectAsPlain(const QByteArray& bytes, const std::string& what)
-{
-    const test::PlainLog plain(bytes);
-    const auto last = plain.starts.empty() ? 0 : plain.starts.back();
-    const QuorilLog all = read(bytes);
-    ASSERT_EQ(test::PlainLog::messagesOf(all), plain.from(0)) << what;
-    EXPECT_EQ(all.m_last_message, last) << what;
-    const QuorilLog run = read(bytes, QuorilLog::Keep::FromLastStart);
-    ASSERT_EQ(test::PlainLog::messagesOf(run), plain.from(last)) << what;
-    EXPECT_EQ(run.m_last_message, 0) << what;
-
-    std::vector<qsizetype> begins = plain.starts;
-    if (!plain.messages.empty() && (begins.empty() || begins.front() > 0))
-        begins.insert(begins.begin(), 0);
-    QBuffer device;
-    device.setData(bytes);
-    device.open(QIODevice::ReadOnly);
-    const LogRange whole = wholeLog(device);
-    const std::vector<LogRun> runs = listRuns(device, whole);
-    ASSERT_EQ(runs.size(), begins.size()) << what;
-    LogCounts sum;
-    for (std::size_t i = 0; i < runs.size(); ++i) {
-        const auto first = plain.messages.begin() + begins[i];
-        const auto end
-            = i + 1 < begins.size() ? plain.messages.begin() + begins[i + 1] : plain.messages.end();
-        EXPECT_EQ(runs[i].range.begin, first->place) << what;
-        if (runs.size() - i < 5 || i == 0) {
-            EXPECT_EQ(findRunFromEnd(device, whole, qsizetype(runs.size() - 1 - i)), runs[i].range) << what;
-        }
-        const LogCounts& counts = runs[i].counts;
-        EXPECT_EQ(counts.messages, end - first) << what;
-        for (qint32 level = 1; level <= 3; ++level)
-            EXPECT_EQ(counts.levels[std::size_t(level)],
-                std::ranges::count(first, end, level, &test::PlainLog::Message::level))
-                << what;
-        sum.lines += counts.lines;
-    }
-    EXPECT_EQ(findRunFromEnd(device, whole, qsizetype(runs.size())), std::nullopt) << what;
-    const LogCounts counts = countLog(device, whole);
-    EXPECT_EQ(counts.messages, all.GetCount()) << what;
-    EXPECT_EQ(counts.lines, all.lineCount()) << what;
-    EXPECT_EQ(sum.lines, all.lineCount()) << what;
-    // Lines are numbered through.
-    for (qsizetype message = 0, line = 0; message < all.GetCount(); ++message) {
-        for (; line < all.firstLineOf(message + 1); ++line)
-            ASSERT_EQ(all.messageOf(line), message) << what;
-    }
-}
-
-TEST(QuorilLog, ReadsWhatThePlainestReaderReads)
-{
-    for (quint32 seed = 0; seed < 150; ++seed) {
-        QRandomGenerator random(seed);
-        QString text;
-        for (int pieces = random.bounded(30); pieces > 0; --pieces)
-            text += somePiece(random);
-        QByteArray bytes = bytesOf(text);
-        bytes.chop(std::min<qsizetype>(bytes.size(), random.bounded(4)));
-        expectAsPlain(bytes, "seed " + std::to_string(seed));
-    }
-    const QByteArray whole = bytesOf(header(u"00000249"_s, u"te\u0416t"_s));
-    for (qsizetype size = 0; size <= whole.size(); ++size)
-        expectAsPlain(whole.left(size), "cut");
-    // Lines longer than the blocks that are searched and parsed, with and without units above 0xFF, and more
-    // text than is parsed at once.
-    QString text;
-    QRandomGenerator random(1);
-    for (const int pieces : {1, 150, 600, 3000, 100, 10}) {
-        for (int i = 0; i < 500; ++i)
-            text += somePiece(random);
-        text += QString(1023 * pieces, pieces == 600 ? u'\u0416' : u'x') + header();
-        expectAsPlain(bytesOf(text), std::to_string(pieces) + " pieces");
     }
 }
 
@@ -285,8 +174,7 @@ TEST(QuorilLog, IsReadToAnEndWhileItIsCutRotatedRewrittenAndWritten)
 
 TEST(QuorilLog, LoadTellsHowItWent)
 {
-    test::FakeMachine fake;
-    const ScopedMachine inForce(fake);
+    FakeMachine fake;
     fake.fakeFiles.put(u"C:\\a.log", bytesOf(header()));
     QuorilLog log;
     EXPECT_EQ(log.Load(u"C:\\a.log"), 0);
@@ -300,4 +188,4 @@ TEST(QuorilLog, LoadTellsHowItWent)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

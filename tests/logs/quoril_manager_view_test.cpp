@@ -5,6 +5,7 @@
 #include "resources/resource_module.h"
 #include "shell/service_info.h"
 #include "support/fake_machine.h"
+#include "support/log_lines.h"
 #include "support/person.h"
 #include "support/utf16.h"
 
@@ -12,35 +13,22 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QMenu>
-
-#include <gmock/gmock.h>
 
 #include <cmath>
 
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 class QuorilManagerView : public testing::Test
 {
 protected:
     QuorilManagerView()
     {
-        QString text = u"20010203:040506:INFO :  00000249"_s + QString(20, u' ') + u"first\r\n"_s;
-        for (int i = 0; i < 500; ++i)
-            text += u"line %1\r\n"_s.arg(i);
-        fake.fakeFiles.put(u"C:\\log", test::units(text));
+        fake.fakeFiles.put(u"C:\\log", units(logOf(501)));
         service.LogFile = u"C:\\log"_s;
         view.resize(800, 300);
         view.show();
-    }
-    void press(int key, Qt::KeyboardModifiers modifiers = {})
-    {
-        QKeyEvent event(QEvent::KeyPress, key, modifiers);
-        QApplication::sendEvent(&view, &event);
     }
     std::vector<int> widths() const
     {
@@ -50,8 +38,7 @@ protected:
         return all;
     }
 
-    test::FakeMachine fake;
-    ScopedMachine inForce{fake};
+    FakeMachine fake;
     ServiceInfo service;
     CQuorilManagerView view;
 };
@@ -80,9 +67,7 @@ TEST_F(QuorilManagerView, RemembersTheWidthsOfEachTable)
 TEST_F(QuorilManagerView, ShowsMarksThatTurnTextAsTheyAreSpelt)
 {
     const auto shown = [this](const QString& line) {
-        const QString text = u"20010203:040506:INFO :  00000249"_s + QString(20, u' ') + line + u"\r\n"_s;
-        fake.fakeFiles.put(
-            u"C:\\log", QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2));
+        fake.fakeFiles.put(u"C:\\log", units(logLine(line)));
         view.ShowLogTable(service);
         view.setColumnWidth(2, 400);
         QCoreApplication::processEvents();
@@ -101,12 +86,12 @@ TEST_F(QuorilManagerView, CopiesTheSelectedRows)
     view.Copy();
     EXPECT_EQ(clipboard->text(), u"old"_s);
     view.ShowLogTable(service);
-    press(Qt::Key_Home);
-    press(Qt::Key_Down, Qt::ShiftModifier);
-    press(Qt::Key_C, Qt::ControlModifier);
+    Person::type(view, Qt::Key_Home);
+    Person::type(view, Qt::Key_Down, Qt::ShiftModifier);
+    Person::type(view, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(clipboard->text(),
-        u"2001-02-03 04:05:06    00000249    first\r\n2001-02-03 04:05:06    00000249    line 0\r\n"_s);
-    press(Qt::Key_A, Qt::ControlModifier);
+        u"2001-02-03 04:05:06    00000249    line 0\r\n2001-02-03 04:05:06    00000249    line 1\r\n"_s);
+    Person::type(view, Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(view.selectedRanges(), (std::vector<RowRange>{{0, 500}}));
     view.clearSelection();
     view.Copy();
@@ -129,7 +114,7 @@ TEST_F(QuorilManagerView, OffersCopyOverRowsOnly)
     EXPECT_EQ(popup->actions().front()->text(), u"Copy selection to Clipboard"_s);
     view.selectRow(1);
     popup->actions().front()->trigger();
-    EXPECT_EQ(QApplication::clipboard()->text(), u"2001-02-03 04:05:06    00000249    line 0\r\n"_s);
+    EXPECT_EQ(QApplication::clipboard()->text(), u"2001-02-03 04:05:06    00000249    line 1\r\n"_s);
 }
 
 double luminance(const QColor& colour)
@@ -142,10 +127,9 @@ double luminance(const QColor& colour)
 
 TEST_F(QuorilManagerView, KeepsTheSeverityInSightAndTheTextReadable)
 {
-    QString text = u"20010203:040506:INFO :  00000249"_s + QString(20, u' ') + u"one\r\n"_s;
-    text += u"20010203:040506:WARN :  0000024A"_s + QString(20, u' ') + u"two\r\n"_s;
-    text += u"20010203:040506:ERROR:  0000024B"_s + QString(20, u' ') + u"three\r\n"_s;
-    fake.fakeFiles.put(u"C:\\log", test::units(text));
+    fake.fakeFiles.put(u"C:\\log",
+        units(logLine(u"one"_s) + logLine(u"two"_s, u"24A"_s, u":WARN :"_s)
+            + logLine(u"three"_s, u"24B"_s, u":ERROR:"_s)));
     for (const QColor& highlight : {QColor(48, 140, 198), QColor(0, 0, 128), QColor(255, 255, 0)}) {
         QPalette palette = view.palette();
         palette.setColor(QPalette::Highlight, highlight);
@@ -189,9 +173,9 @@ TEST_F(QuorilManagerView, FindsWhatIsTypedBetweenTheEvents)
     TypeAhead typed(list);
     typed.type(u"en"_s);
     EXPECT_TRUE(typed.isSearching()) << "a key waits for the whole list";
-    EXPECT_TRUE(test::Person::waitFor([&] { return !typed.isSearching(); }));
+    EXPECT_TRUE(Person::waitFor([&] { return !typed.isSearching(); }));
     EXPECT_EQ(list.currentIndex().row(), 2'999'999);
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -8,7 +8,6 @@
 #include "support/temporary_tree.h"
 
 #include <QDirIterator>
-#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <csignal>
@@ -251,7 +250,7 @@ protected:
         EXPECT_NE(stateOf(tree), old);
         QDirIterator left(
             tree.root(), {u".*.new"_s}, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-        EXPECT_FALSE(left.hasNext()) << qPrintable(left.next());
+        EXPECT_FALSE(left.hasNext()) << left.next();
     }
 };
 
@@ -306,7 +305,7 @@ TEST_P(DiskFaultsTest, AKilledChangeIsThereOrNot)
         ASSERT_EQ(::waitpid(writer, &status, 0), writer);
         ASSERT_TRUE(WIFSIGNALED(status) ? at < 100 : status == 0 && at > 3);
         const QByteArray now = stateOf(tree);
-        EXPECT_TRUE(now == old || now == changed) << now.constData();
+        EXPECT_TRUE(now == old || now == changed) << now;
         expectNewStateAfterAnother(tree, old);
     }
     RecordProperty("steps", at - 1);

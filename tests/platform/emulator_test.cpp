@@ -1,8 +1,6 @@
 
 #include "support/service_tree.h"
 
-#include <gtest/gtest.h>
-
 namespace quoril::test {
 
 namespace {
@@ -29,7 +27,7 @@ protected:
     ServiceTree tree;
 };
 
-TEST_F(EmulatorTest, registersItselfWithAllValues)
+TEST_F(EmulatorTest, RegistersItselfWithAllValues)
 {
     configure("# an instance\r\ntype = quoril_64\r\nhome = C:\\Emulators\r\nstart = automatic\r\n"
               "depends = Tcpip, CERES\r\ndisplay-name = \"Juno: training\"\r\noptions = --stop-delay 10\r\n"
@@ -66,7 +64,7 @@ TEST_F(EmulatorTest, registersItselfWithAllValues)
     }
 }
 
-TEST_F(EmulatorTest, registersNothingWhenItFails)
+TEST_F(EmulatorTest, RegistersNothingWhenItFails)
 {
     configure("no setting at all\r\n");
     EXPECT_EQ(run(u"--install JUNO juno.cfg"_s), error::InvalidParameter);

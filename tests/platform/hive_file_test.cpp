@@ -5,7 +5,6 @@
 #include "support/temporary_tree.h"
 
 #include <QtEndian>
-#include <gtest/gtest.h>
 
 #include <set>
 #include <sys/stat.h>
@@ -48,7 +47,7 @@ template <typename Work> pid_t inChild(Work work)
     return pid;
 }
 
-TEST(HiveFileTest, losesNoChangeOfTwoPrograms)
+TEST(HiveFileTest, LosesNoChangeOfTwoPrograms)
 {
     const TemporaryTree tree;
     constexpr int count = 25;
@@ -105,7 +104,7 @@ private:
     bool m_changed = false;
 };
 
-TEST(HiveFileTest, readsATreeThatCannotBeWritten)
+TEST(HiveFileTest, ReadsATreeThatCannotBeWritten)
 {
     const TemporaryTree tree;
     const TreePaths paths(tree.root());
@@ -124,7 +123,7 @@ TEST(HiveFileTest, readsATreeThatCannotBeWritten)
     EXPECT_EQ(tree.read(hivePath), before);
 }
 
-TEST(HiveFileTest, refusesToChangeADamagedHive)
+TEST(HiveFileTest, RefusesToChangeADamagedHive)
 {
     const TemporaryTree tree;
     const TreePaths paths(tree.root());

@@ -7,7 +7,6 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTimer>
-#include <gtest/gtest.h>
 
 #include <tuple>
 #include <utility>
@@ -18,11 +17,9 @@
 
 namespace quoril::test {
 
-using namespace Qt::StringLiterals;
-
 namespace {
 
-TEST(LanguageNamesTest, mapHostLocales)
+TEST(LanguageNamesTest, MapHostLocales)
 {
     const std::pair<QStringView, QStringView> cases[] = {
         {u"C", u"ENU"},
@@ -44,7 +41,7 @@ TEST(LanguageNamesTest, mapHostLocales)
         {u"", u""},
     };
     for (const auto& [locale, name] : cases)
-        EXPECT_EQ(windowsLanguageName(locale), name) << qPrintable(locale.toString());
+        EXPECT_EQ(windowsLanguageName(locale), name) << locale;
 
     // LC_ALL before LC_MESSAGES before LANG; LANGUAGE speaks only where they ask for a language at all.
     const std::tuple<const char*, const char*, const char*, const char*, QStringView> environments[] = {
@@ -101,7 +98,7 @@ protected:
     QString folder = parent.filePath(u"quoril"_s);
 };
 
-TEST_F(BroadcastTest, reachesOtherProgramsAndThisOneBeforeItReturns)
+TEST_F(BroadcastTest, ReachesOtherProgramsAndThisOneBeforeItReturns)
 {
     BroadcastChannel channel(folder);
     int heard = 0;
@@ -122,7 +119,7 @@ TEST_F(BroadcastTest, reachesOtherProgramsAndThisOneBeforeItReturns)
     EXPECT_EQ(heard, 2);
 }
 
-TEST_F(BroadcastTest, trustsNoFolderOfOthers)
+TEST_F(BroadcastTest, TrustsNoFolderOfOthers)
 {
     ASSERT_TRUE(QDir().mkdir(folder));
     ::chmod(folder.toLocal8Bit().constData(), 0777);
@@ -134,7 +131,7 @@ TEST_F(BroadcastTest, trustsNoFolderOfOthers)
     EXPECT_TRUE(sockets().isEmpty());
 }
 
-TEST(PosixSessionTest, keepsAMessageAmongTheProgramsOfItsTree)
+TEST(PosixSessionTest, KeepsAMessageAmongTheProgramsOfItsTree)
 {
     const QTemporaryDir runtime;
     qputenv("XDG_RUNTIME_DIR", runtime.path().toLocal8Bit());
@@ -152,7 +149,7 @@ TEST(PosixSessionTest, keepsAMessageAmongTheProgramsOfItsTree)
     qunsetenv("XDG_RUNTIME_DIR");
 }
 
-TEST(PosixSessionTest, findsNoWindowWithoutADisplay)
+TEST(PosixSessionTest, FindsNoWindowWithoutADisplay)
 {
     qputenv("DISPLAY", "");
     PosixSession session({});

@@ -9,7 +9,6 @@
 #include "support/utf16.h"
 
 #include <QCoreApplication>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
@@ -23,7 +22,7 @@ namespace quoril::test {
 
 namespace {
 
-TEST(TreeMachineTest, tellsWhyAnEventLogCantBeOpened)
+TEST(TreeMachineTest, TellsWhyAnEventLogCantBeOpened)
 {
     const TemporaryTree tree;
     TreeMachine machine(tree.root());
@@ -32,7 +31,7 @@ TEST(TreeMachineTest, tellsWhyAnEventLogCantBeOpened)
     EXPECT_EQ(machine.eventLogs().open(u"Application", {}).errorNumber(), error::EventLogFileCorrupt);
 }
 
-TEST(TreeMachineTest, takesFilesOfTheHostToItsOwnPathsAndBack)
+TEST(TreeMachineTest, TakesFilesOfTheHostToItsOwnPathsAndBack)
 {
     const TemporaryTree tree;
     tree.makeFolder(u"a b"_s);
@@ -49,7 +48,7 @@ TEST(TreeMachineTest, takesFilesOfTheHostToItsOwnPathsAndBack)
     QFile::remove(tree.root() + u".link"_s);
 }
 
-TEST(TreeMachineTest, unitesBothFilesOfALogInOrderOfTime)
+TEST(TreeMachineTest, UnitesBothFilesOfALogInOrderOfTime)
 {
     const QByteArray real = realData(u"System.evtx"_s);
     if (real.isEmpty())
@@ -87,7 +86,7 @@ TEST(TreeMachineTest, unitesBothFilesOfALogInOrderOfTime)
     EXPECT_EQ(same, 1 + static_cast<std::size_t>(std::count(times.begin(), times.end(), middle)));
 }
 
-TEST(TreeMachineTest, mayBeUsedFromSeveralThreads)
+TEST(TreeMachineTest, MayBeUsedFromSeveralThreads)
 {
     const TemporaryTree tree;
     TreeMachine machine(tree.root());
@@ -114,7 +113,7 @@ TEST(TreeMachineTest, mayBeUsedFromSeveralThreads)
     EXPECT_EQ(failures, 0);
 }
 
-TEST(TreeMachineTest, tellsItsVersion)
+TEST(TreeMachineTest, TellsItsVersion)
 {
     const TemporaryTree tree;
     TreeMachine machine(tree.root());
@@ -158,7 +157,7 @@ TEST(TreeMachineTest, tellsItsVersion)
     EXPECT_FALSE(system.version()->isServerR2);
 }
 
-TEST(TreeMachineTest, findsFilesAndTheirVersions)
+TEST(TreeMachineTest, FindsFilesAndTheirVersions)
 {
     const TemporaryTree tree;
     tree.makeFolder(u"Emu/folder.exe"_s);
@@ -196,7 +195,7 @@ QStringList instances(Registry& registry)
     return names;
 }
 
-TEST(SampleMachineTest, isWholeHoweverManyProgramsMakeIt)
+TEST(SampleMachineTest, IsWholeHoweverManyProgramsMakeIt)
 {
     const QTemporaryDir parent;
     const QString folder = parent.filePath(u"data/QuorilManager/machine"_s);
@@ -244,7 +243,7 @@ TEST(SampleMachineTest, isWholeHoweverManyProgramsMakeIt)
     EXPECT_EQ(QStringView(lines[0]).mid(52), u"Start of session: CERES");
 }
 
-TEST(MachineChoiceTest, takesTheFirstThatIsNamed)
+TEST(MachineChoiceTest, TakesTheFirstThatIsNamed)
 {
     int argc = 0;
     const QCoreApplication application(argc, nullptr);

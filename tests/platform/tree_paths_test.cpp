@@ -4,8 +4,6 @@
 #include "platform/host/host_file.h"
 #include "support/temporary_tree.h"
 
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -36,7 +34,7 @@ protected:
     TreeFiles files{paths};
 };
 
-TEST_F(TreePathsTest, takesEveryFormOfAPathIntoTheTree)
+TEST_F(TreePathsTest, TakesEveryFormOfAPathIntoTheTree)
 {
     ASSERT_TRUE(paths.setCurrentDirectory(u"c:\\WINDOWS"));
     const QString log = tree.host(u"Windows/Überwachung/Log.TXT"_s);
@@ -77,8 +75,8 @@ TEST_F(TreePathsTest, takesEveryFormOfAPathIntoTheTree)
     };
     for (const Case& each : cases) {
         const Result<HostPlace> host = paths.existing(each.path);
-        EXPECT_EQ(host.errorNumber(), each.number) << qPrintable(each.path.toString());
-        EXPECT_EQ(host ? host->path() : QString(), each.host) << qPrintable(each.path.toString());
+        EXPECT_EQ(host.errorNumber(), each.number) << each.path;
+        EXPECT_EQ(host ? host->path() : QString(), each.host) << each.path;
     }
     EXPECT_EQ(paths.forCreation(u"C:\\Dir\\new")->path(), tree.host(u"DIR/new"_s));
     EXPECT_EQ(paths.forCreation(u"C:\\dangling").errorNumber(), error::AccessDenied);
@@ -90,7 +88,7 @@ TEST_F(TreePathsTest, takesEveryFormOfAPathIntoTheTree)
         expandMachineVariables(u"%systemroot%\\x %\u017FystemRoot%"), u"C:\\Windows\\x %\u017FystemRoot%");
 }
 
-TEST_F(TreePathsTest, opensNothingButFilesOfTheTree)
+TEST_F(TreePathsTest, OpensNothingButFilesOfTheTree)
 {
     EXPECT_EQ((*files.openForReading(u"C:\\DIR\\B"))->readAll(), "b");
     EXPECT_EQ(files.openForReading(u"C:\\pipe").errorNumber(), error::AccessDenied);
@@ -98,7 +96,7 @@ TEST_F(TreePathsTest, opensNothingButFilesOfTheTree)
     EXPECT_EQ(files.remove(u"C:\\dir").errorNumber(), error::AccessDenied);
 }
 
-TEST_F(TreePathsTest, reachesNothingOutsideWhateverIsExchangedAfterTheLook)
+TEST_F(TreePathsTest, ReachesNothingOutsideWhateverIsExchangedAfterTheLook)
 {
     const QTemporaryDir outside;
     const HostPlace place = *paths.forCreation(u"C:\\dir\\new");
@@ -112,7 +110,7 @@ TEST_F(TreePathsTest, reachesNothingOutsideWhateverIsExchangedAfterTheLook)
     EXPECT_EQ(paths.forCreation(u"C:\\dir\\new").errorNumber(), error::AccessDenied);
 }
 
-TEST_F(TreePathsTest, givesWhatIsMadeTheRightsOfItsFolderAndOfWhatItReplaces)
+TEST_F(TreePathsTest, GivesWhatIsMadeTheRightsOfItsFolderAndOfWhatItReplaces)
 {
     const bool isRoot = ::getuid() == 0;
     const struct

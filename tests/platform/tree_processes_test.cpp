@@ -4,7 +4,6 @@
 #include "support/temporary_tree.h"
 
 #include <QScopeGuard>
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <csignal>
@@ -15,7 +14,7 @@ namespace quoril::test {
 
 namespace {
 
-TEST(CommandLineTest, splitsAsTheRunTimeLibraryDoes)
+TEST(CommandLineTest, SplitsAsTheRunTimeLibraryDoes)
 {
     struct Case
     {
@@ -32,7 +31,7 @@ TEST(CommandLineTest, splitsAsTheRunTimeLibraryDoes)
         {u"a \"b\"\"c\" d\"e f\"g \"open end", {u"a"_s, u"b\"c"_s, u"de fg"_s, u"open end"_s}},
     };
     for (const Case& each : cases)
-        EXPECT_EQ(splitCommandLine(each.line), each.arguments) << qPrintable(each.line.toString());
+        EXPECT_EQ(splitCommandLine(each.line), each.arguments) << each.line;
 }
 
 class TreeProcessesTest : public testing::Test
@@ -63,7 +62,7 @@ protected:
     TreeMachine machine{tree.root()};
 };
 
-TEST_F(TreeProcessesTest, runsAProgramByItsMachinePath)
+TEST_F(TreeProcessesTest, RunsAProgramByItsMachinePath)
 {
     ASSERT_TRUE(machine.files().setCurrentDirectory(u"C:\\program files\\quoril"));
     EXPECT_EQ(run(u"\"C:\\PROGRAM FILES\\quoril\\tool.exe\" \"a b\" 7"), 7u);
@@ -72,7 +71,7 @@ TEST_F(TreeProcessesTest, runsAProgramByItsMachinePath)
     EXPECT_TRUE(tree.read(u"out"_s).startsWith("x|255|\xc3\xbc|"));
 }
 
-TEST_F(TreeProcessesTest, tellsWhyAProgramDoesNotRun)
+TEST_F(TreeProcessesTest, TellsWhyAProgramDoesNotRun)
 {
     struct Case
     {
@@ -89,12 +88,11 @@ TEST_F(TreeProcessesTest, tellsWhyAProgramDoesNotRun)
         {u"", error::FileNotFound},
     };
     for (const Case& each : cases)
-        EXPECT_EQ(machine.processes().create({}, each.line).errorNumber(), each.number)
-            << qPrintable(each.line.toString());
+        EXPECT_EQ(machine.processes().create({}, each.line).errorNumber(), each.number) << each.line;
     EXPECT_EQ(machine.processes().create(u"C:\\Windows", u"x").errorNumber(), error::AccessDenied);
 }
 
-TEST_F(TreeProcessesTest, takesTheDesktopsMonitorWhereTheTreeHasNoneThatRunsHere)
+TEST_F(TreeProcessesTest, TakesTheDesktopsMonitorWhereTheTreeHasNoneThatRunsHere)
 {
     const QByteArray before = qgetenv("PATH");
     const auto restore = qScopeGuard([&] { qputenv("PATH", before); });
@@ -114,7 +112,7 @@ TEST_F(TreeProcessesTest, takesTheDesktopsMonitorWhereTheTreeHasNoneThatRunsHere
     EXPECT_EQ(start(tree.root()), 7u);
 }
 
-TEST_F(TreeProcessesTest, takesTheWholeExitCodeFromAProgramThatTellsIt)
+TEST_F(TreeProcessesTest, TakesTheWholeExitCodeFromAProgramThatTellsIt)
 {
     const struct
     {
@@ -130,11 +128,11 @@ TEST_F(TreeProcessesTest, takesTheWholeExitCodeFromAProgramThatTellsIt)
     };
     for (const auto& [script, code] : cases) {
         tree.program(u"code.exe"_s, script);
-        EXPECT_EQ(run(u"C:\\code.exe"), code) << script.constData();
+        EXPECT_EQ(run(u"C:\\code.exe"), code) << script;
     }
 }
 
-TEST_F(TreeProcessesTest, leavesNoZombieOfAProcessThatItLetGo)
+TEST_F(TreeProcessesTest, LeavesNoZombieOfAProcessThatItLetGo)
 {
     tree.program(u"short.exe"_s, "echo $$ > \"$QUORIL_MACHINE/pid\"; exec sleep 0.1\n");
     {
@@ -153,7 +151,7 @@ TEST_F(TreeProcessesTest, leavesNoZombieOfAProcessThatItLetGo)
     EXPECT_TRUE(isGone);
 }
 
-TEST_F(TreeProcessesTest, givesTheCodeThatWindowsHasForASignal)
+TEST_F(TreeProcessesTest, GivesTheCodeThatWindowsHasForASignal)
 {
     for (const auto& [signal, code] : {std::pair("SEGV", 0xC0000005U), {"TERM", 0xC000013AU}, {"KILL", 1U}}) {
         tree.program(u"signal.exe"_s, QByteArray("kill -") + signal + " $$\n");

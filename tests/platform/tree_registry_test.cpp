@@ -4,8 +4,6 @@
 #include "support/temporary_tree.h"
 #include "support/utf16.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 
 namespace quoril::test {
@@ -39,7 +37,7 @@ protected:
     TreeRegistry& registry = machine.registry();
 };
 
-TEST_F(TreeRegistryTest, followsTheLinkToTheControlSetInForce)
+TEST_F(TreeRegistryTest, FollowsTheLinkToTheControlSetInForce)
 {
     const auto system = keyAt(registry, u"system");
     ASSERT_TRUE(system);
@@ -59,7 +57,7 @@ TEST_F(TreeRegistryTest, followsTheLinkToTheControlSetInForce)
     EXPECT_EQ(subkeys(**system).size(), 3);
 }
 
-TEST_F(TreeRegistryTest, keepsOpenKeysOverChangesOfAnotherProgram)
+TEST_F(TreeRegistryTest, KeepsOpenKeysOverChangesOfAnotherProgram)
 {
     TreeMachine other(tree.root());
     const auto alpha = keyAt(registry, u"SYSTEM\\ControlSet002\\Services\\Alpha");
@@ -80,7 +78,7 @@ TEST_F(TreeRegistryTest, keepsOpenKeysOverChangesOfAnotherProgram)
     EXPECT_EQ(*(*alpha)->text(u"Second", 99), u"2");
 }
 
-TEST_F(TreeRegistryTest, makesARowOfChangesOneOrNone)
+TEST_F(TreeRegistryTest, MakesARowOfChangesOneOrNone)
 {
     const QByteArray before = tree.read(u"Windows/System32/config/SYSTEM"_s);
     {
@@ -101,7 +99,7 @@ TEST_F(TreeRegistryTest, makesARowOfChangesOneOrNone)
     EXPECT_TRUE(keyAt(other.registry(), u"SYSTEM\\ControlSet001\\Key2"));
 }
 
-TEST_F(TreeRegistryTest, takesAndGivesTheEditorsText)
+TEST_F(TreeRegistryTest, TakesAndGivesTheEditorsText)
 {
     const auto text
         = exportRegistryText(registry, u"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services");
@@ -120,7 +118,7 @@ TEST_F(TreeRegistryTest, takesAndGivesTheEditorsText)
     EXPECT_EQ(keyAt(registry, u"SYSTEM\\New").errorNumber(), error::FileNotFound);
 }
 
-TEST_F(TreeRegistryTest, refusesATextMadeToHurtAndTakesNothingOfIt)
+TEST_F(TreeRegistryTest, RefusesATextMadeToHurtAndTakesNothingOfIt)
 {
     const QByteArray before = tree.read(u"Windows/System32/config/SYSTEM"_s);
     const QByteArray head = "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\SYSTEM\\New]\n";
@@ -135,7 +133,7 @@ TEST_F(TreeRegistryTest, refusesATextMadeToHurtAndTakesNothingOfIt)
     for (const auto& [text, number] : cases) {
         const auto begin = std::chrono::steady_clock::now();
         const Status taken = importRegistryText(registry, head + text);
-        EXPECT_EQ(taken.errorNumber(), number) << text.left(20).constData();
+        EXPECT_EQ(taken.errorNumber(), number) << text.left(20);
         EXPECT_TRUE(
             !taken && taken.failure().detail.size() < 10'000 && taken.failure().detail.startsWith(u"line "));
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
@@ -143,7 +141,7 @@ TEST_F(TreeRegistryTest, refusesATextMadeToHurtAndTakesNothingOfIt)
     EXPECT_EQ(tree.read(u"Windows/System32/config/SYSTEM"_s), before);
 }
 
-TEST_F(TreeRegistryTest, tellsOfTheProcessors)
+TEST_F(TreeRegistryTest, TellsOfTheProcessors)
 {
     const auto first = keyAt(registry, u"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0");
     ASSERT_TRUE(first);

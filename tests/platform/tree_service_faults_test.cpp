@@ -2,8 +2,6 @@
 #include "platform/host/posix/held_process.h"
 #include "support/service_tree.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <sys/inotify.h>
@@ -41,7 +39,7 @@ report running
 while :; do sleep 1 & wait $!; done
 )";
 
-TEST_F(TreeServiceFaultsTest, takesAnyProgramThatKeepsToTheHandshake)
+TEST_F(TreeServiceFaultsTest, TakesAnyProgramThatKeepsToTheHandshake)
 {
     tree.program(u"small.exe"_s, SmallestService);
     tree.add(u"Ünïcode & Co."_s, u"C:\\small.exe"_s, ServiceTree::Path::Whole);
@@ -55,7 +53,7 @@ TEST_F(TreeServiceFaultsTest, takesAnyProgramThatKeepsToTheHandshake)
     }
 }
 
-TEST_F(TreeServiceFaultsTest, recordsHowAServiceDied)
+TEST_F(TreeServiceFaultsTest, RecordsHowAServiceDied)
 {
     struct Case
     {
@@ -81,7 +79,7 @@ TEST_F(TreeServiceFaultsTest, recordsHowAServiceDied)
     }
 }
 
-TEST_F(TreeServiceFaultsTest, startsOnceWhenManyStartAtOnce)
+TEST_F(TreeServiceFaultsTest, StartsOnceWhenManyStartAtOnce)
 {
     tree.add(u"WANTED"_s);
     std::array<quint32, 4> results = {};
@@ -98,7 +96,7 @@ TEST_F(TreeServiceFaultsTest, startsOnceWhenManyStartAtOnce)
     EXPECT_EQ(std::count(results.begin(), results.end(), error::ServiceAlreadyRunning), 3);
 }
 
-TEST_F(TreeServiceFaultsTest, endsWhatDoesNotReportInTime)
+TEST_F(TreeServiceFaultsTest, EndsWhatDoesNotReportInTime)
 {
     setStartLimit("500");
     tree.add(u"SILENT"_s, u"--no-report"_s);
@@ -109,11 +107,11 @@ TEST_F(TreeServiceFaultsTest, endsWhatDoesNotReportInTime)
         EXPECT_EQ(service->queryStatus()->currentState, StartPending);
         const ServiceStatus end = tree.await(*service, Stopped);
         EXPECT_EQ(end.currentState, Stopped);
-        EXPECT_EQ(end.win32ExitCode, error::ServiceRequestTimeout) << qPrintable(name);
+        EXPECT_EQ(end.win32ExitCode, error::ServiceRequestTimeout) << name;
     }
 }
 
-TEST_F(TreeServiceFaultsTest, staysStopPendingWhileTheStopIsIgnored)
+TEST_F(TreeServiceFaultsTest, StaysStopPendingWhileTheStopIsIgnored)
 {
     tree.add(u"STUBBORN"_s, u"--ignore-stop"_s);
     const auto service = *tree.open(u"STUBBORN"_s);
@@ -126,7 +124,7 @@ TEST_F(TreeServiceFaultsTest, staysStopPendingWhileTheStopIsIgnored)
     EXPECT_TRUE(tree.comesTo(*service, Stopped));
 }
 
-TEST_F(TreeServiceFaultsTest, knowsAServiceWhoseHostWasKilled)
+TEST_F(TreeServiceFaultsTest, KnowsAServiceWhoseHostWasKilled)
 {
     tree.add(u"ORPHAN"_s);
     const auto service = *tree.open(u"ORPHAN"_s);
@@ -151,7 +149,7 @@ TEST_F(TreeServiceFaultsTest, knowsAServiceWhoseHostWasKilled)
     EXPECT_TRUE(tree.comesTo(*service, Running));
 }
 
-TEST_F(TreeServiceFaultsTest, countsAProcessAsAliveUntilItsLocksAreFree)
+TEST_F(TreeServiceFaultsTest, CountsAProcessAsAliveUntilItsLocksAreFree)
 {
     const HostPlace place{*HostFolder::open(tree.root()), u"lock"_s};
     for (int i = 0; i < 50; ++i) {
@@ -173,7 +171,7 @@ TEST_F(TreeServiceFaultsTest, countsAProcessAsAliveUntilItsLocksAreFree)
     }
 }
 
-TEST_F(TreeServiceFaultsTest, outlivesTheProgramThatStartedIt)
+TEST_F(TreeServiceFaultsTest, OutlivesTheProgramThatStartedIt)
 {
     tree.add(u"LASTING"_s);
     const pid_t starter = ::fork();
@@ -192,7 +190,7 @@ TEST_F(TreeServiceFaultsTest, outlivesTheProgramThatStartedIt)
     EXPECT_TRUE(tree.comesTo(*service, Stopped));
 }
 
-TEST_F(TreeServiceFaultsTest, takesNoOtherProcessForTheService)
+TEST_F(TreeServiceFaultsTest, TakesNoOtherProcessForTheService)
 {
     tree.add(u"REUSED"_s);
     const auto service = *tree.open(u"REUSED"_s);
@@ -241,7 +239,7 @@ TEST_F(TreeServiceFaultsTest, takesNoOtherProcessForTheService)
     ::waitpid(stranger, nullptr, 0);
 }
 
-TEST_F(TreeServiceFaultsTest, aProcessThatNobodyRecordedNeverRuns)
+TEST_F(TreeServiceFaultsTest, AProcessThatNobodyRecordedNeverRuns)
 {
     tree.program(u"mark.exe"_s, "touch \"$0.ran\"; exec sleep 60");
     const QString program = tree.host(u"mark.exe"_s);
@@ -268,14 +266,14 @@ TEST_F(TreeServiceFaultsTest, aProcessThatNobodyRecordedNeverRuns)
     EXPECT_FALSE(QFile::exists(program + u".ran"_s));
 }
 
-TEST_F(TreeServiceFaultsTest, aLockThatSomebodyElseHoldsIsToldAsOne)
+TEST_F(TreeServiceFaultsTest, ALockThatSomebodyElseHoldsIsToldAsOne)
 {
     tree.add(u"CERES"_s);
     const TryLock lock(ServiceFolder::make(tree.machine.paths(), u"CERES")->place(u"host"));
     EXPECT_EQ((*tree.open(u"CERES"_s))->start().errorNumber(), error::LockViolation);
 }
 
-TEST_F(TreeServiceFaultsTest, readsNoStateOutOfAHostileFolder)
+TEST_F(TreeServiceFaultsTest, ReadsNoStateOutOfAHostileFolder)
 {
     tree.add(u"CERES"_s);
     const auto service = *tree.open(u"CERES"_s);
@@ -288,7 +286,7 @@ TEST_F(TreeServiceFaultsTest, readsNoStateOutOfAHostileFolder)
         QFile file(state);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
         file.close();
-        EXPECT_TRUE(isStopped()) << text.left(60).constData();
+        EXPECT_TRUE(isStopped()) << text.left(60);
     }
     QFile::remove(state);
     ASSERT_EQ(::mkfifo(QFile::encodeName(state).constData(), 0600), 0);

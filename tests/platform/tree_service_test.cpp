@@ -2,7 +2,6 @@
 #include "support/utf16.h"
 
 #include <QDir>
-#include <gtest/gtest.h>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -35,7 +34,7 @@ protected:
     ServiceTree tree;
 };
 
-TEST_F(TreeServiceTest, isTheSameToEveryConsoleAndTellsTheLogs)
+TEST_F(TreeServiceTest, IsTheSameToEveryConsoleAndTellsTheLogs)
 {
     tree.add(u"CERES"_s, u"--start-delay 600 --stop-delay 600"_s);
     const auto service = *tree.open(u"ceres"_s);
@@ -79,7 +78,7 @@ TEST_F(TreeServiceTest, isTheSameToEveryConsoleAndTellsTheLogs)
     EXPECT_TRUE(text.endsWith(u"\r\n"_s));
 }
 
-TEST_F(TreeServiceTest, tellsWhyAServiceDoesNotStart)
+TEST_F(TreeServiceTest, TellsWhyAServiceDoesNotStart)
 {
     tree.add(u"MARKED"_s);
     tree.write(u"data.exe"_s, "MZ");
@@ -113,7 +112,7 @@ TEST_F(TreeServiceTest, tellsWhyAServiceDoesNotStart)
         EXPECT_EQ(tree.open(bad).errorNumber(), error::InvalidName);
 }
 
-TEST_F(TreeServiceTest, takesADriverOfTheSystemForRunning)
+TEST_F(TreeServiceTest, TakesADriverOfTheSystemForRunning)
 {
     const struct
     {
@@ -138,7 +137,7 @@ TEST_F(TreeServiceTest, takesADriverOfTheSystemForRunning)
     }
 }
 
-TEST_F(TreeServiceTest, findsTheProgramAsWindowsDoes)
+TEST_F(TreeServiceTest, FindsTheProgramAsWindowsDoes)
 {
     tree.makeFolder(u"Windows/System32/drivers"_s);
     ASSERT_TRUE(
@@ -151,13 +150,13 @@ TEST_F(TreeServiceTest, findsTheProgramAsWindowsDoes)
         const QString name = u"S"_s + QString::number(tree.names.size());
         tree.add(name, path, ServiceTree::Path::Whole);
         const auto service = *tree.open(name);
-        ASSERT_EQ(service->start().errorNumber(), 0u) << qPrintable(path);
+        ASSERT_EQ(service->start().errorNumber(), 0u) << path;
         EXPECT_TRUE(tree.comesTo(*service, Stopped));
-        EXPECT_EQ(service->queryStatus()->win32ExitCode, 7u) << qPrintable(path);
+        EXPECT_EQ(service->queryStatus()->win32ExitCode, 7u) << path;
     }
 }
 
-TEST_F(TreeServiceTest, removesAMarkedServiceWhenItStops)
+TEST_F(TreeServiceTest, RemovesAMarkedServiceWhenItStops)
 {
     tree.add(u"GOING"_s);
     auto service = *tree.open(u"GOING"_s);
@@ -175,7 +174,7 @@ TEST_F(TreeServiceTest, removesAMarkedServiceWhenItStops)
     EXPECT_FALSE(tree.folder(u"GOING"_s).exists());
 }
 
-TEST_F(TreeServiceTest, startsWhatAServiceNeedsAndKeepsIt)
+TEST_F(TreeServiceTest, StartsWhatAServiceNeedsAndKeepsIt)
 {
     import(tree.machine.registry(),
         "[HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Services\\Tcpip]\r\n"
@@ -228,7 +227,7 @@ TEST_F(TreeServiceTest, startsWhatAServiceNeedsAndKeepsIt)
     for (const auto& each : cases)
         setUp(each.name, each.needs, each.groups);
     for (const auto& each : cases)
-        EXPECT_EQ((*tree.open(each.name))->start().errorNumber(), each.number) << qPrintable(each.name);
+        EXPECT_EQ((*tree.open(each.name))->start().errorNumber(), each.number) << each.name;
     EXPECT_EQ(state(u"IDLE"_s), Stopped) << "nothing is started for what can't start";
     EXPECT_EQ(state(u"HELPER"_s), Running);
     EXPECT_EQ(state(u"BRIDGE"_s), Running);
@@ -255,7 +254,7 @@ TEST_F(TreeServiceTest, startsWhatAServiceNeedsAndKeepsIt)
     EXPECT_EQ(stop(u"BRIDGE"_s), 0u);
 }
 
-TEST_F(TreeServiceTest, locksTheDatabaseBetweenProcesses)
+TEST_F(TreeServiceTest, LocksTheDatabaseBetweenProcesses)
 {
     EXPECT_FALSE(tree.manager()->queryLockStatus(QueryBlock(1024))->isLocked);
     const pid_t holder = ::fork();
@@ -279,7 +278,7 @@ TEST_F(TreeServiceTest, locksTheDatabaseBetweenProcesses)
     EXPECT_EQ(tree.manager()->lockDatabase().errorNumber(), error::AccessDenied);
 }
 
-TEST_F(TreeServiceTest, leavesNothingBehindInManyRuns)
+TEST_F(TreeServiceTest, LeavesNothingBehindInManyRuns)
 {
     constexpr int services = 4;
     constexpr int rounds = 50;

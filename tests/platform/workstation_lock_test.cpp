@@ -9,7 +9,6 @@
 #include <QMap>
 #include <QProcess>
 #include <QStandardPaths>
-#include <gtest/gtest.h>
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -18,8 +17,6 @@
 #include <utility>
 
 namespace quoril::test {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -120,7 +117,7 @@ protected:
     std::vector<pid_t> m_services;
 };
 
-TEST_F(WorkstationLockTest, believesWhoeverSaysThatTheScreenIsLocked)
+TEST_F(WorkstationLockTest, BelievesWhoeverSaysThatTheScreenIsLocked)
 {
     const QString saver = u"org.freedesktop.ScreenSaver"_s;
     const QString login = u"org.freedesktop.login1"_s;

@@ -1,12 +1,8 @@
 #include "printing/panel_pages.h"
 
-#include <gtest/gtest.h>
-
 #include <QStringList>
 
 namespace quoril::test {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -15,11 +15,7 @@
 #include <QSpinBox>
 #include <QTemporaryDir>
 
-#include <gtest/gtest.h>
-
 namespace quoril::test {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -40,7 +36,7 @@ protected:
         QString text = u"20010203:040506:INFO :  00000249"_s + QString(20, u' ') + u"line 0\r\n"_s;
         for (int i = 1; i < lines; ++i)
             text += u"line %1\r\n"_s.arg(i);
-        fake.fakeFiles.put(u"C:\\log", test::units(text));
+        fake.fakeFiles.put(u"C:\\log", units(text));
         service.LogFile = u"C:\\log"_s;
         view.ShowLogTable(service);
     }
@@ -75,7 +71,6 @@ protected:
     static int lineCount(const QString& page) { return int(page.split(u'\n', Qt::SkipEmptyParts).size()); }
 
     FakeMachine fake;
-    ScopedMachine inForce{fake};
     QTemporaryDir folder;
     ServiceInfo service;
     CQuorilManagerView view;

@@ -4,23 +4,17 @@
 #include "report/report_text.h"
 #include "support/fake_machine.h"
 
-#include <gtest/gtest.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
-using test::FakeMachine;
 
 class HardwareSectionsTest : public testing::Test
 {
 protected:
     FakeMachine m_machine;
-    ScopedMachine m_inForce{m_machine};
 
     QStringList written(const HardwareSections& wanted = {})
     {
-        test::CollectedText section;
+        CollectedText section;
         writeHardwareSections(section, wanted);
         EXPECT_EQ(m_machine.calls.open(), 0);
         return section.text.split(u"\r\n"_s);
@@ -222,4 +216,4 @@ TEST_F(HardwareSectionsTest, ListExecutablesAndDrivers)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -3,14 +3,10 @@
 #include "report/report_text.h"
 #include "support/fake_machine.h"
 
-#include <gtest/gtest.h>
-
 #include <QBuffer>
 
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 TEST(LogSections, FindTheLogsNameInAConfiguration)
 {
@@ -24,10 +20,10 @@ TEST(LogSections, FindTheLogsNameInAConfiguration)
         {longLine + u"set session log=\""_s + QString(20'000, u'n'), QString(20'000, u'n')},
     };
     for (const auto& [text, name] : cases) {
-        QByteArray bytes = test::units(text);
+        QByteArray bytes = units(text);
         QBuffer file(&bytes);
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(findLogName(file), name) << qPrintable(text.left(60));
+        EXPECT_EQ(findLogName(file), name) << text.left(60);
     }
 }
 
@@ -41,12 +37,11 @@ TEST(LogSections, ResolveTheLogsNameAgainstTheConfiguration)
 
 TEST(LogSections, WriteWhatTheEmulatorWrote)
 {
-    test::FakeMachine machine;
-    const ScopedMachine inForce(machine);
+    FakeMachine machine;
     const QString text
         = u"20261122 no tag\n"_s + QString(200'000, u'\x416') + u"\r\n"_s + QChar(0) + u"end"_s;
-    machine.fakeFiles.put(u"C:\\a.log", test::units(text) + 'x');
-    test::CollectedText out;
+    machine.fakeFiles.put(u"C:\\a.log", units(text) + 'x');
+    CollectedText out;
     writeEmulatorLog(out, u"C:\\a.log"_s);
     EXPECT_EQ(out.text,
         u"-------------------- LOG --------------------\r\n"_s + text
@@ -62,4 +57,4 @@ TEST(LogSections, WriteWhatTheEmulatorWrote)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -8,8 +8,6 @@
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
 
-#include <gtest/gtest.h>
-
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -22,10 +20,8 @@
 #include <sys/resource.h>
 #endif
 
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 const QString HardwareEnd
     = u"-------------------- End of hardware configuration --------------------\r\n\r\n"_s;
@@ -34,9 +30,6 @@ const QString SystemLogEnd
     = u"-------------------- End of the Windows System Log --------------------\r\n\r\n"_s;
 const QString RegistryEnd
     = u"-------------------- End of the service configuration (registry) --------------------\r\n\r\n"_s;
-
-using test::textOfFile;
-using test::units;
 
 /// A temporary directory that is the user's own for the time being.
 class ProblemReportTest : public testing::Test
@@ -97,9 +90,8 @@ protected:
     const QByteArray m_before = qgetenv(Variable);
     QTemporaryDir m_folder;
     QString m_report = m_folder.filePath(u"report.txt"_s);
-    test::FakeMachine m_machine;
-    ScopedMachine m_inForce{m_machine};
-    test::RecordingPrompts m_prompts{m_machine};
+    FakeMachine m_machine;
+    RecordingPrompts m_prompts{m_machine};
     ServiceInfo m_service;
 };
 
@@ -130,7 +122,7 @@ TEST_F(ProblemReportTest, HoldsTheEventsOfTheServicesPeriod)
 {
     for (const quint32 time : {999u, 1000u, 2015u, 2016u, quint32(m_machine.fakeClock.now() - 180)})
         m_machine.fakeEventLogs.logs[u"Application"_s].push_back(
-            test::eventOf(time, u"QUORIL"_s, {u"at %1"_s.arg(time)}));
+            eventOf(time, u"QUORIL"_s, {u"at %1"_s.arg(time)}));
     m_service.LogFrom = 1000;
     m_service.LogTo = 2000;
     EXPECT_EQ(mail(m_report), stored(m_report));
@@ -326,4 +318,4 @@ TEST_F(ProblemReportTest, AppendsTheConfigurationFileWhenAsked)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

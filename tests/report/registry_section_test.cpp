@@ -4,14 +4,8 @@
 #include "services/service_walk.h"
 #include "support/fake_machine.h"
 
-#include <gtest/gtest.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
-
-using test::units;
 
 TEST(RegistrySection, PrintsValuesByTheirType)
 {
@@ -51,12 +45,11 @@ TEST(RegistrySection, PrintsValuesByTheirType)
 class RegistryWalkTest : public testing::Test
 {
 protected:
-    test::FakeMachine m_machine;
-    ScopedMachine m_inForce{m_machine};
+    FakeMachine m_machine;
 
     QString written(const QString& service)
     {
-        test::CollectedText out;
+        CollectedText out;
         writeInstanceKeys(**openServices(), service, out);
         EXPECT_EQ(m_machine.calls.open(), 0);
         return out.text;
@@ -109,4 +102,4 @@ TEST_F(RegistryWalkTest, FollowsATreeNoDeeperThanARegistrysOwn)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -9,20 +9,16 @@
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
 
-#include <gtest/gtest.h>
-
 #include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <algorithm>
 
-namespace quoril {
+namespace quoril::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 /// The sample machine with a host and a time of its own.
-class SampleMachine : public test::FakeMachine
+class SampleMachine : public FakeMachine
 {
 public:
     SampleMachine() : m_isMade(createSampleMachine(root())), m_tree(root())
@@ -48,8 +44,8 @@ public:
     /// Reports an event of that age at the time of the report.
     void addEvent(const QString& log, quint32 secondsAgo, const QString& source, const QString& text)
     {
-        EXPECT_TRUE(m_tree.eventLogs().report(
-            log, test::eventOf(quint32(fakeClock.now()) - secondsAgo, source, {text})));
+        EXPECT_TRUE(
+            m_tree.eventLogs().report(log, eventOf(quint32(fakeClock.now()) - secondsAgo, source, {text})));
     }
     QString root() const { return m_folder.filePath(u"machine"_s); }
 
@@ -62,7 +58,6 @@ private:
 TEST(SampleReport, IsTheGoldenOne)
 {
     SampleMachine machine;
-    const ScopedMachine inForce(machine);
     const QString tagged = u"20231114:221200:ERROR:  00000402                    "_s;
     machine.addEvent(u"Application"_s, 181, u"QUORIL"_s, u"before the span"_s);
     machine.addEvent(
@@ -76,7 +71,7 @@ TEST(SampleReport, IsTheGoldenOne)
     const ServiceInfo* const service = document.findService(u"IRIS");
     ASSERT_TRUE(service);
 
-    test::RecordingPrompts prompts(machine);
+    RecordingPrompts prompts(machine);
     const QString path = machine.root() + u"/report.txt"_s;
     mailProblemReport(*service, prompts, [&path](const QString&) { return path; });
     EXPECT_EQ(machine.calls.takeLog(),
@@ -86,12 +81,11 @@ TEST(SampleReport, IsTheGoldenOne)
     QFile golden(QStringLiteral(QUORIL_TEST_DIR "/report/sample_report.txt"));
     ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
     const QString expected = QString::fromUtf8(golden.readAll());
-    const QString written = test::textOfFile(path);
+    const QString written = textOfFile(path);
     const auto place = std::ranges::mismatch(written, expected).in1 - written.begin();
     EXPECT_TRUE(written == expected && QFileInfo(path).size() == 2 * written.size())
-        << "unit " << place << ": " << expected.mid(place, 60).toStdString() << "\nbecame "
-        << written.mid(place, 60).toStdString();
+        << "unit " << place << ": " << expected.mid(place, 60) << "\nbecame " << written.mid(place, 60);
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -5,8 +5,6 @@
 #include "shell/language_module.h"
 #include "support/fake_machine.h"
 
-#include <gmock/gmock.h>
-
 #include <QFile>
 #include <QRegularExpression>
 #include <QSet>
@@ -15,9 +13,8 @@
 
 #include <functional>
 
-namespace quoril {
+namespace quoril::test {
 
-using namespace Qt::StringLiterals;
 using testing::IsEmpty;
 
 namespace {
@@ -97,7 +94,7 @@ TEST(ResourceModule, BuiltInCarriesStringsMenusAndDialogs)
         QString captions = texts.title;
         for (const quint32 control : std::as_const(controls))
             captions += u'|' + texts.caption(control);
-        EXPECT_EQ(captions.toStdString(), expected.toStdString());
+        EXPECT_EQ(captions, expected);
     }
 }
 
@@ -124,8 +121,7 @@ TEST(LanguageModule, IsThatOfTheUserElseOfTheSystemAndTheHelpFileHasARuleOfItsOw
         {{}, {}, true, true, false, {}},
     };
     for (const auto& [user, system, hasModule, hasHelp, isActive, help] : cases) {
-        test::FakeMachine machine;
-        const ScopedMachine inForce(machine);
+        FakeMachine machine;
         machine.fakeSession.userLanguage = user;
         machine.fakeSession.systemLanguage = system;
         const QTemporaryDir folder;
@@ -134,7 +130,7 @@ TEST(LanguageModule, IsThatOfTheUserElseOfTheSystemAndTheHelpFileHasARuleOfItsOw
         if (hasHelp)
             QFile::copy(GermanFile, folder.filePath(u"QuorilManagerDEU.hlp"_s));
         const LanguageChoice choice = LoadLanguageModule(folder.path() + u'/');
-        EXPECT_EQ(choice.moduleActive, isActive) << user.toStdString() << '/' << system.toStdString();
+        EXPECT_EQ(choice.moduleActive, isActive) << user << '/' << system;
         EXPECT_EQ(LoadText(text::Ready), isActive ? u"Fertig"_s : u"Ready"_s);
         EXPECT_EQ(choice.helpFile, help.isEmpty() ? QString() : folder.filePath(u"QuorilManagerDEU.hlp"_s));
         ActivateResourceModule(ResourceModule());
@@ -188,9 +184,9 @@ TEST(ResourceModule, GermanMnemonicsAreUniqueInEachPopup)
             QString used;
             for (const MenuEntry& entry : entries) {
                 const qsizetype mark = entry.caption.indexOf(u'&');
-                EXPECT_EQ(mark >= 0, !entry.caption.isEmpty()) << qPrintable(entry.caption);
+                EXPECT_EQ(mark >= 0, !entry.caption.isEmpty()) << entry.caption;
                 const QChar mnemonic = mark < 0 ? QChar() : entry.caption.at(mark + 1).toLower();
-                EXPECT_FALSE(!mnemonic.isNull() && used.contains(mnemonic)) << qPrintable(entry.caption);
+                EXPECT_FALSE(!mnemonic.isNull() && used.contains(mnemonic)) << entry.caption;
                 used.append(mnemonic);
             }
         });
@@ -215,7 +211,7 @@ TEST(Help, HasASectionForEachCommandAndNoBrokenLink)
                 wanted.insert(u"command-"_s + id.mid(at + 8));
         }
         EXPECT_GT(wanted.size(), 28);
-        EXPECT_THAT((wanted - targets(anchor, html)).values(), IsEmpty()) << qPrintable(name);
+        EXPECT_THAT((wanted - targets(anchor, html)).values(), IsEmpty()) << name;
     }
 }
 
@@ -273,4 +269,4 @@ TEST(ResourceFile, ATreeThatLeadsIntoItselfOrHasNoRootIsAFault)
 
 } // namespace
 
-} // namespace quoril
+} // namespace quoril::test

@@ -10,11 +10,7 @@
 #include <QTimeEdit>
 #include <QTreeView>
 
-#include <gtest/gtest.h>
-
 namespace quoril::test {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -50,7 +46,6 @@ struct Window
 struct Console
 {
     FakeMachine machine;
-    ScopedMachine inForce{machine};
     ScheduleTable table;
     ServiceInfo service;
     ServiceInfo* selected = &service;

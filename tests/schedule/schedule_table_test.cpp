@@ -4,15 +4,12 @@
 
 #include <QRegularExpression>
 
-#include <gtest/gtest.h>
-
 #include <future>
 #include <random>
 #include <set>
 
 namespace quoril::test {
 
-using namespace Qt::StringLiterals;
 using namespace schedule_action;
 
 namespace {
@@ -33,7 +30,6 @@ struct Schedule : FakeMachine
     } asked{calls};
     Clock& clock() override { return asked; }
 
-    ScopedMachine inForce{*this};
     const qint64 now = asked.now();
     ScheduleTable table;
 
@@ -49,17 +45,17 @@ struct Schedule : FakeMachine
     }
     /// What was carried out since the last look, in the words of the log.
     QStringList fired() { return calls.takeLog().filter(QRegularExpression(u"^(start|control) "_s)); }
-    std::string pass()
+    QString pass()
     {
         table.RunPass();
-        return fired().join(u' ').toStdString();
+        return fired().join(u' ');
     }
-    std::string names() const
+    QString names() const
     {
         QString names;
         for (const ScheduledOrder& order : table.orders())
             names += order.name;
-        return names.toStdString();
+        return names;
     }
     Schedule()
     {
@@ -81,13 +77,13 @@ TEST(ScheduleTable, CarriesOutWhatIsDueOnceInTheOrderOfTheTable)
     schedule.add(u"E"_s, schedule.now, 3);
     schedule.add(u"removed"_s, schedule.now);
     schedule.add(u"C"_s, 0);
-    EXPECT_EQ(schedule.pass(), "control A 1 start A start B start C");
-    EXPECT_EQ(schedule.names(), "D");
+    EXPECT_EQ(schedule.pass(), u"control A 1 start A start B start C");
+    EXPECT_EQ(schedule.names(), u"D");
     EXPECT_EQ(schedule.calls.open(), 0);
 
     schedule.add(u"C"_s, schedule.now + 3600);
-    const std::pair<qint64, const char*> clock[]
-        = {{-7200, ""}, {0, ""}, {1, "start D"}, {-100, ""}, {90'000, "start C"}, {3600, ""}};
+    const std::pair<qint64, QStringView> clock[]
+        = {{-7200, u""}, {0, u""}, {1, u"start D"}, {-100, u""}, {90'000, u"start C"}, {3600, u""}};
     for (const auto& [time, fired] : clock) {
         schedule.asked.setNow(schedule.now + time);
         EXPECT_EQ(schedule.pass(), fired) << time;
@@ -108,14 +104,14 @@ TEST(ScheduleTable, RemovesByIdentityAndKeepsNobodyWaitingForTheServiceManager)
             // A is being carried out and no longer to be had, B still is; what is added now waits.
             EXPECT_EQ(schedule.table.remove(std::array{ids[1], ids[0]}), 1U);
             schedule.add(u"F"_s, 0);
-            EXPECT_EQ(schedule.names(), "ACDEF");
+            EXPECT_EQ(schedule.names(), u"ACDEF");
         });
         ASSERT_EQ(dialog.wait_for(std::chrono::seconds(10)), std::future_status::ready);
     };
-    EXPECT_EQ(schedule.pass(), "start A start C");
-    EXPECT_EQ(schedule.names(), "DEF");
+    EXPECT_EQ(schedule.pass(), u"start A start C");
+    EXPECT_EQ(schedule.names(), u"DEF");
     EXPECT_EQ(schedule.table.remove(std::array{ids[4], ids[0], ids[2], OrderId(99)}), 1U);
-    EXPECT_EQ(schedule.names(), "DF");
+    EXPECT_EQ(schedule.names(), u"DF");
 }
 
 TEST(ScheduleTable, EndsPromptlyFromItsPauseAndWaitsForAPass)

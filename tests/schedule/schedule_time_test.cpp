@@ -1,8 +1,6 @@
 #include "schedule/schedule_time.h"
 #include "support/time_zone.h"
 
-#include <gtest/gtest.h>
-
 #include <QScopeGuard>
 
 namespace quoril::test {

@@ -3,13 +3,10 @@
 #include "services/installer_command_line.h"
 #include "support/fake_machine.h"
 
-#include <gmock/gmock.h>
-
 #include <functional>
 
 namespace quoril::test {
 
-using namespace Qt::StringLiterals;
 using namespace std::string_literals;
 
 namespace {
@@ -21,7 +18,6 @@ const QString Configuration = u"C:\\cfg\\juno.cfg"_s;
 struct Bench
 {
     FakeMachine machine;
-    ScopedMachine inForce{machine};
     RecordingPrompts prompts{machine};
     FakeServiceControl::Script& juno{
         machine.addInstance(u"JUNO"_s, {u"RpcSs"_s, u"Tcpip"_s, u"WorkSpace"_s})};
@@ -166,7 +162,7 @@ TEST(ServiceInstallation, TheDependencyListIsRewrittenOrLeftAlone)
     for (const auto& [registry, service, result, list] : cases) {
         Bench bench;
         bench.machine.fakeRegistry.load(registry);
-        EXPECT_EQ(ServiceApp().BuildDependencyList(service), result) << registry.left(100).toStdString();
+        EXPECT_EQ(ServiceApp().BuildDependencyList(service), result) << registry.left(100);
         EXPECT_EQ(ServiceApp::dependencies().names().join(u'|').toStdString(), list.toStdString());
         EXPECT_EQ(bench.machine.calls.open(), 0);
     }

@@ -8,11 +8,8 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 
-#include <gmock/gmock.h>
-
 namespace quoril::test {
 
-using namespace Qt::StringLiterals;
 using testing::HasSubstr;
 
 namespace {
@@ -23,7 +20,6 @@ const QString Title = u"Service management dialog: "_s;
 struct Console
 {
     FakeMachine machine;
-    ScopedMachine inForce{machine};
     ServiceInfo record;
     FakeServiceControl::Script& script;
     Person person;

@@ -3,11 +3,8 @@
 #include "shell/service_info.h"
 #include "support/fake_machine.h"
 
-#include <gmock/gmock.h>
-
 namespace quoril::test {
 
-using namespace Qt::StringLiterals;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -19,7 +16,6 @@ constexpr QStringView Services = u"SYSTEM\\CurrentControlSet\\Services";
 struct Bench
 {
     FakeMachine machine;
-    ScopedMachine inForce{machine};
     RecordingPrompts prompts{machine};
     FakeServiceControl::Script& script;
     ServiceInfo record;
@@ -213,7 +209,7 @@ TEST(ServiceOperations, PrerequisitesAreFoundByTheWalkAndTriedInOrder)
         EXPECT_EQ(bench.record.StartPrerequisites(bench.prompts), 1);
         EXPECT_EQ(opened(bench), "Unknown First Hangs");
         for (const QString& asked : bench.machine.fakeRegistry.asked)
-            EXPECT_TRUE(asked.endsWith(u"0xf003f")) << asked.toStdString();
+            EXPECT_TRUE(asked.endsWith(u"0xf003f")) << asked;
     }
     {
         Bench bench({u"First"_s, u"Unknown"_s});
@@ -238,7 +234,7 @@ TEST(ServiceOperations, PrerequisitesAreFoundByTheWalkAndTriedInOrder)
         bench.machine.fakeRegistry.load(u"[%1\\Quoril1]\n%2"_s.arg(Services, change));
         if (change.isEmpty())
             bench.record.Name = u"QUORIL1"_s;
-        EXPECT_EQ(bench.record.StartPrerequisites(bench.prompts), result) << change.toStdString();
+        EXPECT_EQ(bench.record.StartPrerequisites(bench.prompts), result) << change;
         EXPECT_EQ(opened(bench), "");
     }
     Bench bench;

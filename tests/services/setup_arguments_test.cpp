@@ -5,16 +5,11 @@
 #include <QDir>
 #include <QTemporaryFile>
 
-#include <gmock/gmock.h>
-
 namespace quoril::test {
-
-using namespace Qt::StringLiterals;
 
 TEST(SetupArguments, AreReadOrToldToBeWrong)
 {
     FakeMachine machine;
-    const ScopedMachine inForce(machine);
     machine.fakeFiles.put(u"C:\\a b\\juno.cfg", {});
     machine.fakeFiles.put(u"C:\\x.exe", {});
     QTemporaryFile outside;

@@ -16,21 +16,14 @@
 #include "shell/about_dialog.h"
 #include "shell/version_record.h"
 #include "support/fake_machine.h"
+#include "support/person.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
-#include <QApplication>
-#include <QKeyEvent>
-#include <QLabel>
 #include <QPrinter>
-#include <QTimer>
-
-#include <gtest/gtest.h>
 
 namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 QPoint placeOf(const QWidget& widget, const QDialog& dialog)
 {
@@ -44,7 +37,7 @@ void expectNothingClipped(const QDialog& dialog)
             = qobject_cast<const QLabel*>(widget) || qobject_cast<const QAbstractButton*>(widget);
         if (!captioned || !widget->isVisible())
             continue;
-        EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << qPrintable(widget->objectName());
+        EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << widget->objectName();
         EXPECT_TRUE(dialog.rect().contains(QRect(placeOf(*widget, dialog), widget->size())));
     }
 }
@@ -81,7 +74,7 @@ void expectMnemonicsOnce(const QDialog& dialog)
     for (const auto* button : dialog.findChildren<QAbstractButton*>()) {
         if (!button->isVisible() || button->shortcut().isEmpty())
             continue;
-        EXPECT_FALSE(seen.contains(button->shortcut().toString())) << qPrintable(button->text());
+        EXPECT_FALSE(seen.contains(button->shortcut().toString())) << button->text();
         seen.append(button->shortcut().toString());
     }
 }
@@ -95,7 +88,7 @@ void expectNames(const QDialog& dialog)
         if (isPart || !widget->isVisibleTo(&dialog))
             continue;
         QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(widget);
-        EXPECT_TRUE(spoken && !spoken->text(QAccessible::Name).isEmpty()) << qPrintable(widget->objectName());
+        EXPECT_TRUE(spoken && !spoken->text(QAccessible::Name).isEmpty()) << widget->objectName();
     }
 }
 
@@ -110,8 +103,7 @@ void lookAt(QDialog& dialog, const char* name, int leaving)
         expectTabFollowsTheEye(dialog);
         expectMnemonicsOnce(dialog);
         expectNames(dialog);
-        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-        QApplication::sendEvent(&dialog, &escape);
+        Person::type(dialog, Qt::Key_Escape);
         EXPECT_FALSE(dialog.isVisible()) << "Escape doesn't close it";
         dialog.reject();
     });
@@ -122,7 +114,6 @@ void lookAt(QDialog& dialog, const char* name, int leaving)
 TEST(EveryDialog, CanBeReadAndIsDrivenByTheKeyboard)
 {
     FakeMachine machine;
-    const ScopedMachine inForce(machine);
     const QString product = u"Quoril 32"_s;
     const QString configuration = u"C:\\Program Files\\Quoril\\ceres.cfg"_s;
     ScheduleTable table;

@@ -3,12 +3,9 @@
 #include "logs/panel_row_painter.h"
 #include "logs/quoril_manager_view.h"
 #include "resources/text_ids.h"
-#include "shell/left_view.h"
-#include "shell/main_frame.h"
-#include "shell/quoril_manager_app.h"
-#include "shell/quoril_manager_doc.h"
-#include "support/fake_machine.h"
+#include "support/console_test.h"
 #include "support/hands.h"
+#include "support/log_lines.h"
 #include "support/utf16.h"
 
 #include <QHeaderView>
@@ -18,33 +15,22 @@
 namespace quoril::test {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 constexpr int Lines = 500;
 
-class FrameInput : public testing::Test
+class FrameInput : public ConsoleTest
 {
 protected:
-    FakeMachine machine;
-    ScopedMachine inForce{machine};
     Person person;
     Hands hands;
-    CQuorilManagerApp console;
 
     void SetUp() override
     {
-        machine.addInstance(u"CERES"_s);
-        QString log = u"20140305:040506:INFO :  00000249"_s + QString(20, u' ') + u"first\r\n"_s;
-        for (int i = 1; i < Lines; ++i)
-            log += u"line %1\r\n"_s.arg(i);
-        machine.fakeFiles.put(u"C:\\log", units(log));
-        ASSERT_TRUE(console.InitInstance({u"console"_s}));
-        console.document()->m_services[0].LogFile = u"C:\\log"_s;
+        m_machine.fakeFiles.put(u"C:\\log", units(logOf(Lines)));
+        ConsoleTest::SetUp();
+        m_console.document()->m_services[0].LogFile = u"C:\\log"_s;
         Hands::take(frame());
     }
 
-    CMainFrame& frame() { return *console.mainFrame(); }
-    CLeftView& tree() { return *frame().GetLeftView(); }
     CQuorilManagerView& panel() { return *frame().GetRightView(); }
     int currentRow() { return panel().currentIndex().row(); }
     void expectPopupOver(QWidget& pane, QRect row)
@@ -79,7 +65,7 @@ TEST_F(FrameInput, ALogIsReadByTheKeyboardAlone)
     for (const auto& [key, row] : std::initializer_list<std::pair<QString, int>>{{u"Prior"_s, Lines - page},
              {u"Home"_s, 0}, {u"Next"_s, page - 1}, {u"ctrl+End"_s, Lines - 1}, {u"ctrl+Home"_s, 0}}) {
         hands.key(key);
-        EXPECT_NEAR(currentRow(), row, 2) << qPrintable(key);
+        EXPECT_NEAR(currentRow(), row, 2) << key;
     }
     expectPopupOver(*panel().viewport(), panel().visualRect(panel().currentIndex()));
 }

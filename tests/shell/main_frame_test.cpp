@@ -5,22 +5,11 @@
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
 #include "shell/help_view.h"
-#include "shell/left_view.h"
-#include "shell/quoril_manager_app.h"
-#include "shell/quoril_manager_doc.h"
-#include "support/fake_machine.h"
-#include "support/person.h"
+#include "support/console_test.h"
 
-#include <gtest/gtest.h>
-
-#include <QAction>
-#include <QApplication>
 #include <QHeaderView>
-#include <QKeyEvent>
-#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QScrollBar>
 #include <QStatusBar>
 #include <QStyledItemDelegate>
@@ -28,49 +17,17 @@
 #include <QToolBar>
 #include <QWhatsThis>
 
-namespace quoril {
+namespace quoril::test {
 namespace {
 
-using test::FakeMachine;
-using namespace Qt::StringLiterals;
-
-/// Closes the next modal box and keeps what it said.
-struct NextBox : test::Person
-{
-    NextBox()
-    {
-        on({}, [this](QWidget& box) {
-            for (const QLabel* label : box.findChildren<QLabel*>())
-                labels.append(label->text());
-            if (const auto* message = qobject_cast<QMessageBox*>(&box))
-                text = message->text();
-            box.close();
-        });
-    }
-    QString text;
-    QStringList labels;
-};
-
-class MainFrameTest : public testing::Test
+class MainFrameTest : public ConsoleTest
 {
 protected:
-    FakeMachine m_machine;
-    ScopedMachine m_inForce{m_machine};
-    CQuorilManagerApp m_console;
-
-    void SetUp() override
+    MainFrameTest()
     {
         m_machine.fakeSystemInfo.name = u"PLANT7"_s;
         m_machine.fakeSystemInfo.fileVersions.insert(u"console"_s, u"Version 3.4.5.6"_s);
-        m_machine.addInstance(u"Alpha"_s);
-        m_machine.addInstance(u"Beta"_s);
-        ASSERT_TRUE(m_console.InitInstance({u"console"_s}));
     }
-
-    CMainFrame& frame() { return *m_console.mainFrame(); }
-    CLeftView& tree() { return *frame().GetLeftView(); }
-    QTreeWidgetItem* service(int index) { return tree().topLevelItem(0)->child(index); }
-    QAction& action(quint32 id) { return *frame().commands().action(id); }
 
     QList<quint32> enabledOf(std::initializer_list<quint32> ids)
     {
@@ -115,8 +72,7 @@ TEST_F(MainFrameTest, StartsWithTheTreeFilledAndNothingSelected)
     tree().setFocus(Qt::TabFocusReason);
     EXPECT_TRUE(tree().selectedItems().isEmpty());
     EXPECT_EQ(&tree().GetSelectedService(), &g_no_service);
-    QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier);
-    QApplication::sendEvent(&tree(), &down);
+    Person::type(tree(), Qt::Key_Down);
     EXPECT_EQ(tree().selectedItems(), QList<QTreeWidgetItem*>{tree().topLevelItem(0)});
 }
 
@@ -131,9 +87,9 @@ TEST_F(MainFrameTest, TheSelectionDrivesCommandsPanelAndCaption)
     action(command::Configuration).trigger();
     EXPECT_EQ(columns(), 2);
     EXPECT_TRUE(action(command::Configuration).isChecked() && !action(command::EventLog).isChecked());
-    test::Person person;
+    Person person;
     for (const auto& [button, shown] : {std::pair(2, 2), {1, 3}}) { // Cancel, and OK, which shows the log
-        person.on(u"Service management dialog"_s, test::Person::presses(button));
+        person.on(u"Service management dialog"_s, Person::presses(button));
         action(command::Manage).trigger();
         EXPECT_EQ(columns(), shown);
         EXPECT_EQ(action(command::EventLog).isChecked(), shown == 3);
@@ -148,8 +104,8 @@ TEST_F(MainFrameTest, TheSelectionDrivesCommandsPanelAndCaption)
 
     tree().setCurrentItem(service(1));
     person.seen.clear();
-    person.on(u"Remove Service Dialog"_s, test::Person::presses(1));
-    person.on(u"Do you really want"_s, test::Person::presses(6));
+    person.on(u"Remove Service Dialog"_s, Person::presses(1));
+    person.on(u"Do you really want"_s, Person::presses(6));
     action(command::Remove).trigger();
     EXPECT_EQ(person.seen.size(), 3) << "the pause follows";
     EXPECT_TRUE(enabledServiceCommands().isEmpty());
@@ -165,9 +121,9 @@ TEST_F(MainFrameTest, MarksInANameAreShownAndTurnNothing)
     EXPECT_TRUE(frame().windowTitle().startsWith(u"exe\\u202egpj"));
     const auto* delegate = qobject_cast<QStyledItemDelegate*>(tree().itemDelegate());
     EXPECT_EQ(delegate->displayText(service(2)->text(0), {}), u"exe\\u202egpj\\u001b");
-    NextBox box;
+    Person person;
+    person.closes(u": exe\\u202egpj\\u001b\n"_s);
     DialogPrompts(&frame()).message(name + u'\n');
-    EXPECT_EQ(box.text, u"exe\\u202egpj\\u001b\n");
 }
 
 TEST_F(MainFrameTest, ARefreshKeepsTheCommandsAndDropsTheSelection)
@@ -205,17 +161,17 @@ TEST_F(MainFrameTest, EveryCommandHasCaptionPromptAndHelp)
         QString order;
         for (const QAction* entry : bar.actions())
             order += (entry->isSeparator() ? u"|"_s : entry->objectName()) + u' ';
-        return order.toStdString();
+        return order;
     };
-    const char* const popups[] = {"32785 32801 32782 | 32778 | 32789 | 57612 | 57607 57609 57606 | 57665 ",
-        "59392 59393 | 32786 32787 | 32799 ", "57667 | 57664 "};
+    const QStringView popups[] = {u"32785 32801 32782 | 32778 | 32789 | 57612 | 57607 57609 57606 | 57665 ",
+        u"59392 59393 | 32786 32787 | 32799 ", u"57667 | 57664 "};
     for (qsizetype i = 0; i < 3; ++i)
         EXPECT_EQ(orderOf(*frame().menuBar()->actions().at(i)->menu()), popups[i]);
     const auto* const toolBar = frame().findChild<QToolBar*>();
     EXPECT_EQ(orderOf(*toolBar),
-        "32785 32801 32782 | 32778 | 32789 | 57612 57607 | 32786 32787 | 32799 | 57669 | 57664 ");
+        u"32785 32801 32782 | 32778 | 32789 | 57612 57607 | 32786 32787 | 32799 | 57669 | 57664 ");
     for (const QAction* entry : toolBar->actions())
-        EXPECT_EQ(entry->icon().isNull(), entry->isSeparator()) << entry->objectName().toStdString();
+        EXPECT_EQ(entry->icon().isNull(), entry->isSeparator()) << entry->objectName();
 }
 
 TEST_F(MainFrameTest, TheSystemMonitorIsBroughtForwardOrStarted)
@@ -235,19 +191,18 @@ TEST_F(MainFrameTest, TheSystemMonitorIsBroughtForwardOrStarted)
     }
     EXPECT_TRUE(m_machine.calls.takeLog().contains(u"terminate 0"_s)); // with the console that started it
     m_machine.fakeProcesses.createError = error::FileNotFound;
-    NextBox box;
+    Person person;
+    person.closes(u": SERVICE-MANAGER: Can't execute system monitor : "_s
+        + m_machine.systemInfo().errorText(2) + u" (0x2)"_s);
     action(command::SystemMonitor).trigger();
-    EXPECT_EQ(box.text,
-        u"SERVICE-MANAGER: Can't execute system monitor : "_s + m_machine.systemInfo().errorText(2)
-            + u" (0x2)"_s);
 }
 
 TEST_F(MainFrameTest, AnAnnouncedServiceIsToldAndChangesNothing)
 {
     m_machine.addInstance(u"Gamma"_s);
-    NextBox box;
+    Person person;
+    person.closes(u": SERVICE-MANAGER: New QUORIL service installed"_s);
     m_machine.session().broadcast(u"WM_NEW_SERVICE_INSTALLED_MSG", HungWindows::AreAwaited);
-    EXPECT_EQ(box.text, u"SERVICE-MANAGER: New QUORIL service installed"_s);
     EXPECT_EQ(tree().topLevelItem(0)->childCount(), 2);
     frame().close();
     EXPECT_EQ(m_machine.fakeSession.subscriptions(), 0);
@@ -261,9 +216,18 @@ TEST_F(MainFrameTest, BarsHideAndTheAboutBoxTellsTheVersion)
     EXPECT_TRUE(frame().findChild<QToolBar*>()->isHidden() && !action(command::Toolbar).isChecked());
     action(command::Toolbar).trigger();
     EXPECT_TRUE(!frame().findChild<QToolBar*>()->isHidden() && action(command::Toolbar).isChecked());
-    NextBox box;
+    Person person;
+    person.on(u"About"_s, [](QWidget& about) {
+        QStringList texts;
+        for (const QLabel* label : about.findChildren<QLabel*>())
+            texts.append(label->text());
+        EXPECT_TRUE(texts.contains(u"Quoril Service Management utility v. 3.4"_s));
+        Person::type(about, Qt::Key_F1);
+        const auto* const over = about.findChild<CHelpView*>();
+        EXPECT_TRUE(over && over->isVisible()) << "F1 in a dialog opens the help over it";
+        about.close();
+    });
     action(command::About).trigger();
-    EXPECT_TRUE(box.labels.contains(u"Quoril Service Management utility v. 3.4"_s));
 }
 
 TEST_F(MainFrameTest, TheHelpHasASectionForEveryCommand)
@@ -280,17 +244,6 @@ TEST_F(MainFrameTest, TheHelpHasASectionForEveryCommand)
     QWhatsThisClickedEvent link(u"#command-32785"_s);
     QApplication::sendEvent(frame().menuBar()->actions().front()->menu(), &link);
     EXPECT_GT(help->findChild<QTextBrowser*>()->verticalScrollBar()->value(), 0) << "the link leads nowhere";
-
-    test::Person person;
-    person.on(u"About"_s, [](QWidget& about) {
-        QKeyEvent f1(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
-        QApplication::sendEvent(&about, &f1);
-        const auto* const over = about.findChild<CHelpView*>();
-        EXPECT_TRUE(over && over->isVisible()) << "F1 in a dialog opens the help over it";
-        about.close();
-    });
-    action(command::About).trigger();
-    EXPECT_EQ(person.left(), 0U);
 }
 
 class NoCompoundDocuments : public CQuorilManagerApp
@@ -305,25 +258,19 @@ protected:
 TEST(Start, EndsWithAMessageWhereItCanNotGoOn)
 {
     FakeMachine machine;
-    const ScopedMachine inForce(machine);
-    {
-        NextBox box;
-        EXPECT_FALSE(NoCompoundDocuments().InitInstance({u"console"_s}));
-        EXPECT_EQ(box.text, LoadText(text::OleInitFailed));
-    }
+    Person person;
+    person.closes(u": "_s + LoadText(text::OleInitFailed));
+    EXPECT_FALSE(NoCompoundDocuments().InitInstance({u"console"_s}));
     const QString folder = QCoreApplication::applicationDirPath();
-    for (const auto& [file, told] : {std::pair(u"no/such/file"_s, u"no/such/file was not found."_s),
-             {folder, folder + u" : Access is denied.\r\n (0x5)"_s}}) {
-        NextBox box;
-        EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, file}));
-        EXPECT_EQ(box.text, told);
-    }
+    person.closes(u": /no/such/file was not found."_s);
+    EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, u"/no/such/file"_s}));
+    person.closes(u": "_s + folder + u" : Access is denied.\r\n (0x5)"_s);
+    EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, folder}));
 }
 
 TEST(Start, TakesTheLanguageOfTheUser)
 {
     FakeMachine machine;
-    const ScopedMachine inForce(machine);
     machine.fakeSession.userLanguage = u"deu"_s;
     machine.fakeSystemInfo.texts.clear();
     CQuorilManagerApp console;
@@ -334,4 +281,4 @@ TEST(Start, TakesTheLanguageOfTheUser)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

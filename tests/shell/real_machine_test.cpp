@@ -7,15 +7,11 @@
 #include "support/real_data.h"
 #include "support/temporary_tree.h"
 
-#include <gtest/gtest.h>
-
 #include <QRegularExpression>
 #include <QStandardPaths>
 
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
 
 constexpr QStringView Instances = uR"(Windows Registry Editor Version 5.00
 
@@ -37,7 +33,7 @@ QStringList seenByOracle(const QString& hive)
 {
     static const QRegularExpression unstable(
         u"<mtime>[^<]*</mtime>|<byte_run[^>]*/>|<byte_runs>\\s*</byte_runs>"_s);
-    QString xml = QString::fromUtf8(test::outputOf(u"hivexml"_s, {hive}));
+    QString xml = QString::fromUtf8(outputOf(u"hivexml"_s, {hive}));
     xml.remove(unstable);
     xml.replace(u"><"_s, u">\n<"_s);
     return xml.split(u'\n', Qt::SkipEmptyParts);
@@ -45,12 +41,12 @@ QStringList seenByOracle(const QString& hive)
 
 TEST(RealMachine, KeepsEverythingButWhatAnImportAsksFor)
 {
-    const QByteArray real = test::realData(u"SYSTEM-clean"_s);
+    const QByteArray real = realData(u"SYSTEM-clean"_s);
     if (real.isEmpty())
         GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
     if (QStandardPaths::findExecutable(u"hivexml"_s).isEmpty())
         GTEST_SKIP() << "hivexml is not installed";
-    const test::TemporaryTree tree;
+    const TemporaryTree tree;
     tree.write(u"Windows/System32/config/SYSTEM"_s, real);
     const QString hive = tree.systemHive();
     const QStringList before = seenByOracle(hive);
@@ -78,4 +74,4 @@ TEST(RealMachine, KeepsEverythingButWhatAnImportAsksFor)
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

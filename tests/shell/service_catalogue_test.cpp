@@ -5,20 +5,13 @@
 #include "shell/version_record.h"
 #include "support/fake_machine.h"
 
-#include <gtest/gtest.h>
-
-namespace quoril {
+namespace quoril::test {
 namespace {
-
-using namespace Qt::StringLiterals;
-
-using test::FakeMachine;
 
 class ServiceCatalogueTest : public testing::Test
 {
 protected:
     FakeMachine m_machine;
-    ScopedMachine m_inForce{m_machine};
     CQuorilManagerDoc m_document;
 
     QStringList scan()
@@ -130,7 +123,6 @@ TEST_F(ServiceCatalogueTest, ARefusedKeyCostsWhatLiesBelowItAndNothingElse)
     };
     for (const auto& row : cases) {
         FakeMachine machine;
-        const ScopedMachine inForce(machine);
         machine.fakeRegistry.load(Full);
         machine.fakeRegistry.refuse(row.path, key_access::SetValue);
         CQuorilManagerDoc document;
@@ -138,7 +130,7 @@ TEST_F(ServiceCatalogueTest, ARefusedKeyCostsWhatLiesBelowItAndNothingElse)
         QStringList names;
         for (const ServiceInfo& service : document.m_services)
             names.append(service.Name);
-        EXPECT_EQ(names.join(u' '), row.names) << qPrintable(row.path.toString());
+        EXPECT_EQ(names.join(u' '), row.names) << row.path;
         EXPECT_EQ(document.m_services.empty() ? QString() : document.m_services[0].RamSize, row.ram);
         EXPECT_EQ(machine.calls.open(), 0);
     }
@@ -250,10 +242,10 @@ TEST(CommandLine, IsTakenApartAsTheFrameworkDoes)
     };
     for (const auto& [arguments, flagSigns, request, file] : cases) {
         const CommandLineInfo info = ParseCommandLine(arguments, flagSigns);
-        EXPECT_EQ(info.request, request) << arguments.join(u' ').toStdString();
-        EXPECT_EQ(info.fileName, file) << arguments.join(u' ').toStdString();
+        EXPECT_EQ(info.request, request) << arguments.join(u' ');
+        EXPECT_EQ(info.fileName, file) << arguments.join(u' ');
     }
 }
 
 } // namespace
-} // namespace quoril
+} // namespace quoril::test

@@ -366,9 +366,6 @@ Status FakeEventLogs::report(QStringView name, const EventEntry& entry)
     return {};
 }
 
-FakeMachine::FakeMachine() = default;
-FakeMachine::~FakeMachine() = default;
-
 FakeServiceControl::Script& FakeMachine::addInstance(const QString& name, const QStringList& prerequisites)
 {
     const QString path = u"SYSTEM\\CurrentControlSet\\Services\\"_s + name;

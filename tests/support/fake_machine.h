@@ -182,13 +182,10 @@ private:
 };
 
 /// A machine that holds nothing but what a test puts into it. All its parts share one log, one count of open
-/// handles and one plan of failure; make one for each case and put it in force with ScopedMachine.
+/// handles and one plan of failure. It is in force while it lives; make one for each case.
 class FakeMachine : public Machine
 {
 public:
-    FakeMachine();
-    ~FakeMachine() override;
-
     FakeCalls calls;
     FakeClock fakeClock{calls};
     FakeRegistry fakeRegistry{calls};
@@ -210,6 +207,9 @@ public:
     SystemInfo& systemInfo() override { return fakeSystemInfo; }
     Session& session() override { return fakeSession; }
     Clock& clock() override { return fakeClock; }
+
+private:
+    ScopedMachine m_inForce{*this};
 };
 
 /// Records what the person is told, in the machine's log ("inform TEXT 2000", "message TEXT", "ask TEXT",

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
@@ -31,6 +32,12 @@ public:
         m_patience.callOnTimeout(this, [] { giveUp(); });
         lookSoon();
     }
+    /// All that the script has must have come.
+    ~Person() override
+    {
+        EXPECT_TRUE(m_script.empty()) << "never seen: " << qPrintable(m_script.front().text)
+                                      << ", but: " << qPrintable(seen.join(u'\n'));
+    }
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
@@ -46,21 +53,39 @@ public:
         m_script.push_back({text, std::move(action)});
         return *this;
     }
+    Person& closes(const QString& text)
+    {
+        return on(text, [](QWidget& window) { window.close(); });
+    }
     /// The windows in their order, "title: text"; an action may add to it.
     QStringList seen;
     /// How many actions have not come to pass.
     std::size_t left() const { return m_script.size(); }
 
     /// Presses the button with the control id.
-    static void press(QWidget& window, int id)
-    {
-        auto* button = window.findChild<QPushButton*>(QString::number(id));
-        if (button)
-            button->click();
-    }
+    static void press(const QWidget& window, int id) { control<QPushButton>(window, quint32(id)).click(); }
     static Action presses(int id)
     {
         return [id](QWidget& window) { press(window, id); };
+    }
+    static Action types(int key)
+    {
+        return [key](QWidget& window) { type(window, key); };
+    }
+    /// Presses a key where the window has its focus, and lets it go; nobody takes it for real input.
+    static void type(QWidget& window, int key, Qt::KeyboardModifiers held = {}, const QString& text = {})
+    {
+        const QPointer<QWidget> target = window.focusWidget() ? window.focusWidget() : &window;
+        for (const auto kind : {QEvent::KeyPress, QEvent::KeyRelease}) {
+            QKeyEvent event(kind, key, held, text);
+            if (target)
+                QApplication::sendEvent(target, &event);
+        }
+    }
+    /// The control of that id, which must be there.
+    template <typename Control> static Control& control(const QWidget& window, quint32 id)
+    {
+        return *window.findChild<Control*>(QString::number(id));
     }
     /// Lets events run, and idle moments come, until the condition holds; false if it doesn't within twenty
     /// seconds.

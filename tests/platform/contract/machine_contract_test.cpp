@@ -37,7 +37,7 @@ protected:
     QString in(QStringView name) const { return contract->folder() + u'\\' + name.toString(); }
 };
 
-TEST_F(MachineContract, runsProgramsAndTellsTheirExitCode)
+TEST_F(MachineContract, RunsProgramsAndTellsTheirExitCode)
 {
     const std::pair<QString, quint32> cases[] = {{u" --help"_s, 0}, {u" --die many"_s, 1}};
     for (const auto& [arguments, code] : cases) {
@@ -65,7 +65,7 @@ TEST_F(MachineContract, runsProgramsAndTellsTheirExitCode)
         // Wine has a number of its own for what is no program.
         EXPECT_EQ(machine.processes().canRun(program).errorNumber(),
             number == error::BadExeFormat && contract->isWine() ? 31 : number)
-            << qPrintable(program);
+            << program;
 
     const auto [application, line] = contract->systemProgram();
     const auto byName = machine.processes().create(application, line);
@@ -86,7 +86,7 @@ TEST_F(MachineContract, runsProgramsAndTellsTheirExitCode)
     EXPECT_TRUE(machine.files().setCurrentDirectory(u"C:\\"));
 }
 
-TEST_F(MachineContract, sharesAFileWithWhoeverWritesOrRemovesIt)
+TEST_F(MachineContract, SharesAFileWithWhoeverWritesOrRemovesIt)
 {
     Files& files = machine.files();
     const auto writer = files.openForWriting(in(u"Log.txt"));
@@ -108,7 +108,7 @@ TEST_F(MachineContract, sharesAFileWithWhoeverWritesOrRemovesIt)
     EXPECT_EQ(files.remove(in(u"log.txt")).errorNumber(), error::FileNotFound);
 }
 
-TEST_F(MachineContract, tellsWhatAFileLacks)
+TEST_F(MachineContract, TellsWhatAFileLacks)
 {
     Files& files = machine.files();
     EXPECT_EQ(files.openForReading(in(u"none")).errorNumber(), error::FileNotFound);
@@ -120,7 +120,7 @@ TEST_F(MachineContract, tellsWhatAFileLacks)
     EXPECT_EQ(files.find(in(u"none\\*.dll")).errorNumber(), error::PathNotFound);
 }
 
-TEST_F(MachineContract, findsFilesAndKnowsItsFolder)
+TEST_F(MachineContract, FindsFilesAndKnowsItsFolder)
 {
     Files& files = machine.files();
     for (const QStringView name : {u"b.exe", u"A.EXE", u"c.dll", u"_.exe"})
@@ -140,7 +140,7 @@ TEST_F(MachineContract, findsFilesAndKnowsItsFolder)
     EXPECT_TRUE(files.setCurrentDirectory(u"C:\\"));
 }
 
-TEST_F(MachineContract, readsTheVersionOfAnExecutable)
+TEST_F(MachineContract, ReadsTheVersionOfAnExecutable)
 {
     ASSERT_EQ(write(in(u"v.exe"), executableOf({{0x409, versionBlock(u"1.2 test")}})), 0u);
     ASSERT_EQ(write(in(u"none.exe"), executableOf({})), 0u);
@@ -150,10 +150,10 @@ TEST_F(MachineContract, readsTheVersionOfAnExecutable)
     EXPECT_EQ(*version, u"1.2 test");
     EXPECT_EQ(machine.files().fileVersion(in(u"missing.exe")).errorNumber(), error::FileNotFound);
     for (const QStringView name : {u"none.exe", u"text.exe"})
-        EXPECT_FALSE(machine.files().fileVersion(in(name))) << qPrintable(name.toString());
+        EXPECT_FALSE(machine.files().fileVersion(in(name))) << name;
 }
 
-TEST_F(MachineContract, keepsWhatIsReported)
+TEST_F(MachineContract, KeepsWhatIsReported)
 {
     if (contract->isWine())
         GTEST_SKIP() << "Wine's event logs keep nothing";
@@ -184,7 +184,7 @@ TEST_F(MachineContract, keepsWhatIsReported)
     EXPECT_FALSE((*later)->next(read));
 }
 
-TEST_F(MachineContract, tellsOfItsSystem)
+TEST_F(MachineContract, TellsOfItsSystem)
 {
     const SystemInfo& system = machine.systemInfo();
     EXPECT_EQ(system.windowsDirectory().toLower(), u"c:\\windows");
@@ -202,7 +202,7 @@ TEST_F(MachineContract, tellsOfItsSystem)
     EXPECT_EQ(system.fileVersion(u"no such program"_s).errorNumber(), error::FileNotFound);
 }
 
-TEST_F(MachineContract, hearsItsOwnBroadcastBeforeItReturns)
+TEST_F(MachineContract, HearsItsOwnBroadcastBeforeItReturns)
 {
     int argc = 0;
     const QCoreApplication application(argc, nullptr);
@@ -221,7 +221,7 @@ TEST_F(MachineContract, hearsItsOwnBroadcastBeforeItReturns)
     EXPECT_FALSE(session.findWindow(u"no window of this title"));
 }
 
-TEST_F(MachineContract, keepsTime)
+TEST_F(MachineContract, KeepsTime)
 {
     Clock& clock = machine.clock();
     const quint64 before = clock.tickCount();

@@ -29,7 +29,7 @@ protected:
     RegistryKeyHandle key;
 };
 
-TEST_F(RegistryContract, givesTextWhateverTheTypeUpToItsFirstZeroUnit)
+TEST_F(RegistryContract, GivesTextWhateverTheTypeUpToItsFirstZeroUnit)
 {
     using namespace value_type;
     const auto bytes = [](const char* text, int size) { return QByteArray(text, size); };
@@ -68,8 +68,8 @@ TEST_F(RegistryContract, givesTextWhateverTheTypeUpToItsFirstZeroUnit)
     };
     for (const auto& each : cases) {
         const Result<QString> text = key->text(each.name, each.limit);
-        EXPECT_EQ(text.errorNumber(), each.number) << qPrintable(each.name.toString());
-        EXPECT_EQ(text ? *text : QString(), each.text) << qPrintable(each.name.toString());
+        EXPECT_EQ(text.errorNumber(), each.number) << each.name;
+        EXPECT_EQ(text ? *text : QString(), each.text) << each.name;
     }
     const QString big(100000, u'b');
     ASSERT_TRUE(key->setText(u"Big", big));
@@ -79,7 +79,7 @@ TEST_F(RegistryContract, givesTextWhateverTheTypeUpToItsFirstZeroUnit)
     EXPECT_EQ(*key->multiString(u"List", 14), (QStringList{u"a"_s, u"b c"_s}));
 }
 
-TEST_F(RegistryContract, listsWhatThereIs)
+TEST_F(RegistryContract, ListsWhatThereIs)
 {
     for (const QStringView name : {u"Alpha", u"Beta"})
         ASSERT_TRUE(key->create(name, key_access::Read));
@@ -110,7 +110,7 @@ TEST_F(RegistryContract, listsWhatThereIs)
     EXPECT_EQ(*key->subkeyName(0, 9), u"Beta");
 }
 
-TEST_F(RegistryContract, asksForTheRightOfEachOperation)
+TEST_F(RegistryContract, AsksForTheRightOfEachOperation)
 {
     using namespace key_access;
     const quint32 allBut = AllAccess & ~(QueryValue | SetValue | CreateSubKey | EnumerateSubKeys | Delete);

@@ -44,7 +44,7 @@ protected:
     static inline const QString Name = u"QuorilContract"_s;
 };
 
-TEST_F(ServiceContract, registersAndChangesWhatIsAskedFor)
+TEST_F(ServiceContract, RegistersAndChangesWhatIsAskedFor)
 {
     EXPECT_EQ(open(Name).errorNumber(), error::ServiceDoesNotExist);
     EXPECT_EQ(open(u"a/b").errorNumber(), error::InvalidName);
@@ -85,7 +85,7 @@ TEST_F(ServiceContract, registersAndChangesWhatIsAskedFor)
     EXPECT_EQ(opened->queryConfig(8192)->binaryPath, u"C:\\nothing\\here.exe");
 }
 
-TEST_F(ServiceContract, asksForTheRightOfEachOperation)
+TEST_F(ServiceContract, AsksForTheRightOfEachOperation)
 {
     ASSERT_EQ(manager()->createService(service()).errorNumber(), 0u);
     const auto none = *open(Name, 0x20000);
@@ -99,7 +99,7 @@ TEST_F(ServiceContract, asksForTheRightOfEachOperation)
     EXPECT_TRUE((*open(Name, service_access::QueryStatus))->queryStatus());
 }
 
-TEST_F(ServiceContract, startsAndStopsARealProcess)
+TEST_F(ServiceContract, StartsAndStopsARealProcess)
 {
     ASSERT_EQ(manager()->createService(service(u" --start-delay 600 --stop-delay 600"_s)).errorNumber(), 0u);
     const auto opened = *open(Name);
@@ -117,7 +117,7 @@ TEST_F(ServiceContract, startsAndStopsARealProcess)
     EXPECT_EQ(opened->control(ServiceControlStop).errorNumber(), error::ServiceNotActive);
 }
 
-TEST_F(ServiceContract, removesAMarkedServiceWhenNobodyHasItOpen)
+TEST_F(ServiceContract, RemovesAMarkedServiceWhenNobodyHasItOpen)
 {
     ASSERT_EQ(manager()->createService(service()).errorNumber(), 0u);
     {
@@ -130,7 +130,7 @@ TEST_F(ServiceContract, removesAMarkedServiceWhenNobodyHasItOpen)
     EXPECT_EQ(open(Name).errorNumber(), error::ServiceDoesNotExist);
 }
 
-TEST_F(ServiceContract, locksItsDatabase)
+TEST_F(ServiceContract, LocksItsDatabase)
 {
     if (contract->isWine())
         GTEST_SKIP()

@@ -11,19 +11,18 @@ namespace {
 
 using WindowsMachineTest = ContractTest;
 
-TEST_F(WindowsMachineTest, opensFilesOfADiskAlone)
+TEST_F(WindowsMachineTest, OpensFilesOfADiskAlone)
 {
     const QString pipeName = u"\\\\.\\pipe\\quoril-contract"_s;
     const KernelHandle pipe(::CreateNamedPipeW(
         wide(pipeName), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE | PIPE_WAIT, 4, 16, 16, 0, nullptr));
     ASSERT_NE(pipe.get(), INVALID_HANDLE_VALUE);
     for (const QString& name : {pipeName, u"NUL"_s, u"C:\\NUL"_s})
-        EXPECT_EQ(machine.files().openForReading(name).errorNumber(), error::AccessDenied)
-            << qPrintable(name);
+        EXPECT_EQ(machine.files().openForReading(name).errorNumber(), error::AccessDenied) << name;
     EXPECT_EQ(machine.files().openForWriting(u"NUL").errorNumber(), error::AccessDenied);
 }
 
-TEST_F(WindowsMachineTest, broadcastsPastAWindowThatHangs)
+TEST_F(WindowsMachineTest, BroadcastsPastAWindowThatHangs)
 {
     const KernelHandle made(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
     const KernelHandle end(::CreateEventW(nullptr, TRUE, FALSE, nullptr));

@@ -4,11 +4,13 @@
 #include <QString>
 #include <QStringView>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <concepts>
 #include <ostream>
 
-/// How a failed expectation shows Qt's texts: as texts. Every test has this header, without including it.
+// What every test has without including it: GoogleTest, the literals, and how Qt's texts are shown where an
+// expectation failed: as texts.
 QT_BEGIN_NAMESPACE
 
 inline void PrintTo(QStringView text, std::ostream* out)
@@ -23,5 +25,18 @@ inline void PrintTo(const QByteArray& bytes, std::ostream* out)
 {
     *out << '"' << bytes.toPercentEncoding(" !\"#$&'()*+,/:;<=>?@[\\]^`{|}\n").constData() << '"';
 }
+template <typename Text>
+requires std::same_as<Text, QString> || std::same_as<Text, QStringView> || std::same_as<Text, QByteArray>
+    std::ostream& operator<<(std::ostream& out, const Text& text)
+{
+    PrintTo(text, &out);
+    return out;
+}
 
 QT_END_NAMESPACE
+
+namespace quoril::test {
+
+using namespace Qt::StringLiterals;
+
+}
