@@ -10,12 +10,12 @@ TEST(TerminalText, LetsNothingThroughThatCommandsOrTurnsTheTerminal)
     const QStringView harmless = u"Überwachung \"C:\\a\" 漢字 \U0001F5A5 e\u0301";
     EXPECT_EQ(terminalText(harmless), harmless);
     const std::pair<QStringView, QStringView> cases[] = {
-        {u"a\x1b[2J\a", "a\\u001b[2J\\u0007"},
-        {u"\t\r\n\x7f", "\\t\\r\\n\\u007f"},
-        {u"\u009b31m\u0085", "\\u009b31m\\u0085"}, // controls of eight bits
-        {u"exe\u202Egpj\u2066\u200F\u061C", "exe\\u202egpj\\u2066\\u200f\\u061c"},
-        {u"\u2028\u2029\uFEFF\u00AD", "\\u2028\\u2029\\ufeff\\u00ad"},
-        {u"\U000E0041", "\\udb40\\udc41"},
+        {u"a\x1b[2J\a", u"a\\u001b[2J\\u0007"},
+        {u"\t\r\n\x7f", u"\\t\\r\\n\\u007f"},
+        {u"\u009b31m\u0085", u"\\u009b31m\\u0085"}, // controls of eight bits
+        {u"exe\u202Egpj\u2066\u200F\u061C", u"exe\\u202egpj\\u2066\\u200f\\u061c"},
+        {u"\u2028\u2029\uFEFF\u00AD", u"\\u2028\\u2029\\ufeff\\u00ad"},
+        {u"\U000E0041", u"\\udb40\\udc41"},
     };
     for (const auto& [text, shown] : cases)
         EXPECT_EQ(terminalText(text), shown);

@@ -10,24 +10,16 @@ namespace quoril::test {
 
 namespace {
 
-struct Totals
-{
-    std::size_t keys = 0;
-    std::size_t values = 0;
-};
-
 /// Compares two keys with all below them; stops at the first difference.
-bool sameTree(const regf::Key& left, const regf::Key& right, Totals& totals)
+bool sameTree(const regf::Key& left, const regf::Key& right)
 {
-    ++totals.keys;
-    totals.values += left.values().size();
     const bool same = left.name() == right.name() && left.className() == right.className()
         && left.timestamp() == right.timestamp() && left.flags() == right.flags()
         && left.header().userFlags == right.header().userFlags
         && left.header().access == right.header().access && left.security() == right.security()
         && left.values() == right.values() && left.childCount() == right.childCount();
     for (std::size_t i = 0; same && i < left.childCount(); ++i) {
-        if (!sameTree(*left.childAt(i), *right.childAt(i), totals))
+        if (!sameTree(*left.childAt(i), *right.childAt(i)))
             return false;
     }
     EXPECT_TRUE(same) << left.name();
@@ -43,47 +35,36 @@ QByteArray hivexml(const QByteArray& hive)
 
 } // namespace
 
-struct RealHive
+TEST(RealHive, IsTheSameAfterARewrite)
 {
-    const char* file;
-    bool clean;
-    std::size_t services; ///< as counted by other readers
-};
+    const struct
+    {
+        QString file;
+        bool clean;
+        std::size_t services; ///< as counted by other readers
+    } cases[] = {{u"SYSTEM-clean"_s, true, 467}, {u"SYSTEM-dirty"_s, false, 469}};
+    for (const auto& [file, clean, count] : cases) {
+        const QByteArray bytes = realData(file);
+        if (bytes.isEmpty())
+            GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
+        const Result<regf::Hive> hive = regf::Hive::parse(bytes);
+        ASSERT_TRUE(hive) << hive.failure().detail;
+        EXPECT_EQ(hive->notShutDownCleanly(), !clean);
+        const regf::Key* services = hive->root().find(u"controlset001\\SERVICES");
+        ASSERT_TRUE(services);
+        EXPECT_EQ(services->childCount(), count);
 
-class RealHives : public testing::TestWithParam<RealHive>
-{
-};
-
-TEST_P(RealHives, AreTheSameAfterARewrite)
-{
-    const QByteArray bytes = realData(QString::fromLatin1(GetParam().file));
-    if (bytes.isEmpty())
-        GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
-    const Result<regf::Hive> hive = regf::Hive::parse(bytes);
-    ASSERT_TRUE(hive) << hive.failure().detail;
-    EXPECT_EQ(hive->notShutDownCleanly(), !GetParam().clean);
-    const regf::Key* services = hive->root().find(u"controlset001\\SERVICES");
-    ASSERT_TRUE(services);
-    EXPECT_EQ(services->childCount(), GetParam().services);
-
-    const Result<QByteArray> written = hive->serialize(hive->lastWritten());
-    ASSERT_TRUE(written) << hive->problems().join(u'\n');
-    const Result<regf::Hive> again = regf::Hive::parse(*written);
-    ASSERT_TRUE(again);
-    EXPECT_FALSE(again->notShutDownCleanly());
-    Totals totals;
-    EXPECT_TRUE(sameTree(hive->root(), again->root(), totals));
-    EXPECT_GT(totals.keys, 10000U);
-    EXPECT_GT(totals.values, totals.keys);
-
-    const QByteArray before = hivexml(bytes);
-    if (before.isEmpty())
-        GTEST_SKIP() << "hivexml is not installed or can't read the original";
-    EXPECT_TRUE(hivexml(*written) == before);
+        const Result<QByteArray> written = hive->serialize(hive->lastWritten());
+        ASSERT_TRUE(written) << hive->problems().join(u'\n');
+        const Result<regf::Hive> again = regf::Hive::parse(*written);
+        ASSERT_TRUE(again);
+        EXPECT_FALSE(again->notShutDownCleanly());
+        EXPECT_TRUE(sameTree(hive->root(), again->root()));
+        // Nothing where hivexml is missing or can't read the original.
+        const QByteArray before = hivexml(bytes);
+        EXPECT_TRUE(before.isEmpty() || hivexml(*written) == before);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Files, RealHives,
-    testing::Values(RealHive{"SYSTEM-clean", true, 467}, RealHive{"SYSTEM-dirty", false, 469}));
 
 TEST(RealHive, WithZeroedBinsIsReadButNeverWrittenAgain)
 {
@@ -121,17 +102,14 @@ void count(const regf::Key& after, const regf::Key* before, News& news)
 
 } // namespace
 
-struct StaleHive
-{
-    const char* file;
-    std::size_t pages, keys, values;
-};
-
 TEST(RealHive, IsAsNewAsItsLogs)
 {
-    for (const StaleHive& stale :
-        {StaleHive{"NTUSER-dirty", 132, 521, 57}, StaleHive{"UsrClass-dirty", 158, 33, 40}}) {
-        const QString name = QString::fromLatin1(stale.file);
+    const struct
+    {
+        QString name;
+        std::size_t pages, keys, values;
+    } hives[] = {{u"NTUSER-dirty"_s, 132, 521, 57}, {u"UsrClass-dirty"_s, 158, 33, 40}};
+    for (const auto& [name, pages, keys, values] : hives) {
         const QByteArray bytes = realData(name);
         const QByteArray first = realData(name + u".LOG1"_s);
         const QByteArray second = realData(name + u".LOG2"_s);
@@ -145,15 +123,15 @@ TEST(RealHive, IsAsNewAsItsLogs)
             QByteArray image = bytes;
             image.resize(qsizetype(recovery.size()), '\0');
             recovery.apply({image.data(), std::size_t(image.size())});
-            EXPECT_EQ(recovery.uses()[0].pages + recovery.uses()[1].pages, stale.pages);
+            EXPECT_EQ(recovery.uses()[0].pages + recovery.uses()[1].pages, pages);
             const Result<regf::Hive> before = regf::Hive::parse(bytes);
             const Result<regf::Hive> after = regf::Hive::parse(image);
             ASSERT_TRUE(before && after);
             EXPECT_TRUE(after->rewritable()) << after->problems().join(u'\n');
             News news;
             count(after->root(), &before->root(), news);
-            EXPECT_EQ(news.keys, stale.keys);
-            EXPECT_EQ(news.values, stale.values);
+            EXPECT_EQ(news.keys, keys);
+            EXPECT_EQ(news.values, values);
         }
     }
 }

@@ -47,12 +47,6 @@ TEST(VersionBlock, IsNotFoundInDamage)
     const QByteArray whole = executableOf({{0, versionBlock(u"1.2.3.4")}});
     for (qsizetype size = 0; size < whole.size(); ++size)
         EXPECT_FALSE(versionOf(whole.left(size))) << size;
-    for (qsizetype at = 0; at < whole.size(); ++at) {
-        QByteArray damaged = whole;
-        damaged[at] = '\xFF';
-        const auto version = versionOf(damaged);
-        EXPECT_LE(version ? version->size() : 0, whole.size() / 2) << at;
-    }
     EXPECT_EQ(versionOf("MZ but no more than that").errorNumber(), error::BadExeFormat);
     QByteArray plain = whole;
     plain[512 + 16] = 24;

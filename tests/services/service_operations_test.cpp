@@ -246,7 +246,7 @@ TEST(ServiceOperations, PrerequisitesAreFoundByTheWalkAndTriedInOrder)
 TEST(ServiceOperations, AHeldDatabaseLockStopsDependenciesButNotTheStartType)
 {
     Bench bench;
-    bench.machine.fakeServices.locked = true;
+    bench.machine.fakeServices.database.locked = true;
     EXPECT_EQ(bench.record.SetStartType(4, bench.prompts), 0);
     EXPECT_EQ(bench.script.config.startType, start_type::Disabled);
     bench.log();
@@ -259,7 +259,7 @@ TEST(ServiceOperations, AHeldDatabaseLockStopsDependenciesButNotTheStartType)
         EXPECT_EQ(bench.app.SetDependencies(u"Quoril1"_s), result);
     }
 
-    bench.machine.fakeServices.locked = false;
+    bench.machine.fakeServices.database.locked = false;
     bench.machine.calls.failAt(0);
     EXPECT_TRUE(ServiceApp::dependencies().append(u"rpcss"_s));
     EXPECT_TRUE(ServiceApp::dependencies().append(u"tcpip"_s));

@@ -24,6 +24,13 @@ public:
             return std::nullopt;
         return Error{m_failWith, {}};
     }
+    /// What a call that can fail gives: the error that the plan has for it, or what it makes.
+    template <typename Given, typename Make> Given attempt(const QString& call, const Make& make)
+    {
+        if (const auto failure = note(call))
+            return *failure;
+        return make();
+    }
     /// Logs what can't fail.
     void log(const QString& event)
     {

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "fake_calls.h"
+#include "fake_files.h"
 #include "fake_registry.h"
 #include "fake_services.h"
 #include "platform/clock.h"
 #include "platform/event_logs.h"
-#include "platform/files.h"
 #include "platform/machine.h"
 #include "platform/processes.h"
 #include "platform/session.h"
@@ -13,7 +12,9 @@
 #include "services/user_prompts.h"
 
 #include <QHash>
+#include <QStringBuilder>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <map>
@@ -29,7 +30,11 @@ public:
 
     /// Sets the wall clock, in seconds since 1970-01-01 UTC.
     void setNow(qint64 seconds) { m_milliseconds = seconds * 1000; }
-    void advance(quint32 milliseconds);
+    void advance(quint32 milliseconds)
+    {
+        m_milliseconds += milliseconds;
+        m_ticks += milliseconds;
+    }
 
     /// Real milliseconds per millisecond of a window timer; 0 fires a timer as soon as the event loop is
     /// free.
@@ -42,15 +47,70 @@ public:
 
     qint64 now() const override { return m_milliseconds / 1000; }
     quint64 tickCount() const override { return m_ticks; }
-    void sleep(quint32 milliseconds) override;
+    void sleep(quint32 milliseconds) override
+    {
+        m_calls.log(u"sleep "_s + QString::number(milliseconds));
+        if (onSleep)
+            onSleep();
+        advance(milliseconds);
+    }
     void wait(quint32 milliseconds, std::unique_lock<std::mutex>& lock, std::condition_variable& wake,
-        const std::function<bool()>& ended) override;
-    int timerInterval(quint32 milliseconds) const override;
+        const std::function<bool()>& ended) override
+    {
+        wake.wait_for(lock, std::chrono::duration<double, std::milli>(milliseconds * waitScale), ended);
+    }
+    int timerInterval(quint32 milliseconds) const override
+    {
+        timers.push_back(milliseconds);
+        return int(milliseconds * timerScale);
+    }
 
 private:
     FakeCalls& m_calls;
     std::atomic<qint64> m_milliseconds{1'700'000'000'000};
     std::atomic<quint64> m_ticks{1000};
+};
+
+class FakeProcess : public Process
+{
+public:
+    FakeProcess(FakeCalls& calls, FakeClock& clock, quint32 exitCode, quint32 runsFor)
+        : m_calls(calls)
+        , m_clock(clock)
+        , m_exitCode(exitCode)
+        , m_end(clock.tickCount() + runsFor)
+        , m_mark(calls)
+    {
+    }
+
+    bool wait(quint32 milliseconds) override
+    {
+        m_calls.log(u"wait "_s + QString::number(milliseconds));
+        const quint64 now = m_clock.tickCount();
+        if (now < m_end)
+            m_clock.advance(quint32(std::min<quint64>(milliseconds, m_end - now)));
+        return m_clock.tickCount() >= m_end;
+    }
+    Result<quint32> exitCode() override
+    {
+        return m_calls.attempt<Result<quint32>>(
+            {}, [this] { return m_clock.tickCount() < m_end ? StillActive : m_exitCode; });
+    }
+    Status terminate(quint32 exitCode) override
+    {
+        return m_calls.attempt<Status>(u"terminate "_s + QString::number(exitCode), [&] {
+            m_end = m_clock.tickCount();
+            m_exitCode = exitCode;
+            return Status();
+        });
+    }
+
+private:
+    FakeCalls& m_calls;
+    FakeClock& m_clock;
+    quint32 m_exitCode;
+    quint64 m_end;
+    OpenMark m_mark;
 };
 
 /// Processes that run for a time of the manual clock and end with an exit code. Log: "create APP|COMMAND
@@ -65,46 +125,21 @@ public:
     quint32 exitCode = 0;
     quint32 runsFor = 0; ///< milliseconds from its creation to its end
 
-    Result<std::unique_ptr<Process>> create(QStringView applicationName, QStringView commandLine) override;
+    Result<std::unique_ptr<Process>> create(QStringView applicationName, QStringView commandLine) override
+    {
+        using Given = Result<std::unique_ptr<Process>>;
+        return m_calls.attempt<Given>(u"create "_s % applicationName % u'|' % commandLine, [this]() -> Given {
+            if (createError)
+                return Error{createError, {}};
+            return std::unique_ptr<Process>(
+                std::make_unique<FakeProcess>(m_calls, m_clock, exitCode, runsFor));
+        });
+    }
     Status canRun(QStringView) const override { return unfitError ? Error{unfitError, {}} : Status(); }
 
 private:
     FakeCalls& m_calls;
     FakeClock& m_clock;
-};
-
-/// Files by machine path, without regard to case and separator. Folders are not modelled but for the missing
-/// ones. The drive lies in the host's folder "/machine".
-class FakeFiles : public Files
-{
-public:
-    explicit FakeFiles(FakeCalls& calls) : m_calls(calls) { }
-
-    void put(QStringView path, const QByteArray& content);
-    /// The content; nothing if there is no such file.
-    std::optional<QByteArray> content(QStringView path) const;
-    /// Folders that can't be entered and in which no file can be made.
-    void addMissingFolder(QStringView path) { m_missing.append(normal(path)); }
-
-    QString currentDirectory;
-    qint64 readsFailAt = -1; ///< in bytes from the begin of a file; -1 for nowhere
-    QHash<QString, QString> fileVersions; ///< by machine path in lower case
-
-    Result<std::unique_ptr<QIODevice>> openForReading(QStringView path) override;
-    Result<std::unique_ptr<QIODevice>> openForWriting(QStringView path) override;
-    Status remove(QStringView path) override;
-    /// Patterns like "*.exe" only; the names come in lower case.
-    Result<QStringList> find(QStringView pattern) override;
-    Result<QString> fileVersion(QStringView path) override;
-    Status setCurrentDirectory(QStringView path) override;
-    Result<QString> hostPath(QStringView path) const override;
-    Result<QString> machinePath(const QString& hostPath) const override;
-
-private:
-    static QString normal(QStringView path);
-    FakeCalls& m_calls;
-    std::map<QString, std::shared_ptr<QByteArray>> m_files;
-    QStringList m_missing;
 };
 
 class FakeSystemInfo : public SystemInfo
@@ -123,16 +158,68 @@ public:
     ProcessorInfo processorInfo;
     quint64 memory = 0;
 
-    Result<QString> computerName() const override;
-    Result<SystemVersion> version() const override;
+    Result<QString> computerName() const override
+    {
+        return m_calls.attempt<Result<QString>>({}, [this] { return name; });
+    }
+    Result<SystemVersion> version() const override
+    {
+        return m_calls.attempt<Result<SystemVersion>>({}, [this] { return systemVersion; });
+    }
     ProcessorInfo processors() const override { return processorInfo; }
-    Result<quint64> physicalMemory() const override;
+    Result<quint64> physicalMemory() const override
+    {
+        return m_calls.attempt<Result<quint64>>({}, [this] { return memory; });
+    }
     QString windowsDirectory() const override { return QStringLiteral("C:\\Windows"); }
-    Result<QString> fileVersion(const QString& hostPath) const override;
-    QString errorText(quint32 number) const override;
+    Result<QString> fileVersion(const QString& hostPath) const override
+    {
+        return m_calls.attempt<Result<QString>>({}, [&]() -> Result<QString> {
+            if (!fileVersions.contains(hostPath))
+                return Error{error::FileNotFound, {}};
+            return fileVersions.value(hostPath);
+        });
+    }
+    QString errorText(quint32 number) const override
+    {
+        return texts.contains(number) ? texts.value(number) + u"\r\n"_s : QString();
+    }
 
 private:
     FakeCalls& m_calls;
+};
+
+class FakeWindow : public ForeignWindow
+{
+public:
+    FakeWindow(FakeCalls& calls, QString title, bool& iconic)
+        : m_calls(calls)
+        , m_title(std::move(title))
+        , m_iconic(iconic)
+    {
+    }
+    bool isIconic() const override { return m_iconic; }
+    void restore() override
+    {
+        m_iconic = false;
+        m_calls.log(u"restore "_s + m_title);
+    }
+    void bringForward() override { m_calls.log(u"bring forward "_s + m_title); }
+
+private:
+    FakeCalls& m_calls;
+    QString m_title;
+    bool& m_iconic;
+};
+
+class FakeSubscription : public MessageSubscription
+{
+public:
+    explicit FakeSubscription(std::function<void()> end) : m_end(std::move(end)) { }
+    ~FakeSubscription() override { m_end(); }
+
+private:
+    std::function<void()> m_end;
 };
 
 /// The session. Log: "broadcast MESSAGE [past hung windows]", "lock workstation", "restore TITLE", "bring
@@ -148,19 +235,72 @@ public:
 
     int subscriptions() const { return int(m_handlers->size()); }
 
-    QString abbreviatedLanguageName(Locale locale) const override;
-    std::unique_ptr<ForeignWindow> findWindow(QStringView title) override;
+    QString abbreviatedLanguageName(Locale locale) const override
+    {
+        return locale == Locale::UserDefault ? userLanguage : systemLanguage;
+    }
+    std::unique_ptr<ForeignWindow> findWindow(QStringView title) override
+    {
+        const auto found = windows.find(title.toString());
+        return found == windows.end() ? nullptr : std::make_unique<FakeWindow>(m_calls, found.key(), *found);
+    }
     std::unique_ptr<MessageSubscription> subscribe(
-        QStringView message, std::function<void()> handler) override;
-    void broadcast(QStringView message, HungWindows hung) override;
+        QStringView message, std::function<void()> handler) override
+    {
+        const int id = m_nextHandler++;
+        m_handlers->emplace(id, std::pair(message.toString(), std::move(handler)));
+        return std::make_unique<FakeSubscription>([handlers = m_handlers, id] { handlers->erase(id); });
+    }
+    void broadcast(QStringView message, HungWindows hung) override
+    {
+        m_calls.log(
+            u"broadcast "_s % message % (hung == HungWindows::AreAwaited ? u""_s : u" past hung windows"_s));
+        for (const auto& [id, subscription] : Handlers(*m_handlers)) {
+            if (subscription.first == message)
+                subscription.second();
+        }
+    }
     LockKeys lockKeys() const override { return {}; }
-    Status lockWorkstation() override;
+    Status lockWorkstation() override
+    {
+        return m_calls.attempt<Status>(u"lock workstation"_s, [] { return Status(); });
+    }
 
 private:
     using Handlers = std::map<int, std::pair<QString, std::function<void()>>>;
     FakeCalls& m_calls;
     std::shared_ptr<Handlers> m_handlers = std::make_shared<Handlers>();
     int m_nextHandler = 0;
+};
+
+class FakeEventLog : public EventLog
+{
+public:
+    FakeEventLog(FakeCalls& calls, const std::vector<EventEntry>& entries, EventSpan span)
+        : m_calls(calls)
+        , m_entries(entries)
+        , m_span(span)
+        , m_mark(calls)
+    {
+    }
+    bool next(EventEntry& entry) override
+    {
+        if (m_calls.note({}))
+            return false;
+        while (m_next < m_entries.size()) {
+            entry = m_entries[m_next++];
+            if (m_span.contains(entry.timeGenerated))
+                return true;
+        }
+        return false;
+    }
+
+private:
+    FakeCalls& m_calls;
+    const std::vector<EventEntry>& m_entries;
+    EventSpan m_span;
+    std::size_t m_next = 0;
+    OpenMark m_mark;
 };
 
 /// Event logs in memory, "System" and "Application".
@@ -174,8 +314,18 @@ public:
     /// The entries by the log's name, the oldest first. A log that isn't there can't be opened.
     std::map<QString, Entries> logs{{QStringLiteral("System"), {}}, {QStringLiteral("Application"), {}}};
 
-    Result<std::unique_ptr<EventLog>> open(QStringView name, EventSpan span) override;
-    Status report(QStringView name, const EventEntry& entry) override;
+    Result<std::unique_ptr<EventLog>> open(QStringView name, EventSpan span) override
+    {
+        using Given = Result<std::unique_ptr<EventLog>>;
+        return m_calls.attempt<Given>(u"open log "_s % name, [&]() -> Given {
+            const auto found = logs.find(name.toString());
+            if (found == logs.end())
+                return Error{error::FileNotFound, {}};
+            return std::unique_ptr<EventLog>(std::make_unique<FakeEventLog>(m_calls, found->second, span));
+        });
+    }
+    // Nobody above the platform reports an event.
+    Status report(QStringView, const EventEntry&) override { return Error{error::AccessDenied, {}}; }
 
 private:
     FakeCalls& m_calls;
@@ -197,7 +347,16 @@ public:
     FakeEventLogs fakeEventLogs{calls};
 
     /// Registers a stopped emulator service, in the registry and with the manager, with its prerequisites.
-    FakeServiceControl::Script& addInstance(const QString& name, const QStringList& prerequisites = {});
+    FakeServiceControl::Script& addInstance(const QString& name, const QStringList& prerequisites = {})
+    {
+        const QString path = u"SYSTEM\\CurrentControlSet\\Services\\"_s + name;
+        fakeRegistry.load(
+            u"[%1]\nGroup=TargetPlatformEmulator\nDependOnService=multi:%2\n[%1\\Parameters]\nTargetPlatformEmulator=sample"_s
+                .arg(path, prerequisites.join(u'|')));
+        FakeServiceControl::Script& service = fakeServices.service(name);
+        service.config.dependencies = prerequisites;
+        return service;
+    }
 
     Registry& registry() override { return fakeRegistry; }
     ServiceControl& services() override { return fakeServices; }
@@ -222,13 +381,25 @@ public:
 
     std::vector<bool> answers;
 
-    void inform(const QString& text, quint32 periodMilliseconds) override;
-    void message(const QString& text) override;
-    bool ask(const QString& question) override;
-    bool confirmRemoval(const QString& serviceName) override;
+    void inform(const QString& text, quint32 periodMilliseconds) override
+    {
+        m_machine.calls.log(u"inform "_s + text + u' ' + QString::number(periodMilliseconds));
+        m_machine.fakeClock.advance(periodMilliseconds + 1000);
+    }
+    void message(const QString& text) override { m_machine.calls.log(u"message "_s + text); }
+    bool ask(const QString& question) override { return answer(u"ask "_s + question); }
+    bool confirmRemoval(const QString& serviceName) override { return answer(u"confirm "_s + serviceName); }
 
 private:
-    bool answer();
+    bool answer(const QString& asked)
+    {
+        m_machine.calls.log(asked);
+        if (answers.empty())
+            return true;
+        const bool next = answers.front();
+        answers.erase(answers.begin());
+        return next;
+    }
     FakeMachine& m_machine;
 };
 
