@@ -48,6 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (!plain.messages.empty() && (begins.empty() || begins.front() > 0))
         begins.insert(begins.begin(), 0);
     begins.push_back(qsizetype(plain.messages.size()));
+    buffer.seek(0);
     const quoril::LogRange whole = quoril::wholeLog(buffer);
     const auto runs = listRuns(buffer, whole);
     expect(runs.size() == begins.size() - 1);
