@@ -66,19 +66,6 @@ TEST(RealHive, IsTheSameAfterARewrite)
     }
 }
 
-TEST(RealHive, WithZeroedBinsIsReadButNeverWrittenAgain)
-{
-    const QByteArray bytes = realData(u"SYSTEM-corrupt"_s);
-    if (bytes.isEmpty())
-        GTEST_SKIP() << "QUORIL_REAL_DATA is not set";
-    const Result<regf::Hive> hive = regf::Hive::parse(bytes);
-    ASSERT_TRUE(hive);
-    EXPECT_GT(hive->root().childCount(), 0U);
-    EXPECT_EQ(hive->rewritable().errorNumber(), error::RegistryCorrupt);
-    EXPECT_EQ(hive->serialize(0).errorNumber(), error::RegistryCorrupt);
-    EXPECT_TRUE(hive->damaged());
-}
-
 namespace {
 
 struct News

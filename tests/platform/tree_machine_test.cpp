@@ -221,20 +221,9 @@ TEST(SampleMachineTest, IsWholeHoweverManyProgramsMakeIt)
         QStringList{u"machine"_s});
 
     TreeMachine machine(folder);
-    EXPECT_EQ(*machine.systemInfo().computerName(), u"QUORIL-SAMPLE");
     EXPECT_EQ(instances(machine.registry()),
         (QStringList{u"CERES"_s, u"HEBE"_s, u"IRIS"_s, u"JUNO"_s, u"PALLAS"_s, u"Vesta-Speicher"_s,
             u"Vesta-Überwachung"_s}));
-    const auto ceres = keyAt(machine.registry(), u"SYSTEM\\CurrentControlSet\\Services\\CERES");
-    EXPECT_EQ(
-        *(*ceres)->multiString(u"DependOnService", 1023), (QStringList{u"Tcpip"_s, u"QuorilLicence"_s}));
-    EXPECT_EQ(*(*keyAt(machine.registry(),
-                    u"SYSTEM\\CurrentControlSet\\Services\\CERES\\Parameters\\pka_0\\container\\4"))
-                   ->text(u"Class", 511),
-        u"physical_scsi_device");
-    const auto version = keyAt(machine.registry(), u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion");
-    EXPECT_EQ(*(*version)->text(u"CSDVersion", 255), u"Service Pack 1");
-
     const auto log = machine.files().openForReading(u"C:\\emulators\\ceres\\CERES.LOG");
     ASSERT_TRUE(log);
     const QStringList lines = textOf((*log)->readAll()).split(u"\r\n"_s);

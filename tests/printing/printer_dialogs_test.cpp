@@ -161,21 +161,6 @@ TEST_F(PrintedPanel, TellsThatThereIsNoPrinter)
 #else // What follows drives Qt's own print dialog; that of Windows is the system's, and nobody sits before it
       // here.
 
-TEST_F(PrintedPanel, HasSixtyTwoRowsOnAPage)
-{
-    showRows(62);
-    EXPECT_EQ(print().size(), 1);
-    showRows(63);
-    const QStringList pages = print();
-    ASSERT_EQ(pages.size(), 2);
-    EXPECT_EQ(lineCount(pages[0]), 62);
-    EXPECT_EQ(lineCount(pages[1]), 1);
-
-    const QStringList copies
-        = print([](QWidget& dialog) { dialog.findChild<QSpinBox*>(u"1074"_s)->setValue(3); });
-    EXPECT_EQ(copies, pages + pages + pages);
-}
-
 TEST_F(PrintedPanel, IsTheSelectionWhereThatIsChosen)
 {
     showRows(100);

@@ -215,14 +215,6 @@ TEST(Help, HasASectionForEachCommandAndNoBrokenLink)
     }
 }
 
-TEST(ResourceModule, ActivationReplacesAllTextsAndAnUnloadedModuleBringsTheBuiltInBack)
-{
-    ActivateResourceModule(ResourceModule::load(GermanFile));
-    EXPECT_EQ(LoadText(text::Ready), u"Fertig"_s);
-    ActivateResourceModule(ResourceModule::load(u"/no/such/module.dll"_s));
-    EXPECT_EQ(LoadText(text::Ready), u"Ready"_s);
-}
-
 TEST(ResourceModule, BrokenFilesLoadNothingAndLeaveNoTrace)
 {
     const QByteArray sound = contentOf(GermanFile);

@@ -141,15 +141,6 @@ TEST_F(MainFrameTest, ARefreshKeepsTheCommandsAndDropsTheSelection)
     EXPECT_EQ(tree().topLevelItem(0)->childCount(), 0);
 }
 
-TEST_F(MainFrameTest, InReadOnlyModeTheTreeNoLongerDrivesTheFrame)
-{
-    tree().setCurrentItem(service(0));
-    frame().m_read_only = true;
-    tree().setCurrentItem(service(1));
-    EXPECT_EQ(frame().windowTitle(), u"Alpha - QUORIL Service Manager"_s);
-    EXPECT_EQ(tree().GetSelectedService().Name, u"Beta"_s);
-}
-
 TEST_F(MainFrameTest, EveryCommandHasCaptionPromptAndHelp)
 {
     for (const FrameCommand& command : frameCommands()) {
@@ -230,17 +221,11 @@ TEST_F(MainFrameTest, BarsHideAndTheAboutBoxTellsTheVersion)
     action(command::About).trigger();
 }
 
-TEST_F(MainFrameTest, TheHelpHasASectionForEveryCommand)
+TEST_F(MainFrameTest, ALinkOfTheHelpLeadsToItsSection)
 {
     action(command::HelpTopics).trigger();
     auto* const help = frame().findChild<CHelpView*>();
     ASSERT_TRUE(help && help->isVisible());
-    auto* const contents = help->findChild<QTreeWidget*>();
-    QSet<QString> sections;
-    for (QTreeWidgetItemIterator item(contents); *item; ++item)
-        sections.insert((*item)->data(0, Qt::UserRole).toString());
-    for (const FrameCommand& command : frameCommands())
-        EXPECT_TRUE(sections.contains(u"command-"_s + QString::number(command.id))) << command.id;
     QWhatsThisClickedEvent link(u"#command-32785"_s);
     QApplication::sendEvent(frame().menuBar()->actions().front()->menu(), &link);
     EXPECT_GT(help->findChild<QTextBrowser*>()->verticalScrollBar()->value(), 0) << "the link leads nowhere";
