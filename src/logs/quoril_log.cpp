@@ -11,6 +11,7 @@
 #include <array>
 #include <cstring>
 #include <future>
+#include <new>
 #include <span>
 
 namespace quoril {
@@ -220,17 +221,18 @@ LogLine QuorilLog::Chunk::lineAt(quint32 begin, quint32 end) const
 
 qint32 QuorilLog::Load(QStringView path, Keep keep)
 {
-    m_last_message = 0;
-    if (path.isEmpty())
-        return 1;
-    const auto file = machine().files().openForReading(path);
-    if (!file)
-        return 2;
-    read(**file, keep);
-    return 0;
+    return load(path, [&](QIODevice& device) { read(device, keep); });
 }
 
 qint32 QuorilLog::Load(QStringView path, const LogRange& range)
+{
+    return load(path, [&](QIODevice& device) {
+        clear();
+        Reader(*this, device, range).run();
+    });
+}
+
+qint32 QuorilLog::load(QStringView path, const std::function<void(QIODevice&)>& takeIn)
 {
     m_last_message = 0;
     if (path.isEmpty())
@@ -238,8 +240,13 @@ qint32 QuorilLog::Load(QStringView path, const LogRange& range)
     const auto file = machine().files().openForReading(path);
     if (!file)
         return 2;
-    clear();
-    Reader(*this, **file, range).run();
+    try {
+        takeIn(**file);
+    } catch (const std::bad_alloc&) {
+        // A part of a log would pass for all of it.
+        clear();
+        return 2;
+    }
     return 0;
 }
 

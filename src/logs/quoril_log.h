@@ -6,6 +6,7 @@
 #include <QStringView>
 
 #include <array>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -59,8 +60,10 @@ public:
         FromLastStart ///< only the messages from the last start mark on; all if there is none
     };
 
-    /// Reads the file at the machine path: 0 read to its end, 1 an empty path, 2 the file can't be opened.
-    /// Only a result of 0 replaces what was there. A failure while reading counts as the end of the file.
+    /// Reads the file at the machine path: 0 read to its end, 1 an empty path, 2 the file can't be opened,
+    /// or there is no memory for it, after which nothing is left of it.
+    /// Else only a result of 0 replaces what was there. A failure while reading counts as the end of the
+    /// file.
     qint32 Load(QStringView path, Keep keep = Keep::All);
     /// The same for a range of the file.
     qint32 Load(QStringView path, const LogRange& range);
@@ -107,6 +110,8 @@ private:
     };
     class Reader;
 
+    /// What both ways of loading share; `takeIn` may run out of memory.
+    qint32 load(QStringView path, const std::function<void(QIODevice&)>& takeIn);
     void clear();
     LogLine line(qsizetype number) const;
     LogLine headerOf(qsizetype message) const;

@@ -18,6 +18,8 @@
 
 namespace quoril::test {
 
+using namespace std::chrono_literals;
+
 namespace {
 
 /// The calls that a program takes, each with its answer; invalid for one without arguments.
@@ -105,7 +107,8 @@ protected:
             qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_address);
             qputenv("DBUS_SESSION_BUS_ADDRESS", m_address);
             qputenv("XDG_SESSION_ID", session);
-            ::_exit(static_cast<int>(lockWorkstationOverBus().errorNumber()));
+            ::_exit(
+                static_cast<int>(lockWorkstationOverBus({.stop = {}, .betweenLooks = 1ms}).errorNumber()));
         }
         int status = 0;
         ::waitpid(pid, &status, 0);

@@ -48,7 +48,7 @@ Status PosixSession::lockWorkstation()
         return {};
     try {
         m_locking = std::jthread([this](const std::stop_token& stop) {
-            static_cast<void>(lockWorkstationOverBus(stop));
+            static_cast<void>(lockWorkstationOverBus({stop, LockPatience().betweenLooks}));
             m_isLocking = false;
         });
     } catch (const std::system_error&) {

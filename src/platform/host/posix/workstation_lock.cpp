@@ -17,7 +17,6 @@ namespace {
 
 constexpr int AnswerWithin = 2000; // milliseconds
 constexpr int Looks = 10;
-constexpr std::chrono::milliseconds BetweenLooks(150);
 
 const QString LoginService = u"org.freedesktop.login1"_s;
 const QString LoginSession = u"org.freedesktop.login1.Session"_s;
@@ -35,17 +34,17 @@ std::optional<QVariant> call(const QDBusConnection& bus, const QString& service,
 }
 
 /// Whoever locks the screen was asked a moment ago: it takes a while until it is locked.
-template <typename Look> bool comesTrue(const Look& look, const std::stop_token& stop)
+template <typename Look> bool comesTrue(const Look& look, const LockPatience& patience)
 {
-    for (int i = 0; i < Looks && !stop.stop_requested(); ++i) {
+    for (int i = 0; i < Looks && !patience.stop.stop_requested(); ++i) {
         if (look())
             return true;
-        std::this_thread::sleep_for(BetweenLooks);
+        std::this_thread::sleep_for(patience.betweenLooks);
     }
     return false;
 }
 
-bool lockLoginSession(const QDBusConnection& bus, const std::stop_token& stop)
+bool lockLoginSession(const QDBusConnection& bus, const LockPatience& patience)
 {
     QString path = u"/org/freedesktop/login1/session/auto"_s;
     if (const QString id = qEnvironmentVariable("XDG_SESSION_ID"); !id.isEmpty()) {
@@ -61,10 +60,10 @@ bool lockLoginSession(const QDBusConnection& bus, const std::stop_token& stop)
             {LoginSession, u"LockedHint"_s});
         return hint && hint->value<QDBusVariant>().variant().toBool();
     };
-    return call(bus, LoginService, path, LoginSession, u"Lock"_s) && comesTrue(isLocked, stop);
+    return call(bus, LoginService, path, LoginSession, u"Lock"_s) && comesTrue(isLocked, patience);
 }
 
-bool lockByScreenSaver(const QDBusConnection& bus, const std::stop_token& stop)
+bool lockByScreenSaver(const QDBusConnection& bus, const LockPatience& patience)
 {
     static const std::pair<QString, QString> places[]
         = {{u"org.freedesktop.ScreenSaver"_s, u"/org/freedesktop/ScreenSaver"_s},
@@ -75,7 +74,7 @@ bool lockByScreenSaver(const QDBusConnection& bus, const std::stop_token& stop)
             const auto active = call(bus, name, path, name, u"GetActive"_s);
             return active && active->toBool();
         };
-        if (call(bus, name, path, name, u"Lock"_s) && comesTrue(isActive, stop))
+        if (call(bus, name, path, name, u"Lock"_s) && comesTrue(isActive, patience))
             return true;
     }
     return false;
@@ -83,13 +82,13 @@ bool lockByScreenSaver(const QDBusConnection& bus, const std::stop_token& stop)
 
 } // namespace
 
-Status lockWorkstationOverBus(const std::stop_token& stop)
+Status lockWorkstationOverBus(const LockPatience& patience)
 {
     const QDBusConnection system = QDBusConnection::systemBus();
-    if (system.isConnected() && lockLoginSession(system, stop))
+    if (system.isConnected() && lockLoginSession(system, patience))
         return {};
     const QDBusConnection session = QDBusConnection::sessionBus();
-    if (session.isConnected() && lockByScreenSaver(session, stop))
+    if (session.isConnected() && lockByScreenSaver(session, patience))
         return {};
     return Error{error::CallNotImplemented, {}};
 }
