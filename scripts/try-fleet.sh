@@ -27,8 +27,18 @@ stop_all()
     # shellcheck disable=SC2015
     [ ${#started[@]} -eq 0 ] || kill "${started[@]}" 2>/dev/null || true
     wait
-    quorilctl --machine "$folder/north" stop IRIS CERES Vesta-Überwachung >/dev/null 2>&1 || true
-    quorilctl --machine "$folder/south" stop CERES >/dev/null 2>&1 || true
+    # Services that the instances depend on are no instances, so each is ended by its recorded process.
+    local state pid i
+    for state in "$folder"/*/ProgramData/Quoril/services/*/state; do
+        pid=$(sed -n 's/^pid=//p' "$state" 2>/dev/null) || continue
+        if [ -n "$pid" ] && [[ $(readlink "/proc/$pid/exe") == "$folder"/* ]]; then
+            kill "$pid" || true
+        fi
+    done
+    for ((i = 0; i < 50; ++i)); do
+        pgrep -f "quoril-service-host $folder/" >/dev/null || break
+        sleep 0.1
+    done
     rm -rf "$folder"
 }
 trap stop_all EXIT
