@@ -15,27 +15,27 @@ protected:
     Run shell(const QString& script) { return finished(u"bash"_s, {u"-c"_s, script}); }
 };
 
-/// The commands of the session in the README and what they print, with "$ " before each command.
-QString readmeSession()
+/// The commands of the session in docs/quorilctl.md and what they print, with "$ " before each command.
+QString documentedSession()
 {
-    QFile readme(QStringLiteral(QUORIL_SOURCE_DIR "/README.md"));
-    EXPECT_TRUE(readme.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(readme.readAll());
+    QFile document(QStringLiteral(QUORIL_SOURCE_DIR "/docs/quorilctl.md"));
+    EXPECT_TRUE(document.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(document.readAll());
     const qsizetype begin = text.indexOf(u"```console\n"_s) + 11;
     return text.mid(begin, text.indexOf(u"```\n"_s, begin) - begin);
 }
 
-TEST_F(QuorilctlSessionTest, TheReadmesSessionGoesAsItIsWritten)
+TEST_F(QuorilctlSessionTest, TheDocumentedSessionGoesAsItIsWritten)
 {
     QString script = u"exec 2>&1\n"_s;
-    for (const QString& line : readmeSession().split(u'\n')) {
+    for (const QString& line : documentedSession().split(u'\n')) {
         if (!line.startsWith(u"$ "_s))
             continue;
         const QString quoted = QString(line).replace(u'\'', u"'\\''"_s);
         script += u"printf '%s\\n' '"_s + quoted + u"'\n"_s + line.mid(2) + u'\n';
     }
     ASSERT_GE(script.count(u"quorilctl "_s), 20) << "a session of this many commands";
-    EXPECT_EQ(shell(script).output, readmeSession().toUtf8());
+    EXPECT_EQ(shell(script).output, documentedSession().toUtf8());
 }
 
 TEST_F(QuorilctlSessionTest, HostileNamesAndPathsChangeNothingOrArriveWhole)
