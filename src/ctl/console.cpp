@@ -12,7 +12,7 @@ namespace quoril {
 
 namespace {
 
-constexpr qsizetype BufferBytes = 64 * 1024;
+constexpr qsizetype BufferBytes = qsizetype{64} * 1024;
 #ifdef Q_OS_WIN
 constexpr bool OnWindows = true;
 #else

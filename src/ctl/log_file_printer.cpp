@@ -69,8 +69,8 @@ public:
 
 private:
     // A row is at most 512 units with its escapes, and what stands before them.
-    static constexpr std::size_t RoomBytes = 128 * 1024;
-    static constexpr std::size_t RowBytes = 8 * 1024;
+    static constexpr std::size_t RoomBytes = std::size_t{128} * 1024;
+    static constexpr std::size_t RowBytes = std::size_t{8} * 1024;
 
     void takeHeader(Line line, qint32 level);
     bool takePlainHeader(Line line, QByteArrayView severity);

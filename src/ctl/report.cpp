@@ -11,8 +11,6 @@
 #include "resources/text_ids.h"
 
 #include <QFile>
-
-#include <QFile>
 #include <QFileInfo>
 
 namespace quoril {

@@ -14,7 +14,7 @@ namespace quoril {
 namespace {
 
 // Stays in the processor's own memory while it is searched.
-constexpr std::size_t BlockUnits = 128 * 1024;
+constexpr std::size_t BlockUnits = std::size_t{128} * 1024;
 static_assert(BlockUnits > LongestLine);
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
 

@@ -84,7 +84,7 @@ public:
     /// The message that a line belongs to.
     qsizetype messageOf(qsizetype line) const;
     /// The text of a line.
-    QString lineText(qsizetype line) const;
+    QString lineText(qsizetype number) const;
     /// The header of a message, as in its QuorilLogMessage.
     qint32 levelOf(qsizetype message) const;
     std::array<qint32, 6> timeOf(qsizetype message) const;

@@ -90,7 +90,7 @@ QPushButton* PreviewDialog::addButton(quint32 id, void (PreviewDialog::*action)(
 
 void PreviewDialog::connectKeys()
 {
-    const auto key = [this](QKeySequence keys, const std::function<void()>& action) {
+    const auto key = [this](const QKeySequence& keys, const std::function<void()>& action) {
         connect(new QShortcut(keys, this), &QShortcut::activated, this, action);
     };
     key(Qt::Key_PageDown, [this] { nextPage(); });

@@ -1,5 +1,4 @@
 #include "report/app_mapi.h"
-#include "platform/host/host_file.h"
 
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -25,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 CopyBytes = 256 * 1024;
+constexpr qint64 CopyBytes = qint64{256} * 1024;
 constexpr int NameTries = 26;
 
 /// Counts the temporary names of this process.

@@ -9,7 +9,7 @@ namespace quoril {
 
 namespace {
 
-constexpr std::size_t PendingUnits = 64 * 1024;
+constexpr std::size_t PendingUnits = std::size_t{64} * 1024;
 // Units go out as the machine holds them.
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
 

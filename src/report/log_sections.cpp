@@ -7,6 +7,7 @@
 #include "report/report_stream.h"
 #include "report/unit_reader.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace quoril {
@@ -41,11 +42,7 @@ public:
     }
     bool acceptAll(QStringView wanted)
     {
-        for (const QChar unit : wanted) {
-            if (!accept(unit))
-                return false;
-        }
-        return true;
+        return std::all_of(wanted.begin(), wanted.end(), [this](QChar unit) { return accept(unit); });
     }
     void skipBlanks()
     {

@@ -8,7 +8,7 @@ namespace quoril {
 
 namespace {
 
-constexpr std::size_t PieceUnits = 128 * 1024;
+constexpr std::size_t PieceUnits = std::size_t{128} * 1024;
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
 
 } // namespace

@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 LargestModule = 64 * 1024 * 1024;
+constexpr qint64 LargestModule = qint64{64} * 1024 * 1024;
 
 MenuEntry readEntry(const QJsonObject& object);
 
@@ -26,7 +26,7 @@ std::vector<MenuEntry> readEntries(const QJsonArray& array)
 {
     std::vector<MenuEntry> entries;
     entries.reserve(static_cast<size_t>(array.size()));
-    for (const QJsonValue& value : array)
+    for (const auto& value : array)
         entries.push_back(readEntry(value.toObject()));
     return entries;
 }

@@ -20,9 +20,11 @@ QString SystemMonitor::Show()
     }
     auto process = machine().processes().create(u"perfmon.exe", u"perfmon.exe");
     // A failed start drops an earlier monitor too: it is no longer ours to end.
-    m_monitor_process = process ? *std::move(process) : nullptr;
-    if (process)
+    m_monitor_process = nullptr;
+    if (process) {
+        m_monitor_process = *std::move(process);
         return {};
+    }
     const QString statement = LoadText(text::MonitorNotStarted);
     if (statement.isEmpty())
         return {};

@@ -70,6 +70,7 @@ Result<regf::Hive> readHive(QFile& file, const OpenHiveLog& openLog, std::option
     }
     const std::vector<HiveLog> logs = readLogs(openLog);
     std::vector<regf::Recovery::NamedLog> named;
+    named.reserve(logs.size());
     for (const HiveLog& log : logs)
         named.push_back({log.name, {log.bytes.data(), qsizetype(log.bytes.size())}});
     recovery.emplace(head, named);

@@ -67,7 +67,7 @@ public:
     }
 
 private:
-    static Status withoutNotFound(Status status)
+    static Status withoutNotFound(const Status& status)
     {
         return status.errorNumber() == error::FileNotFound ? Status() : status;
     }
