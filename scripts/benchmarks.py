@@ -111,6 +111,7 @@ def instances_text(path, count):
         for i in range(count):
             key = f"HKEY_LOCAL_MACHINE\\SYSTEM\\ControlSet001\\Services\\BENCH{i:05d}"
             lines = [f"[{key}]", '"Group"="TargetPlatformEmulator"', '"ImagePath"="C:\\\\q\\\\emulator.exe"',
+                     '"Type"=dword:00000010', '"Start"=dword:00000003',
                      f"[{key}\\Parameters]", '"TargetPlatformEmulator"="quoril_64"', '"Home"="C:\\\\q"']
             for setting in ("session\\log", "ram\\size", "cpu\\ace_enable", "rom\\container", "toy\\container"):
                 lines += [f"[{key}\\Parameters\\{setting}\\0]", '"Value"="setting.txt"']
@@ -223,6 +224,8 @@ def measure_machines(report, folder, counts):
         hive = machine / "Windows/System32/config/SYSTEM"
         times[count] = report.pair("quorilctl list", [BIN / "quorilctl", "--machine", machine, "list"], "hivexml",
                                    ["hivexml", hive], f"{count} instances with devices")
+        report.pair("quorilctl status", [BIN / "quorilctl", "--machine", machine, "status"], "hivexml",
+                    ["hivexml", hive], f"{count} services")
     report.growth("quorilctl list", times)
 
 
