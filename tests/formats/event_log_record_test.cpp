@@ -3,6 +3,9 @@
 #include <QtEndian>
 
 namespace quoril::test {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 EventEntry sampleEntry()

@@ -9,6 +9,9 @@
 #include <chrono>
 
 namespace quoril::test {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr quint32 Small = EvtAppender::Granularity;
