@@ -140,12 +140,14 @@ inline qint32 logLineLevel(std::span<const char16_t> line)
 /// Whether a header line has the code with which a run begins.
 inline bool isStartMark(std::span<const char16_t> header)
 {
-    // Nearly all codes differ from it in their last digits already.
+    // Nearly all codes differ from it in these digits already.
     const std::size_t end = std::min<std::size_t>(header.size(), log_column::CodeEnd);
     std::size_t column = log_column::Code;
     while (column < end && header[column] == u'0')
         ++column;
-    return column + 3 <= end && header[column] == u'2' && log_scan::asLine(header).code() == StartMarkCode;
+    static_assert(StartMarkCode == 0x249);
+    return column + 3 <= end && header[column] == u'2' && header[column + 1] == u'4' && header[column + 2] == u'9'
+        && log_scan::asLine(header).code() == StartMarkCode;
 }
 
 } // namespace quoril
