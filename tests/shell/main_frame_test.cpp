@@ -247,8 +247,8 @@ TEST(Start, EndsWithAMessageWhereItCanNotGoOn)
     person.closes(u": "_s + LoadText(text::OleInitFailed));
     EXPECT_FALSE(NoCompoundDocuments().InitInstance({u"console"_s}));
     const QString folder = QCoreApplication::applicationDirPath();
-    person.closes(u": /no/such/file was not found."_s);
-    EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, u"/no/such/file"_s}));
+    person.closes(u": no/such/file was not found."_s);
+    EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, u"no/such/file"_s}));
     person.closes(u": "_s + folder + u" : Access is denied.\r\n (0x5)"_s);
     EXPECT_FALSE(CQuorilManagerApp().InitInstance({u"console"_s, folder}));
 }
