@@ -206,8 +206,9 @@ QStringList TreeServiceDatabase::members(QStringView group) const
 
 bool TreeServiceDatabase::isSystemDriver(QStringView name) const
 {
-    const Result<ServiceConfig> found = config(name);
-    return found && found->serviceType & DriverTypes && found->startType <= start_type::Automatic;
+    const auto key = serviceKey(m_machine.registry(), name, key_access::QueryValue);
+    return key && numberOf(**key, u"Type", 0) & DriverTypes
+        && numberOf(**key, u"Start", start_type::Disabled) <= start_type::Automatic;
 }
 
 bool TreeServiceDatabase::needsItself(QStringView name, const QStringList& dependencies) const
@@ -298,10 +299,16 @@ Status TreeServiceDatabase::create(const NewService& service)
     return status ? (*transaction)->commit() : status;
 }
 
-bool TreeServiceDatabase::isMarkedForDelete(QStringView name) const
+Result<bool> TreeServiceDatabase::deleteMark(QStringView name) const
 {
     const auto key = serviceKey(m_machine.registry(), name, key_access::QueryValue);
-    return key && numberOf(**key, u"DeleteFlag", 0) != 0;
+    return key ? numberOf(**key, u"DeleteFlag", 0) != 0 : Result<bool>(key.failure());
+}
+
+bool TreeServiceDatabase::isMarkedForDelete(QStringView name) const
+{
+    const Result<bool> mark = deleteMark(name);
+    return mark && *mark;
 }
 
 Status TreeServiceDatabase::markForDelete(QStringView name)

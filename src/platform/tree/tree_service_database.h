@@ -42,6 +42,8 @@ public:
     /// 1073, 1072, 1059, 87, 123.
     Status create(const NewService& service);
 
+    /// Whether it is marked for deletion. Errors as check().
+    Result<bool> deleteMark(QStringView name) const;
     bool isMarkedForDelete(QStringView name) const;
     Status markForDelete(QStringView name);
     /// Removes a service that is marked, and its folder first: what is gone has left nothing.

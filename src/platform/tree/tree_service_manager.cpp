@@ -112,11 +112,14 @@ private:
 Result<std::unique_ptr<Service>> TreeServiceManager::openService(QStringView name, quint32 access)
 {
     const TreeServiceDatabase database(m_machine);
-    if (Status known = database.check(name); !known)
-        return known.failure();
-    removeIfForgotten(m_machine, name);
-    if (Status known = database.check(name); !known)
-        return known.failure();
+    const Result<bool> isMarked = database.deleteMark(name);
+    if (!isMarked)
+        return isMarked.failure();
+    if (*isMarked) {
+        removeIfForgotten(m_machine, name);
+        if (Status known = database.check(name); !known)
+            return known.failure();
+    }
     constexpr std::array<quint32, 4> generic = {0x2008D, 0x20002, 0x20170, AllServiceRights};
     return std::unique_ptr<Service>(
         std::make_unique<TreeService>(m_machine, name.toString(), specificRights(access, generic)));
