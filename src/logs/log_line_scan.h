@@ -146,8 +146,8 @@ inline bool isStartMark(std::span<const char16_t> header)
     while (column < end && header[column] == u'0')
         ++column;
     static_assert(StartMarkCode == 0x249);
-    return column + 3 <= end && header[column] == u'2' && header[column + 1] == u'4' && header[column + 2] == u'9'
-        && log_scan::asLine(header).code() == StartMarkCode;
+    return column + 3 <= end && header[column] == u'2' && header[column + 1] == u'4'
+        && header[column + 2] == u'9' && log_scan::asLine(header).code() == StartMarkCode;
 }
 
 } // namespace quoril
