@@ -11,7 +11,7 @@ checks=("$@")
 for check in "${checks[@]}"; do
   case "$check" in
     format)
-      git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format-14 --dry-run --Werror
+      find bench fuzz samples src tests \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format-14 --dry-run --Werror
       ;;
     tidy)
       cmake --preset tidy -Wno-dev >/dev/null
