@@ -119,6 +119,11 @@ Result<RegistryKeyHandle> TreeRegistry::localMachine()
     return RegistryKeyHandle(std::make_unique<RootKey>(m_hives));
 }
 
+RegistryKeyHandle TreeRegistry::system()
+{
+    return std::make_unique<HiveKey>(m_hives->mounted(u"SYSTEM"), QString(), key_access::Read);
+}
+
 Result<std::unique_ptr<RegistryTransaction>> TreeRegistry::beginTransaction(QStringView hiveName)
 {
     const bool isSystem = foldedEquals(hiveName, u"SYSTEM");

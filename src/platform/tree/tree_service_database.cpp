@@ -22,7 +22,7 @@ constexpr quint32 OwnProcess = 0x10;
 constexpr quint32 AnyProcess = 0x30;
 constexpr quint32 DriverTypes = 0x3; // of the kernel and of file systems
 constexpr quint32 ErrorNormal = 1;
-constexpr QStringView ServicesPath = u"SYSTEM\\CurrentControlSet\\Services";
+constexpr QStringView ServicesPath = u"CurrentControlSet\\Services";
 
 bool isValidServiceName(QStringView name)
 {
@@ -30,14 +30,13 @@ bool isValidServiceName(QStringView name)
         && !name.contains(QChar(0));
 }
 
-Result<RegistryKeyHandle> servicesKey(Registry& registry, quint32 access)
+Result<RegistryKeyHandle> servicesKey(TreeRegistry& registry, quint32 access)
 {
-    const Result<RegistryKeyHandle> root = registry.localMachine();
-    return root ? openPath(**root, ServicesPath, access) : Result<RegistryKeyHandle>(root.failure());
+    return openPath(*registry.system(), ServicesPath, access);
 }
 
 /// The key of a service; a key without a type is none.
-Result<RegistryKeyHandle> serviceKey(Registry& registry, QStringView name, quint32 access)
+Result<RegistryKeyHandle> serviceKey(TreeRegistry& registry, QStringView name, quint32 access)
 {
     if (!isValidServiceName(name))
         return Error{error::InvalidName, name.toString()};
@@ -92,7 +91,7 @@ Status setDependencies(RegistryKey& key, const QStringList& dependencies)
     return setList(key, u"DependOnGroup", groups);
 }
 
-QStringList storedNames(Registry& registry)
+QStringList storedNames(TreeRegistry& registry)
 {
     QStringList names;
     const auto services = servicesKey(registry, key_access::Read);
