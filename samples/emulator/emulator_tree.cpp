@@ -102,8 +102,8 @@ int runOnPlatform(const QStringList& arguments)
     const std::optional<Behaviour> behaviour = Behaviour::from(arguments);
     const QString service = qEnvironmentVariable("QUORIL_SERVICE");
     if (!behaviour || service.isEmpty()) {
-        say(behaviour ? u"The emulator runs as a service: install it and start that."_s
-                      : u"quoril-emulator: unknown option; --help tells the known ones"_s);
+        say(behaviour ? u"quoril-emulator runs as a service: register one with --install, then start that."_s
+                      : u"quoril-emulator: these options can't be read; --help lists what there is"_s);
         return FailedStatus;
     }
     TreeMachine machine(qEnvironmentVariable("QUORIL_MACHINE"));

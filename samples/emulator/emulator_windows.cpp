@@ -125,7 +125,7 @@ int runOnPlatform(const QStringList& arguments)
     }
     const std::optional<Behaviour> behaviour = Behaviour::from(arguments);
     if (!behaviour) {
-        say(u"quoril-emulator: unknown option; --help tells the known ones"_s);
+        say(u"quoril-emulator: these options can't be read; --help lists what there is"_s);
         return FailedStatus;
     }
     behaviourOfService = *behaviour;
@@ -136,7 +136,7 @@ int runOnPlatform(const QStringList& arguments)
     const SERVICE_TABLE_ENTRYW table[] = {{noName, serviceMain}, {nullptr, nullptr}};
     if (::StartServiceCtrlDispatcherW(table))
         return 0;
-    say(u"The emulator runs as a service: install it and start that."_s);
+    say(u"quoril-emulator runs as a service: register one with --install, then start that."_s);
     return FailedStatus;
 }
 

@@ -23,7 +23,7 @@ Error noMachine(const QString& folder, quint32 number)
         return {number,
             QStringLiteral("QUORIL_MACHINE is set and empty; give it the folder of a machine, or unset it.")};
     QString told = LoadText(text::MachineNotOpened);
-    for (const QString& part : {folder, windowsMessage(number).trimmed()})
+    for (const QString& part : {folder, numberedWindowsMessage(number)})
         told.replace(told.indexOf(QStringLiteral("%s")), 2, part);
     return {number, told};
 }

@@ -5,6 +5,7 @@
 #include "formats/name_case.h"
 #include "platform/files.h"
 #include "platform/machine.h"
+#include "platform/processes.h"
 #include "services/service_by_name.h"
 
 #include <QFileInfo>
@@ -15,6 +16,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// The number that a service ended with. Those of a service's own mean nothing to the system.
+QString endText(quint32 code)
+{
+    const QString known = ServiceApp::ErrorText(code);
+    return known.contains(u' ') ? known : u"it ended with exit code %1 (%2)"_s.arg(code).arg(known);
+}
+
 /// What a service that doesn't run is doing, and why if that is known.
 QString conditionOf(const ServiceInfo& service)
 {
@@ -24,7 +32,7 @@ QString conditionOf(const ServiceInfo& service)
     if (service.StartType == qint32(start_type::Disabled))
         return state + u" and disabled"_s;
     const quint32 code = service.Reported.win32ExitCode;
-    return code == error::Success ? state : state + u": "_s + ServiceApp::ErrorText(code);
+    return code == error::Success ? state : state + u": "_s + endText(code);
 }
 
 } // namespace
@@ -61,7 +69,7 @@ void adviseState(Ctl& ctl, const ServiceInfo& service)
     const bool rests = state == service_state::Stopped || state == service_state::Running
         || state == service_state::Paused;
     ctl.console.tell(u"%1 is %2%3; try \"quorilctl status %1\" and \"quorilctl logs %1\"."_s.arg(
-        service.Name, rests ? QString() : u"still "_s, stateWord(state)));
+        service.Name, rests ? QString() : u"still "_s, conditionOf(service)));
 }
 
 void adviseStop(Ctl& ctl, Instances& instances, const ServiceInfo& service)
@@ -103,6 +111,9 @@ void adviseExecutable(Ctl& ctl, const QString& path)
     const auto host = machine().files().hostPath(path);
     if (host && !QFileInfo(*host).isExecutable())
         ctl.console.tell(u"\"%1\" can't be executed: it is there, but not marked as a program."_s.arg(path));
+    else if (host && machine().processes().canRun(path).errorNumber() == error::BadExeFormat)
+        ctl.console.tell(
+            u"\"%1\" is no program for this system; are --config and --executable swapped?"_s.arg(path));
 }
 
 } // namespace quoril

@@ -68,10 +68,11 @@ const ParsedOption& ParsedOption::excludes(const ParsedOption& other) const
 
 const ParsedOption& ParsedOption::oneOf(const QStringList& words) const
 {
-    std::vector<std::string> known;
-    for (const QString& word : words)
-        known.push_back(word.toStdString());
-    m_option->check(CLI::IsMember(known, CLI::ignore_case));
+    m_option->check([words](const std::string& given) {
+        return words.contains(QString::fromStdString(given), Qt::CaseInsensitive)
+            ? std::string()
+            : '"' + given + "\" is none of " + words.join(u", "_s).toStdString();
+    });
     return *this;
 }
 

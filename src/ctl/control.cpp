@@ -213,7 +213,8 @@ void declareRemove(const CommandParser& parser, RemoveOptions& options)
 int remove(Ctl& ctl, const RemoveOptions& options)
 {
     if (!options.yes && !ctl.console.canAsk())
-        return usageError(ctl, u"remove can ask nobody here; --yes removes without asking"_s);
+        return usageError(
+            ctl, u"remove asks at a terminal, and there is none; --yes removes without asking"_s);
     ConsolePrompts prompts(ctl.console);
     quint32 refusal = error::Success;
     const int removed = ServiceApp().RemoveService(options.name, !options.yes, prompts, &refusal);

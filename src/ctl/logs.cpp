@@ -38,7 +38,7 @@ void declareLogs(const CommandParser& parser, LogsOptions& options)
     parser.addTexts("names", options.names, "Names of instances").required().valueName("NAME");
     const ParsedOption from
         = parser.addText("--from", options.from, "Events of the Windows logs from this local time on");
-    const ParsedOption to = parser.addText("--to", options.to, "Events up to 15 seconds behind this time");
+    const ParsedOption to = parser.addText("--to", options.to, "Events up to 15 seconds after this time");
     from.valueName("TIME");
     to.valueName("TIME");
     const ParsedOption run = parser.addText(
@@ -70,7 +70,7 @@ std::optional<quint32> takeMoment(Ctl& ctl, const QString& text)
         return 0;
     const auto moment = parseMoment(text);
     if (!moment)
-        usageError(ctl, u"\"%1\" is no time; write 2026-11-30T18:00:00"_s.arg(text));
+        usageError(ctl, u"\"%1\" is no time; write 2026-11-30T18:00:00 or 2026-11-30"_s.arg(text));
     return moment ? std::optional(quint32(*moment)) : std::nullopt;
 }
 
@@ -155,7 +155,8 @@ int printLogs(Ctl& ctl, const std::vector<ServiceInfo*>& services, const LogChoi
             }
             LogTableBuilder builder;
             builder.AddWindowsLogs(*service);
-            builder.AddEmulatorLog(*service, range);
+            if (!builder.AddEmulatorLog(*service, range))
+                code = exit_code::Failed;
             table = builder.take();
         }
         printer.print(service->Name, table);

@@ -47,7 +47,7 @@ int checkFiles(Ctl& ctl, const CheckOptions&)
 {
     auto* const tree = dynamic_cast<TreeMachine*>(&machine());
     if (!tree)
-        return failure(ctl, u"--machine names no tree"_s, error::NotSupported);
+        return failure(ctl, u"Only a tree can be checked; name one with --machine."_s, error::NotSupported);
     std::vector<CheckedFile> files;
     {
         const Progress progress(ctl.console, u"Reading the hives and event logs..."_s);

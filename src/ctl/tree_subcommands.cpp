@@ -1,5 +1,6 @@
 // machine: trees in folders.
 
+#include "ctl/output.h"
 #include "ctl/subcommand.h"
 #include "platform/machine.h"
 #include "platform/tree/message_table.h"
@@ -33,14 +34,22 @@ int pathFailure(Ctl& ctl, const QString& path, const Error& error)
 {
     const QString detail
         = error.detail.isEmpty() || error.detail == path ? QString() : u": "_s + error.detail;
-    ctl.console.tell(path + detail + u": "_s + windowsMessage(error.number).trimmed());
+    ctl.console.tell(path + detail + u": "_s + numberedWindowsMessage(error.number));
     return exit_code::Failed;
 }
 
 int create(Ctl& ctl, const CreateOptions& options)
 {
     const Status made = createSampleMachine(options.folder);
-    return made ? exit_code::Done : pathFailure(ctl, options.folder, made.failure());
+    if (!made) {
+        pathFailure(ctl, options.folder, made.failure());
+        if (made.errorNumber() == error::FileExists)
+            ctl.console.tell(u"Give a folder that does not exist yet."_s);
+        return exit_code::Failed;
+    }
+    if (ctl.json)
+        printJson(ctl.console, {{"folder"_L1, options.folder}});
+    return exit_code::Done;
 }
 
 struct RegistryOptions
@@ -51,7 +60,7 @@ struct RegistryOptions
 
 void declareImport(const CommandParser& parser, RegistryOptions& options)
 {
-    parser.addText("file", options.file, "Text of the registry editor (.reg)").required().valueName("FILE");
+    parser.addText("file", options.file, "File of the registry editor (.reg)").required().valueName("FILE");
 }
 
 void declareExport(const CommandParser& parser, RegistryOptions& options)
@@ -68,7 +77,8 @@ Result<TreeRegistry*> treeRegistry()
 {
     auto* const registry = dynamic_cast<TreeRegistry*>(&machine().registry());
     return registry ? Result<TreeRegistry*>(registry)
-                    : Error{error::NotSupported, u"--machine names no tree"_s};
+                    : Error{error::NotSupported,
+                        u"only the registry of a tree is reached this way; name one with --machine"_s};
 }
 
 /// What a device or a pipe gives may have no end. The text of a whole hive is shorter by far.
@@ -83,7 +93,7 @@ Result<QByteArray> readText(QFile& file)
             return text;
         text += piece;
     }
-    return Error{error::FileTooLarge, u"a text has 256 MB at most"_s};
+    return Error{error::FileTooLarge, u"a .reg file may have at most 256 MB"_s};
 }
 
 int importText(Ctl& ctl, const RegistryOptions& options)
@@ -96,7 +106,11 @@ int importText(Ctl& ctl, const RegistryOptions& options)
     const Result<TreeRegistry*> registry = treeRegistry();
     const Result<QByteArray> text = registry ? readText(file) : registry.failure();
     const Status imported = text ? importRegistryText(**registry, *text) : Status(text.failure());
-    return imported ? exit_code::Done : pathFailure(ctl, options.file, imported.failure());
+    if (!imported)
+        return pathFailure(ctl, options.file, imported.failure());
+    if (ctl.json)
+        printJson(ctl.console, {{"file"_L1, options.file}});
+    return exit_code::Done;
 }
 
 int exportText(Ctl& ctl, const RegistryOptions& options)
@@ -106,13 +120,17 @@ int exportText(Ctl& ctl, const RegistryOptions& options)
         = registry ? exportRegistryText(**registry, options.key) : Result<QByteArray>(registry.failure());
     if (!text)
         return pathFailure(ctl, options.key, text.failure());
-    if (options.file.isEmpty()) {
-        // A file gets the 16-bit units of the registry editor, everything else UTF-8.
-        QString shown = QStringDecoder(QStringDecoder::Utf16LE)(*text);
-        ctl.console.lines(shown.remove(u'\r').trimmed());
-        return exit_code::Done;
-    }
-    return replaceFile(ctl, options.file, *text);
+    // A file gets the 16-bit units of the registry editor, everything else UTF-8.
+    QString shown;
+    if (options.file.isEmpty())
+        shown = QString(QStringDecoder(QStringDecoder::Utf16LE)(*text)).remove(u'\r').trimmed();
+    else if (replaceFile(ctl, options.file, *text) != exit_code::Done)
+        return exit_code::Failed;
+    if (ctl.json)
+        printJson(ctl.console, {{"key"_L1, options.key}, {"file"_L1, options.file}, {"text"_L1, shown}});
+    else if (options.file.isEmpty())
+        ctl.console.lines(shown);
+    return exit_code::Done;
 }
 
 } // namespace
@@ -122,9 +140,9 @@ void addMachineSubcommands(Ctl& ctl, const CommandParser& parser)
     const CommandParser machine = parser.addGroup("machine", "Make a machine and change its registry");
     addSubcommand(ctl, machine, "create", "Make the sample machine in a new folder", Needs::Nothing,
         declareCreate, create);
-    addSubcommand(ctl, machine, "import", "Carry out a .reg text", Needs::Machine, declareImport, importText);
-    addSubcommand(
-        ctl, machine, "export", "Print a key as a .reg text", Needs::Machine, declareExport, exportText);
+    addSubcommand(ctl, machine, "import", "Import a .reg file", Needs::Machine, declareImport, importText);
+    addSubcommand(ctl, machine, "export", "Print a key in the form of a .reg file", Needs::Machine,
+        declareExport, exportText);
     addMachineCheck(ctl, machine);
 }
 

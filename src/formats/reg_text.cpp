@@ -102,7 +102,7 @@ bool Parser::skipLine()
             ++m_place;
     }
     if (!atLineEnd())
-        return fail("something stands behind the end of the statement");
+        return fail("something follows the end of the statement");
     if (!accept(u"\r\n"))
         ++m_place;
     ++m_line;
@@ -168,7 +168,7 @@ bool Parser::valueLine()
         return false;
     skipBlanks();
     if (!accept(u"="))
-        return fail("no equals sign behind the name of a value");
+        return fail("no equals sign after the name of a value");
     skipBlanks();
     if (!valueData())
         return false;

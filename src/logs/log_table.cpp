@@ -190,7 +190,7 @@ void LogTableBuilder::AddWindowsLogs(ServiceInfo& service)
     }
 }
 
-void LogTableBuilder::AddEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range)
+bool LogTableBuilder::AddEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range)
 {
     const auto log = std::make_shared<QuorilLog>();
     const qint32 result = range ? log->Load(service.LogFile, *range)
@@ -206,6 +206,7 @@ void LogTableBuilder::AddEmulatorLog(const ServiceInfo& service, const std::opti
         AddMessageRows(log, range ? 0 : log->m_last_message);
         break;
     }
+    return result != 2;
 }
 
 PanelTable BuildEmptyLogTable()

@@ -44,8 +44,8 @@ public:
     /// period in the service and reads its AppLog anew; what can't be read shows not at all.
     void AddWindowsLogs(ServiceInfo& service);
     /// Messages of an instance's own log, those of a range or else from its last start mark on; or a row that
-    /// tells why there are none.
-    void AddEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range = std::nullopt);
+    /// tells why there are none. False for a log that the instance names and that can't be read.
+    bool AddEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range = std::nullopt);
 
     PanelTable take() { return std::move(m_table); }
 

@@ -207,12 +207,12 @@ TEST_F(CtlTest, JsonHasTheDocumentedFields)
              u"logs --list-runs CERES"_s, u"log FILE.log"_s, u"log --summary FILE.log"_s,
              u"events FILE.evt"_s, u"events --summary FILE.evt"_s, u"schedule start@+0=Iris stop@+0=iris"_s,
              u"report CERES --output FILE"_s, u"wait CERES --for running --timeout 0"_s,
-             u"remove --yes Iris"_s}) {
-        const QString name
-            = line.section(u' ', 0, line.contains(u" --summary"_s) || line.contains(u"--list"_s) ? 1 : 0);
+             u"remove --yes Iris"_s, u"machine create FILEmachine"_s}) {
+        const QString name = line.section(
+            u' ', 0, line.contains(QRegularExpression(u" --summary| --list|^machine"_s)) ? 1 : 0);
         left.removeOne(name);
         const CtlRun done = run(words(line) << u"--json"_s);
-        EXPECT_EQ(done.code, line.startsWith(u"wait"_s) ? 1 : 0) << done.errors;
+        EXPECT_EQ(done.code, int(line.startsWith(u"wait"_s))) << done.errors;
         const QJsonDocument json = done.json();
         const QJsonArray objects = json.isArray() ? json.array() : QJsonArray{json.object()};
         ASSERT_FALSE(objects.isEmpty()) << done.output;
@@ -229,6 +229,10 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
 {
     m_machine.addInstance(u"Locked"_s).errors
         = {{u"start"_s, error::AccessDenied}, {u"delete"_s, error::AccessDenied}};
+    m_machine.addInstance(u"Unread"_s);
+    m_machine.fakeRegistry.load(
+        u"[SYSTEM\\CurrentControlSet\\Services\\Unread\\Parameters\\session\\log\\0]\n"
+        u"Value=C:\\unread.log\n");
     auto& needed = m_machine.addInstance(u"Runs"_s);
     needed.states = m_machine.addInstance(u"Uses"_s, {u"runs"_s}).states = {service_state::Running};
     needed.errors = {{u"control"_s, error::DependentServicesRunning}};
@@ -255,6 +259,7 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
         {u"start CERES --timeout 0"_s, 2, "\"0\" is no time from 1s to 24h"},
         {u"metrics --label name=x"_s, 2, "\"name=x\" is no label"},
         {u"metrics -o /none/a"_s, 1, "\"/none/a\" can't be written: "},
+        {u"logs Unread"_s, 1, ""},
         {u"start CERES --no-wait --timeout 3"_s, 2, "excludes"},
         {u"set-start-type CERES boot"_s, 2, "boot"},
         {u"logs CERES --from yesterday"_s, 2, "\"yesterday\" is no time"},
@@ -281,8 +286,8 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
         {u"report CERES -o /none/a"_s, 1, "\"/none/a\" can't be written: "},
         {u"start Locked"_s, 1, "Failed to start the service \"Locked\" Reason: Access is denied. (0x5)"},
         {u"log FILEnone"_s, 1, noFile},
-        {u"events FILEtext"_s, 1, "atext: no event log"},
-        {u"log FILEtext"_s, 1, "atext\": no log of the emulator"},
+        {u"events FILEtext"_s, 1, "atext\" is no event log"},
+        {u"log FILEtext"_s, 1, "atext\" is no log of the emulator"},
     };
     for (const Case& each : cases) {
         const CtlRun done = run(words(each.line));

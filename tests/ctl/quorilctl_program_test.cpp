@@ -10,7 +10,7 @@ TEST_F(QuorilctlProgramTest, AMachineIsMadeExportedAndImportedOnce)
     const QString key = u"HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\CERES"_s;
     EXPECT_EQ(run({u"list"_s}).errors,
         "The machine \"" + demo.toUtf8()
-            + "\" can't be opened. Reason: The system cannot find the path specified.\n");
+            + "\" can't be opened. Reason: The system cannot find the path specified. (0x3)\n");
     EXPECT_EQ(run({u"machine"_s, u"create"_s, demo}).code, 0);
     EXPECT_EQ(run({u"machine"_s, u"create"_s, demo}).code, 1);
     EXPECT_EQ(run({u"machine"_s, u"export"_s, key, u"-o"_s, file}).code, 0);

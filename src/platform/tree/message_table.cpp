@@ -183,4 +183,11 @@ QString windowsMessage(quint32 number)
     return found->text.toString().append(QStringView(u"\r\n"));
 }
 
+QString numberedWindowsMessage(quint32 number)
+{
+    const QString text = windowsMessage(number);
+    const QString code = QStringLiteral("0x") + QString::number(number, 16).toUpper();
+    return text.isEmpty() ? code : text.trimmed() + QStringLiteral(" (") + code + u')';
+}
+
 } // namespace quoril
