@@ -31,6 +31,13 @@ foreach(code DEU DEA DES DEL DEC)
     COMPONENT manager)
 endforeach()
 
+# What operators and administrators read, in the folders that its links expect.
+set(documents ${CMAKE_INSTALL_DATADIR}/doc/quoril-services-manager)
+foreach(page administering fleet instances operating quorilctl windows)
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/${page}.md DESTINATION ${documents}/docs COMPONENT manager)
+endforeach()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/fleet DESTINATION ${documents}/samples COMPONENT manager)
+
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 set(icons ${PROJECT_SOURCE_DIR}/src/resources/icons)
 install(FILES ${packaging}/linux/quoril-services-manager.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications

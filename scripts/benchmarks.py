@@ -150,7 +150,7 @@ def measure_emulator_logs(report, folder, sizes):
 
 
 def measure_last_run(report, folder, megabytes):
-    """The same run alone in its file, behind a log of years, and behind a sparse file; all on machines of their own."""
+    """The same run alone in its file, after a log of years, and after a sparse file; each on a machine of its own."""
     report.paired_table("Last run of 1 MB")
     run, years = folder / "run.log", folder / "years.log"
     subprocess.run([ROOT / "bench/make_emulator_log.py", run, "2"], check=True)
@@ -171,7 +171,7 @@ def measure_last_run(report, folder, megabytes):
                 out.write("\r\n".encode("utf-16-le"))
             out.write(content)
         logs[name] = (log, [BIN / "quorilctl", "--machine", machine, "logs", "CERES"])
-    for name, what in (("years", f"behind {megabytes} MB"), ("sparse", f"behind {20 * megabytes} MB, sparse")):
+    for name, what in (("years", f"after {megabytes} MB"), ("sparse", f"after {20 * megabytes} MB, sparse")):
         log, command = logs[name]
         report.pair("quorilctl logs", command, "quorilctl logs of the run alone", logs["alone"][1], what)
         load = [BIN / "load_emulator_log", "--last-run"]

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Fuzzes the readers of foreign bytes under the address and undefined-behaviour sanitizers and prints a table of what was
-# executed and covered. What is found grows in build/fuzz/corpus; an input that breaks a target is left in
+# Fuzzes the readers of foreign bytes under the address and undefined-behaviour sanitizers and prints the table of
+# docs/measurements.md: what was executed and covered. What is found grows in build/fuzz/corpus; an input that breaks a target is left in
 # build/fuzz/findings and ends the script with 1.
 #
 #   scripts/fuzz.sh [TARGET...]     all targets if none is given

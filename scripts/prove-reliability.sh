@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs the tests behind docs/reliability.md and prints the table of that page: a line for each case, with the tests,
+# Runs the tests that docs/reliability.md names and prints their table for docs/measurements.md: a line for each case, with the tests,
 # the steps at which a fault was put in, and the seconds that they took. Ends with 1 if a test failed or none ran.
 #
 #   scripts/prove-reliability.sh [FOLDER]     FOLDER holds the programs, build/dev/bin if not given
@@ -46,7 +46,7 @@ prove "several programs change one tree" platform_tests \
 prove "a process number used again" platform_tests '*.TakesNoOtherProcessForTheService:*.KnowsAServiceWhoseHostWasKilled'
 prove "one unreadable service among many" core_tests 'ServiceCatalogueTest.ARefusedKey*' \
     ctl_tests 'CtlTest.TellsWhatIsWrong*'
-prove "files made to hurt" formats_tests \
+prove "malicious files" formats_tests \
     'Regf.AHiveMadeToHurt*:Regf.DamageIs*:EvtReader.*:EvtxRealLog.SpansAndDamage:RegText.Faults*' \
     platform_tests 'TreeRegistryTest.RefusesATextMadeToHurt*:*.ReadsNoStateOutOfAHostileFolder'
 prove "a log cut, rotated and rewritten while it is read" core_tests \

@@ -7,7 +7,7 @@ mkdir -p "$2"
 stage=$(realpath "$2")
 cd "$(dirname "$0")/.."
 rm -rf "${stage:?}"
-mkdir -p "$stage/licences"
+mkdir -p "$stage/licences" "$stage/docs" "$stage/samples"
 
 for program in QuorilManager QuorilSetup quorilctl quoril-emulator; do
   cp "$bin/$program.exe" "$stage/"
@@ -19,6 +19,12 @@ cp "$bin"/QuorilManagerLang*.dll "$bin"/QuorilManager*.hlp "$stage/"
 sed 's/$/\r/' docs/readme-windows.txt >"$stage/README.txt"
 sed 's/$/\r/' docs/windows-checklist.md >"$stage/windows-checklist.md"
 sed 's/$/\r/' packaging/windows/check-windows.ps1 >"$stage/check-windows.ps1"
+sed 's/$/\r/' LICENSE >"$stage/LICENSE.txt"
+for page in administering fleet instances operating quorilctl windows; do
+  sed 's/$/\r/' "docs/$page.md" >"$stage/docs/$page.md"
+done
+# Not for Windows' programs: whoever manages many machines from Linux takes these as they are.
+cp -r samples/fleet "$stage/samples/"
 
 # What is linked in: Qt with what it bundles, its German texts, the command line's parser, and the compiler's own libraries.
 common=/usr/share/common-licenses
