@@ -20,12 +20,12 @@ constexpr const char* Help = R"(quoril-emulator: a stand-in for the Quoril emula
 CONFIG has lines "key = value": type, home, display-name, start (automatic, manual, disabled), depends (names
 with commas between), options (those below), and "component.parameter = value", as in session.log, ram.size.
 
-  --start-delay MS   takes so long to start, start pending meanwhile
+  --start-delay MS   takes this long to start and is start pending meanwhile
   --hang-start       stays start pending
   --no-report        never reports to the service manager
-  --die CODE         ends with CODE while it starts
-  --ignore-stop      goes on when it is asked to stop
-  --stop-delay MS    takes so long to stop, stop pending meanwhile
+  --die CODE         ends with CODE while starting
+  --ignore-stop      keeps running when it is asked to stop
+  --stop-delay MS    takes this long to stop and is stop pending meanwhile
 )";
 
 } // namespace

@@ -21,7 +21,7 @@ struct ListOptions
 
 void declareList(const CommandParser& parser, ListOptions& options)
 {
-    parser.addFlag("--names", options.namesOnly, "Print the names alone, one on each line");
+    parser.addFlag("--names", options.namesOnly, "Print only the names, one per line");
 }
 
 int list(Ctl& ctl, const ListOptions& options)
@@ -102,7 +102,7 @@ struct StatusOptions
 
 void declareStatus(const CommandParser& parser, StatusOptions& options)
 {
-    parser.addTexts("names", options.names, "Names of instances; all without one").valueName("NAME");
+    parser.addTexts("names", options.names, "Names of instances; without one, all").valueName("NAME");
 }
 
 int status(Ctl& ctl, const StatusOptions& options)

@@ -36,8 +36,8 @@ void declareControl(const CommandParser& parser, ControlOptions& options)
 {
     parser.addTexts("names", options.names, "Names of instances").required().valueName("NAME");
     const ParsedOption noWait
-        = parser.addFlag("--no-wait", options.noWait, "Come back as soon as the request is made");
-    parser.addDuration("--timeout", options.timeoutSeconds, 1, "Longest wait, 60s if not given")
+        = parser.addFlag("--no-wait", options.noWait, "Return as soon as the request is made");
+    parser.addDuration("--timeout", options.timeoutSeconds, 1, "Longest wait, by default 60s")
         .excludes(noWait);
 }
 
@@ -45,7 +45,7 @@ void declareStart(const CommandParser& parser, ControlOptions& options)
 {
     declareControl(parser, options);
     parser.addFlag(
-        "--no-prerequisites", options.alone, "Let the service manager alone start what it depends on");
+        "--no-prerequisites", options.alone, "Leave it to the service manager to start what they need");
 }
 
 /// What is waited for, and what is told meanwhile and on a failure.

@@ -19,7 +19,7 @@ namespace {
 
 constexpr const char* Description = "Manages the instances of the Quoril emulator on a machine.";
 constexpr const char* Footer = R"(
-Exit codes: 0 done, 1 failed, 2 wrong usage. quorilctl SUBCOMMAND --help tells more.)";
+Exit codes: 0 done, 1 failed, 2 wrong usage. See quorilctl SUBCOMMAND --help for more.)";
 
 void declareProgram(Ctl& ctl, const CommandParser& parser)
 {
@@ -48,7 +48,7 @@ int printOutcome(Console& console, const CommandLineParser::Outcome& outcome)
         return exit_code::Done;
     }
     if (outcome.kind == outcome.UnknownSubcommand)
-        console.tell(u"quorilctl: \"%1\" is no subcommand; --help lists them"_s.arg(outcome.text));
+        console.tell(u"quorilctl: \"%1\" is no subcommand; see \"quorilctl --help\""_s.arg(outcome.text));
     else
         console.tellLines(u"quorilctl: "_s + outcome.text);
     return exit_code::Usage;

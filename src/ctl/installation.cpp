@@ -22,10 +22,12 @@ struct InstallOptions
 void declareInstall(const CommandParser& parser, InstallOptions& options)
 {
     parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
-    parser.addText("--config", options.configuration, "Configuration file, a path of the machine or the host")
+    parser
+        .addText("--config", options.configuration,
+            "Configuration file, by its path on the machine or on this computer")
         .required()
         .valueName("FILE");
-    parser.addText("--executable", options.executable, "The product's executable, a path of the same kinds")
+    parser.addText("--executable", options.executable, "The product's executable, by a path of either kind")
         .required()
         .valueName("FILE");
 }
@@ -90,7 +92,7 @@ void addInstallationSubcommands(Ctl& ctl, const CommandParser& parser)
 {
     addSubcommand(ctl, parser, "install", "Have the product's executable register a new instance",
         Needs::Machine, declareInstall, install);
-    addSubcommand(ctl, parser, "update", "Remove an instance and have the executable register it anew",
+    addSubcommand(ctl, parser, "update", "Remove an instance and have the executable register it again",
         Needs::Machine, declareInstall, update);
 }
 

@@ -37,29 +37,30 @@ void declareLogs(const CommandParser& parser, LogsOptions& options)
 {
     parser.addTexts("names", options.names, "Names of instances").required().valueName("NAME");
     const ParsedOption from
-        = parser.addText("--from", options.from, "Events of the Windows logs from this local time on");
-    const ParsedOption to = parser.addText("--to", options.to, "Events up to 15 seconds after this time");
+        = parser.addText("--from", options.from, "Windows events from this local time on");
+    const ParsedOption to
+        = parser.addText("--to", options.to, "Windows events up to 15 seconds after this time");
     from.valueName("TIME");
     to.valueName("TIME");
     const ParsedOption run = parser.addText(
-        "--run", options.run, "A run: 0 the last, -1 the one before, 1 the first of the log; or all");
+        "--run", options.run, "One run: 0 is the last, -1 the one before, 1 the first in the log; or all");
     run.valueName("RUN");
     parser.addFlag("--last-run", options.lastRun, "The last run with its events; this is the default")
         .excludes(from)
         .excludes(to)
         .excludes(run);
-    const ParsedOption lines = parser.addNumber("-n,--lines", options.lines, "No more than the last rows");
+    const ParsedOption lines = parser.addNumber("-n,--lines", options.lines, "Only the last N rows");
     lines.valueName("N");
     const ParsedOption severity
-        = parser.addText("-p,--severity", options.priority, "Warnings and errors, or errors alone");
+        = parser.addText("-p,--severity", options.priority, "Only warnings and errors, or only errors");
     severity.valueName("warning|error").oneOf({u"warning"_s, u"error"_s});
     const ParsedOption pattern = parser.addText("-g,--grep", options.pattern,
-        "Rows in whose text the pattern is found; without capitals their case doesn't matter");
+        "Only rows whose text matches; case matters only if the pattern has capitals");
     pattern.valueName("PATTERN");
     const ParsedOption listRuns
         = parser.addFlag("--list-runs", options.listRuns, "List the runs of the instance's own log");
     listRuns.excludes(run).excludes(lines).excludes(severity).excludes(pattern);
-    parser.addFlag("-f,--follow", options.follow, "Go on with what comes, until Ctrl+C")
+    parser.addFlag("-f,--follow", options.follow, "Keep printing new rows until Ctrl+C")
         .excludes(listRuns)
         .excludes(to);
 }

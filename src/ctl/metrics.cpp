@@ -29,7 +29,7 @@ struct MetricsOptions
 void declareMetrics(const CommandParser& parser, MetricsOptions& options)
 {
     parser.addText("-o,--output", options.output, "File to replace instead of printing").valueName("FILE");
-    parser.addTexts("--label", options.labels, "Label that every row gets, such as tree=north")
+    parser.addTexts("--label", options.labels, "Label to add to every row, such as tree=north")
         .valueName("NAME=VALUE");
 }
 

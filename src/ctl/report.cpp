@@ -29,9 +29,9 @@ struct ReportOptions
 void declareReport(const CommandParser& parser, ReportOptions& options)
 {
     parser.addText("name", options.name, "Name of the instance").required().valueName("NAME");
-    parser.addText("-o,--output", options.output, "File to write; QuorilMailReport.txt if not given")
+    parser.addText("-o,--output", options.output, "File to write, by default QuorilMailReport.txt")
         .valueName("FILE");
-    parser.addFlag("--executables", options.executables, "Describe executables and drivers, too");
+    parser.addFlag("--executables", options.executables, "Also describe executables and drivers");
 }
 
 int report(Ctl& ctl, const ReportOptions& options)

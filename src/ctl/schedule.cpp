@@ -141,8 +141,8 @@ int schedule(Ctl& ctl, const ScheduleOptions& options)
 void addScheduleSubcommand(Ctl& ctl, const CommandParser& parser)
 {
     addSubcommand(ctl, parser, "schedule",
-        "Start and stop instances at given times, and wait until it is done", Needs::Machine, declareSchedule,
-        schedule);
+        "Start and stop instances at given times, and wait until all is done", Needs::Machine,
+        declareSchedule, schedule);
 }
 
 } // namespace quoril

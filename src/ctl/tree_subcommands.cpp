@@ -65,10 +65,10 @@ void declareImport(const CommandParser& parser, RegistryOptions& options)
 
 void declareExport(const CommandParser& parser, RegistryOptions& options)
 {
-    parser.addText("key", options.key, "Key below HKEY_LOCAL_MACHINE, with all below it")
+    parser.addText("key", options.key, "Key below HKEY_LOCAL_MACHINE; its subkeys are included")
         .required()
         .valueName("KEY");
-    parser.addText("-o,--output", options.file, "File to write instead of the output").valueName("FILE");
+    parser.addText("-o,--output", options.file, "File to write instead of standard output").valueName("FILE");
 }
 
 /// The registry of the tree in force; 50 where the machine in force is the live one, whose registry editor

@@ -31,8 +31,7 @@ void declareWait(const CommandParser& parser, WaitOptions& options)
         .required()
         .valueName("STATE")
         .oneOf({u"running"_s, u"stopped"_s});
-    parser.addDuration(
-        "--timeout", options.timeoutSeconds, 0, "Longest wait, 60s if not given; 0 looks once");
+    parser.addDuration("--timeout", options.timeoutSeconds, 0, "Longest wait, by default 60s; 0 looks once");
 }
 
 /// Drops those that have got there.
@@ -84,8 +83,9 @@ int wait(Ctl& ctl, const WaitOptions& options)
 
 void addWaitSubcommand(Ctl& ctl, const CommandParser& parser)
 {
-    addSubcommand(ctl, parser, "wait", "Wait until instances run or have stopped; print those that do not",
-        Needs::Machine, declareWait, wait);
+    addSubcommand(ctl, parser, "wait",
+        "Wait until instances are running or stopped; print those that are not", Needs::Machine, declareWait,
+        wait);
 }
 
 } // namespace quoril
