@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Takes the pictures of docs/pictures anew, each kind on a fresh sample machine: every window and dialog in English and
+# Takes the pictures of docs/pictures again, each kind on a fresh sample machine: every window and dialog in English and
 # German, and in German, whose texts are the longest, at twice the size.
 #   PRESET=release    the build that they are taken of
 set -euo pipefail

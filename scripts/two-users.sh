@@ -163,6 +163,6 @@ try "a private hive keeps owner, group and mode" privateHive
 try "a process that the tree's owner names is not ended" foreignProcess
 try "who may only read holds no lock" readersLock
 try "who may not lock is denied access, and the disk is not called protected" deniedNotProtected
-try "a channel folder that somebody else made is told" squattedChannel
+try "a channel folder that somebody else made is reported" squattedChannel
 try "a folder exchanged for a link lets nothing out of the tree" exchangedFolders
 exit $result

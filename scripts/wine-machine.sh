@@ -1,7 +1,7 @@
 # Sourced by the scripts that prove something with the real programs under Wine, after bin is set to their folder: a copy
 # of the template prefix that goes at the end, a folder C:\quoril in it, which is home here, with the emulator, and
 # ctl ARGUMENT..., which runs quorilctl. keep_server comes before the first service;
-# end_after may be defined anew and runs once Wine has ended.
+# end_after may be redefined and runs once Wine has ended.
 # shellcheck shell=bash
 . "$(dirname "$(realpath "${BASH_SOURCE[0]}")")/wine-environment.sh"
 unset QUORIL_MACHINE

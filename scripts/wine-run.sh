@@ -25,8 +25,8 @@ else
   keep_server
 fi
 
-# The output takes the road over a file, since services that stay would keep a pipe open. It is passed on as it comes:
-# what hangs has told where.
+# The output goes through a file, since services that stay would keep a pipe open. It is passed on as it comes, so that it
+# shows where a program hung.
 output=$(mktemp "${TMPDIR:-/tmp}/quoril-wine-output.XXXXXX")
 seconds=${QUORIL_WINE_SECONDS:-300}
 timeout --kill-after=10 "$seconds" wine "$@" </dev/null >"$output" 2>&1 &

@@ -1,4 +1,4 @@
-# What a script can tell of the list in windows-checklist.md, on a real Windows: each row is passed, failed or "look
+# Checks what a script can check of the list in windows-checklist.md, on a real Windows: each row is passed, failed or "look
 # yourself". Run it as an administrator in the folder of the programs, with Windows PowerShell 5.1 or later:
 #
 #     powershell -ExecutionPolicy Bypass -File check-windows.ps1
@@ -71,7 +71,7 @@ Test-Row '23' 'a misspelt QUORIL_MACHINE is an error' ($LASTEXITCODE -ne 0)
 $env:QUORIL_MACHINE = $named
 
 $removal = Start-Process cmd.exe -ArgumentList "/c `"`"$ctl`" remove $service <NUL >NUL 2>NUL`"" -Wait -PassThru -NoNewWindow
-Test-Row '26' 'remove asks nobody when nobody is there: wrong usage' ($removal.ExitCode -eq 2)
+Test-Row '26' 'remove without a terminal ends with wrong usage' ($removal.ExitCode -eq 2)
 
 # The modules of the console come from the system's folder.
 if (Confirm-Change 'Start the console for three seconds?') {
@@ -82,7 +82,7 @@ if (Confirm-Change 'Start the console for three seconds?') {
     [void]$process.CloseMainWindow()
     if (-not $process.WaitForExit(10000)) { $process.Kill() }
     if ($strangers.Count -eq 0) {
-        Write-Row '22' 'passed' 'the console has loaded DLLs of the system alone'
+        Write-Row '22' 'passed' 'the console has loaded only DLLs of the system'
     } else {
         Write-Row '22' 'look yourself' ('loaded from elsewhere: ' + (($strangers | ForEach-Object { $_.FileName }) -join ', '))
     }
@@ -110,7 +110,7 @@ if ($isKnown) {
         $log = Invoke-Ctl @('logs', $service)
         Test-Row '-' 'its own log is shown' ($log -match 'Start of session')
         if ($log -match 'Session started') {
-            Write-Row '11' 'passed' 'the event that it reports stands in Application'
+            Write-Row '11' 'passed' 'the event that it reports is in Application'
         } else {
             Write-Row '11' 'look yourself' 'the event that it reports is not shown'
         }

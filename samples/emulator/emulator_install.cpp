@@ -158,7 +158,7 @@ quint32 installByArguments(Machine& machine, const QStringList& arguments, const
         return error::InvalidParameter;
     }
     if (program.isEmpty()) {
-        say(u"The emulator is installed from where it lies on the machine, and this copy lies outside."_s);
+        say(u"quoril-emulator has to be run from a folder of the machine; this copy is outside of it."_s);
         return error::PathNotFound;
     }
     const Status status = install(machine, arguments[1], arguments[2], program);

@@ -85,10 +85,10 @@ void adviseStop(Ctl& ctl, Instances& instances, const ServiceInfo& service)
             running.append(other.Name);
     }
     if (running.isEmpty())
-        ctl.console.tell(u"A service that is no instance needs %1; stop it first."_s.arg(service.Name));
+        ctl.console.tell(u"A service that is not an instance needs %1; stop it first."_s.arg(service.Name));
     else
         ctl.console.tell(
-            u"These need %1 and run; stop them first: %2"_s.arg(service.Name, running.join(u", "_s)));
+            u"These need %1 and are running; stop them first: %2"_s.arg(service.Name, running.join(u", "_s)));
 }
 
 void adviseRemoval(Ctl& ctl, const QString& name, quint32 refusal)
@@ -113,7 +113,7 @@ void adviseExecutable(Ctl& ctl, const QString& path)
         ctl.console.tell(u"\"%1\" can't be executed: it is there, but not marked as a program."_s.arg(path));
     else if (host && machine().processes().canRun(path).errorNumber() == error::BadExeFormat)
         ctl.console.tell(
-            u"\"%1\" is no program for this system; are --config and --executable swapped?"_s.arg(path));
+            u"\"%1\" is not a program for this system; are --config and --executable swapped?"_s.arg(path));
 }
 
 } // namespace quoril

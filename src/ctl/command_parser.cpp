@@ -91,7 +91,7 @@ ParsedOption CommandParser::addNumber(const char* name, quint32& number, const c
 {
     const auto take = [name, &number](const std::string& given) {
         if (!CLI::detail::lexical_cast(given, number))
-            throw CLI::ValidationError(name, '"' + given + "\" is no whole number");
+            throw CLI::ValidationError(name, '"' + given + "\" is not a whole number");
     };
     return ParsedOption(m_app->add_option_function<std::string>(name, take, description));
 }
@@ -104,7 +104,7 @@ ParsedOption CommandParser::addDuration(
         const auto duration = parseDuration(QString::fromStdString(given));
         if (!duration || *duration < leastSeconds || *duration > longest)
             throw CLI::ValidationError(name,
-                '"' + given + "\" is no time from " + std::to_string(leastSeconds)
+                '"' + given + "\" is not a time from " + std::to_string(leastSeconds)
                     + "s to 24h; write 90s, 15m or 2h");
         seconds = quint32(*duration);
     };

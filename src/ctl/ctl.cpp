@@ -48,7 +48,7 @@ int printOutcome(Console& console, const CommandLineParser::Outcome& outcome)
         return exit_code::Done;
     }
     if (outcome.kind == outcome.UnknownSubcommand)
-        console.tell(u"quorilctl: \"%1\" is no subcommand; see \"quorilctl --help\""_s.arg(outcome.text));
+        console.tell(u"quorilctl: \"%1\" is not a subcommand; see \"quorilctl --help\""_s.arg(outcome.text));
     else
         console.tellLines(u"quorilctl: "_s + outcome.text);
     return exit_code::Usage;

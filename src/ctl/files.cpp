@@ -76,7 +76,7 @@ int log(Ctl& ctl, const FileOptions& options)
     }
     if (counts.messages == 0 && file.size() > 0) {
         ctl.console.tell(
-            u"\"%1\" is no log of the emulator: no line in it begins a message."_s.arg(options.path));
+            u"\"%1\" is not a log of the emulator: no line in it begins a message."_s.arg(options.path));
         return exit_code::Failed;
     }
     if (options.summary)
@@ -147,7 +147,8 @@ int events(Ctl& ctl, const FileOptions& options)
         printReader(ctl, options, *classic);
         return exit_code::Done;
     }
-    ctl.console.tell(u"\"%1\" is no event log: it is neither an .evtx nor an .Evt file."_s.arg(options.path));
+    ctl.console.tell(
+        u"\"%1\" is not an event log: it is neither an .evtx nor an .Evt file."_s.arg(options.path));
     return exit_code::Failed;
 }
 

@@ -71,7 +71,7 @@ std::optional<quint32> takeMoment(Ctl& ctl, const QString& text)
         return 0;
     const auto moment = parseMoment(text);
     if (!moment)
-        usageError(ctl, u"\"%1\" is no time; write 2026-11-30T18:00:00 or 2026-11-30"_s.arg(text));
+        usageError(ctl, u"\"%1\" is not a time; write 2026-11-30T18:00:00 or 2026-11-30"_s.arg(text));
     return moment ? std::optional(quint32(*moment)) : std::nullopt;
 }
 
@@ -86,7 +86,7 @@ bool takeRun(Ctl& ctl, const QString& text, std::optional<qsizetype>& run)
         return true;
     run.reset();
     if (text != u"all")
-        usageError(ctl, u"\"%1\" is no run; write 0, -1, 1 or all"_s.arg(text));
+        usageError(ctl, u"\"%1\" is not a run; write 0, -1, 1 or all"_s.arg(text));
     return text == u"all";
 }
 
@@ -100,7 +100,7 @@ std::optional<QRegularExpression> takePattern(Ctl& ctl, const QString& text)
     if (pattern.isValid())
         return pattern;
     usageError(ctl,
-        u"\"%1\" is no pattern: %2 at column %3"_s.arg(text, pattern.errorString())
+        u"\"%1\" is not a valid pattern: %2 at column %3"_s.arg(text, pattern.errorString())
             .arg(pattern.patternErrorOffset() + 1));
     return std::nullopt;
 }
@@ -251,7 +251,10 @@ bool chooseLogs(Ctl& ctl, ServiceInfo& service, const LogChoice& choice, std::op
     const LogRange whole = wholeLog(**log);
     range = findRun(**log, whole, choice.run);
     if (!range && choice.run != 0) {
-        failure(ctl, u"The log of %1 holds no run %2."_s.arg(service.Name).arg(*choice.run), 0);
+        failure(ctl,
+            u"The log of %1 has no run %2; see \"quorilctl logs --list-runs %1\"."_s.arg(service.Name)
+                .arg(*choice.run),
+            0);
         return false;
     }
     if (range && choice.from == 0 && choice.to == 0)

@@ -121,7 +121,7 @@ std::optional<std::vector<std::pair<QString, QString>>> commonLabels(Ctl& ctl, c
         const QString name = text.left(qMax<qsizetype>(sign, 0));
         if (!MetricsText::isLabelName(name) || taken.contains(name)) {
             usageError(ctl,
-                u"\"%1\" is no label; write NAME=VALUE such as tree=north, with a NAME that no other label has"_s
+                u"\"%1\" is not a usable label; write NAME=VALUE such as tree=north, with a NAME that no other label has"_s
                     .arg(text));
             return std::nullopt;
         }

@@ -87,7 +87,7 @@ std::optional<TimedOrder> parseOrder(QStringView text, qint64 now, QString& faul
     else if (action == u"stop")
         order.action = schedule_action::Stop;
     else
-        fault = u"it begins with neither start@ nor stop@"_s;
+        fault = u"it starts with neither start@ nor stop@"_s;
     if (order.action != 0 && (sign < 0 || sign + 1 == text.size()))
         fault = u"it has no =NAME at its end"_s;
     if (!fault.isEmpty())
@@ -95,7 +95,7 @@ std::optional<TimedOrder> parseOrder(QStringView text, qint64 now, QString& faul
     const QStringView timeText = text.sliced(at + 1, sign - at - 1);
     const auto time = parseOrderTime(timeText, now);
     if (!time) {
-        fault = u"\"%1\" is no time"_s.arg(timeText);
+        fault = u"\"%1\" is not a time"_s.arg(timeText);
         return std::nullopt;
     }
     order.time = *time;

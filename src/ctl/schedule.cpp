@@ -104,7 +104,8 @@ int schedule(Ctl& ctl, const ScheduleOptions& options)
         QString fault;
         const auto order = parseOrder(text, machine().clock().now(), fault);
         if (!order)
-            return usageError(ctl, u"\"%1\" is no order: %2; write start@18:00=NAME"_s.arg(text, fault));
+            return usageError(
+                ctl, u"\"%1\" is not an order: %2; write for example start@18:00=NAME"_s.arg(text, fault));
         orders.push_back(*order);
     }
     Instances instances;

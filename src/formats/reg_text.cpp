@@ -199,7 +199,7 @@ bool Parser::valueData()
     if (!accept(u"hex("))
         return fail("unknown form of a value");
     if (!number(m_value.type, 8) || !accept(u"):"))
-        return fail("the type of a value is no hexadecimal number in brackets");
+        return fail("the type of a value is not a hexadecimal number in brackets");
     return byteList();
 }
 

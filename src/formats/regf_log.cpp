@@ -99,7 +99,7 @@ Log::Log(QByteArrayView bytes) : m_bytes(bytes)
         return;
     }
     if (m_bytes.size() < qsizetype(Sector) || !m_bytes.startsWith("regf")) {
-        m_problem = u"is no log"_s;
+        m_problem = u"is not a log"_s;
         return;
     }
     const QByteArray head = QByteArray::fromRawData(m_bytes.data(), Sector);

@@ -32,12 +32,12 @@ std::unique_ptr<Machine> openMachine(const MachineChoice& choice)
         else if (status.errorNumber() != error::FileExists)
             say(u"The sample machine can't be made in %1: %2"_s.arg(choice.folder, status.failure().detail));
     } else if (choice.folder.isEmpty()) {
-        say(u"QUORIL_MACHINE is set and names no machine."_s);
+        say(u"QUORIL_MACHINE is set and empty; give it the folder of a machine, or unset it."_s);
     } else if (!exists) {
         const QString named = choice.origin == MachineChoice::Origin::Environment
             ? u" (named by QUORIL_MACHINE)"_s
             : QString();
-        say(u"The machine %1%2 is no folder."_s.arg(choice.folder, named));
+        say(u"The machine %1%2 is not a folder."_s.arg(choice.folder, named));
     }
     return std::make_unique<TreeMachine>(choice.folder);
 }
