@@ -1,12 +1,13 @@
 // Shows an emulator log in the panel of an off-screen window, as one process:
 //     panel FOLDER      FOLDER/panel.log is written by make_emulator_log.py
 // It prints how long the load takes by itself, how long until the view holds the table, what the first paint
-// takes then, the memory that the panel takes beyond the text that it keeps, and the time to
-// scroll by one page.
+// takes then, the memory that the panel takes beyond the text that it keeps, the time to scroll by one page,
+// and that from the command of the preview to its first page.
 #include "logs/log_table.h"
 #include "logs/quoril_log.h"
 #include "logs/quoril_manager_view.h"
 #include "platform/tree/tree_machine.h"
+#include "printing/printer_dialogs.h"
 #include "shell/service_info.h"
 
 #include <QApplication>
@@ -14,6 +15,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -36,6 +38,32 @@ public:
     }
 
     int count = 0;
+};
+
+/// Closes a dialog as soon as it has been painted, and keeps the time until then.
+class FirstSight : public QObject
+{
+public:
+    FirstSight() { QApplication::instance()->installEventFilter(this); }
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        QWidget* const dialog = QApplication::activeModalWidget();
+        if (event->type() == QEvent::Paint && dialog && nanoseconds < 0
+            && dialog->isAncestorOf(qobject_cast<QWidget*>(object))) {
+            nanoseconds = 0;
+            QTimer::singleShot(0, dialog, [this, dialog] {
+                nanoseconds = m_timer.nsecsElapsed();
+                dialog->close();
+            });
+        }
+        return false;
+    }
+    void start() { m_timer.start(); }
+
+    qint64 nanoseconds = -1;
+
+private:
+    QElapsedTimer m_timer;
 };
 
 double milliseconds(const QElapsedTimer& timer)
@@ -103,6 +131,10 @@ int main(int argc, char** argv)
     if (paints.count == 0)
         return 1;
     const double page = pageTime(view, paints);
+    FirstSight preview;
+    preview.start();
+    view.printing().preview([&view](CPrintInfo& info) { return view.OnPreparePrinting(info); },
+        [&view](PageCanvas& canvas) { view.OnDraw(canvas); }, [](QWidget&) { return false; }, &view);
     // The load by itself comes last, so that it takes no part in the memory.
     timer.start();
     const PanelTable table = BuildLogTable(service);
@@ -110,9 +142,10 @@ int main(int argc, char** argv)
 
     // The generator's text has no unit above 0xFF, so that it is kept in half the bytes of the file.
     const qsizetype rows = view.table().rowCount();
-    std::printf("%lld rows\nload %.1f ms\nload into the view %.1f ms\nfirst paint %.1f ms\n"
-                "memory a row %.1f bytes\nmemory a row beyond the text %.1f bytes\npage %.2f ms\n",
+    std::printf(
+        "%lld rows\nload %.1f ms\nload into the view %.1f ms\nfirst paint %.1f ms\n"
+        "memory a row %.1f bytes\nmemory a row beyond the text %.1f bytes\npage %.2f ms\npreview %.1f ms\n",
         static_cast<long long>(rows), load, shown, painted - shown, double(memory) / double(rows),
-        double(memory - fileSize / 2) / double(rows), page);
-    return page < 0 || table.rowCount() != rows ? 1 : 0;
+        double(memory - fileSize / 2) / double(rows), page, double(preview.nanoseconds) / 1e6);
+    return page < 0 || preview.nanoseconds <= 0 || table.rowCount() != rows ? 1 : 0;
 }

@@ -27,7 +27,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 BIN = ROOT / "build/bench/bin"
 PEERS = {"lnav": "lnav", "evtxexport": "libevtx-utils", "evtexport": "libevt-utils", "hivexml": "libhivex-bin"}
-TARGETS = ["quorilctl", "load_emulator_log", "make_event_log", "write_report", "panel", "bench_catalogue", "bench_regf"]
+TARGETS = ["quorilctl", "load_emulator_log", "make_event_log", "write_report", "panel", "window", "bench_catalogue", "bench_regf"]
 
 
 def prepare():
@@ -224,6 +224,8 @@ def measure_machines(report, folder, counts):
         hive = machine / "Windows/System32/config/SYSTEM"
         times[count] = report.pair("quorilctl list", [BIN / "quorilctl", "--machine", machine, "list"], "hivexml",
                                    ["hivexml", hive], f"{count} instances with devices")
+        report.pair("window", [BIN / "window", machine], "an empty window", [BIN / "window"],
+                    f"{count} instances with devices")
         report.pair("quorilctl status", [BIN / "quorilctl", "--machine", machine, "status"], "hivexml",
                     ["hivexml", hive], f"{count} services")
     report.growth("quorilctl list", times)
