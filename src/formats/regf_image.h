@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QStringList>
 
+#include <array>
 #include <optional>
 #include <span>
 #include <unordered_map>
@@ -81,6 +82,7 @@ private:
     std::optional<QByteArray> readData(quint32 offset, quint32 size);
     std::optional<QByteArray> readSegments(Bytes header, quint32 offset, quint32 size);
     int readSecurity(quint32 offset);
+    QString nameOf(Bytes bytes, bool latin);
 
     ZeroedBytes m_memory; ///< what m_bytes look at, unless they own their bytes
     QByteArray m_bytes;
@@ -91,6 +93,8 @@ private:
     std::vector<QByteArray> m_securities;
     QHash<QByteArray, int> m_securityIndex;
     std::unordered_map<quint32, int> m_securityByOffset;
+    /// Names that were read of late: "Value" or "0" stands below thousands of keys, and is kept once.
+    std::array<QString, 256> m_frequentNames;
 };
 
 } // namespace quoril::regf

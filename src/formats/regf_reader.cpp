@@ -9,18 +9,26 @@ namespace quoril::regf {
 
 namespace {
 
-QString nameOf(Image::Bytes bytes, bool latin)
-{
-    return latin ? QString::fromLatin1(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()))
-                 : unitsOf(bytes);
-}
-
 QByteArray copyOf(Image::Bytes bytes)
 {
     return {reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())};
 }
 
 } // namespace
+
+QString Image::nameOf(Bytes bytes, bool latin)
+{
+    if (!latin)
+        return unitsOf(bytes);
+    const QLatin1StringView name(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()));
+    if (name.isEmpty())
+        return name;
+    const std::size_t place = bytes.size() * 31 + bytes.front() * 7 + bytes.back();
+    QString& known = m_frequentNames[place % m_frequentNames.size()];
+    if (known != name)
+        known = name;
+    return known;
+}
 
 std::optional<Key::Header> Image::readKey(quint32 offset)
 {
