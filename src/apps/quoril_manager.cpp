@@ -5,6 +5,9 @@
 #include "platform/tree/tree_machine.h"
 #include "shell/command_line_info.h"
 #include "shell/quoril_manager_app.h"
+#ifdef Q_OS_UNIX
+#include "platform/host/posix/workstation_lock.h"
+#endif
 
 #include <QApplication>
 
@@ -21,6 +24,18 @@ constexpr QStringView Usage = u"Usage: QuorilManager [file]\n"
                               "  -v, --version  Shows the version.\n"
                               "\n"
                               "QUORIL_MACHINE names the folder of the machine, a Windows system tree.";
+
+/// How the workstation is locked; null where the system does that by itself.
+quoril::WorkstationLock workstationLock()
+{
+#ifdef Q_OS_UNIX
+    return [](const std::stop_token& stop) {
+        return quoril::lockWorkstationOverBus({stop, quoril::LockPatience().betweenLooks});
+    };
+#else
+    return nullptr;
+#endif
+}
 
 } // namespace
 
@@ -44,7 +59,7 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("QuorilManager"));
     // The desktop finds the window's entry and icon by it.
     QApplication::setDesktopFileName(QStringLiteral("quoril-services-manager"));
-    const auto machine = quoril::openMachine(quoril::chooseMachine({}));
+    const auto machine = quoril::openMachine(quoril::chooseMachine({}), workstationLock());
     const quoril::ScopedMachine inForce(*machine);
 
     quoril::CQuorilManagerApp console;

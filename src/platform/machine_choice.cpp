@@ -20,7 +20,7 @@ MachineChoice chooseMachine(const QString& option)
     return unnamedMachine();
 }
 
-std::unique_ptr<Machine> openMachine(const MachineChoice& choice)
+std::unique_ptr<Machine> openMachine(const MachineChoice& choice, WorkstationLock lock)
 {
     if (choice.origin == MachineChoice::Origin::Live)
         return openHostMachine();
@@ -39,7 +39,7 @@ std::unique_ptr<Machine> openMachine(const MachineChoice& choice)
             : QString();
         say(u"The machine %1%2 is not a folder."_s.arg(choice.folder, named));
     }
-    return std::make_unique<TreeMachine>(choice.folder);
+    return std::make_unique<TreeMachine>(choice.folder, lock);
 }
 
 } // namespace quoril

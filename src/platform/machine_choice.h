@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/host/host_session.h"
+
 #include <QString>
 
 #include <memory>
@@ -33,8 +35,9 @@ MachineChoice chooseMachine(const QString& option);
 MachineChoice unnamedMachine();
 
 /// The machine of that choice. Among the user's data the sample machine is made when there is none. What
-/// can't be had is told on standard error, and the machine then has an empty registry.
-std::unique_ptr<Machine> openMachine(const MachineChoice& choice);
+/// can't be had is reported on standard error, and the machine then has an empty registry. A tree's session
+/// locks the workstation by that lock.
+std::unique_ptr<Machine> openMachine(const MachineChoice& choice, WorkstationLock lock = nullptr);
 
 /// The machine that the program runs on; null where that is no Windows.
 std::unique_ptr<Machine> openHostMachine();

@@ -137,11 +137,11 @@ TEST(PosixSessionTest, KeepsAMessageAmongTheProgramsOfItsTree)
     qputenv("XDG_RUNTIME_DIR", runtime.path().toLocal8Bit());
     int argc = 0;
     QCoreApplication application(argc, nullptr);
-    PosixSession one(u"/one"_s);
+    PosixSession one(u"/one"_s, nullptr);
     int heard = 0;
     const auto subscription = one.subscribe(u"m", [&] { heard += 1; });
-    PosixSession(u"/other"_s).broadcast(u"m", HungWindows::AreAwaited);
-    PosixSession(u"/one"_s).broadcast(u"m", HungWindows::AreAwaited); // comes behind the other
+    PosixSession(u"/other"_s, nullptr).broadcast(u"m", HungWindows::AreAwaited);
+    PosixSession(u"/one"_s, nullptr).broadcast(u"m", HungWindows::AreAwaited); // comes behind the other
     for (int i = 0; i < 2000 && heard == 0; ++i)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
     QCoreApplication::processEvents();
@@ -149,10 +149,11 @@ TEST(PosixSessionTest, KeepsAMessageAmongTheProgramsOfItsTree)
     qunsetenv("XDG_RUNTIME_DIR");
 }
 
-TEST(PosixSessionTest, FindsNoWindowWithoutADisplay)
+TEST(PosixSessionTest, HasNoWindowWithoutADisplayAndLocksNothingWithoutALock)
 {
     qputenv("DISPLAY", "");
-    PosixSession session({});
+    PosixSession session({}, nullptr);
+    EXPECT_EQ(session.lockWorkstation().errorNumber(), error::CallNotImplemented);
     EXPECT_FALSE(session.findWindow(u"Performance Monitor"));
     qputenv("DISPLAY", ":65000");
     EXPECT_FALSE(session.findWindow(u"Performance Monitor"));

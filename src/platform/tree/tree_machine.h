@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/host/host_session.h"
 #include "platform/machine.h"
 #include "platform/services.h"
 #include "platform/session.h"
@@ -22,7 +23,7 @@ class TreeMachine : public Machine
 {
 public:
     /// The tree's folder is the drive C:. One that is missing makes a machine whose registry has no hives.
-    explicit TreeMachine(const QString& root);
+    explicit TreeMachine(const QString& root, WorkstationLock lock = nullptr);
     ~TreeMachine() override;
 
     TreeRegistry& registry() override { return m_registry; }

@@ -1,18 +1,17 @@
 #include "platform/host/posix/posix_session.h"
 
-#include "platform/host/host_session.h"
 #include "platform/host/posix/language_names.h"
 #include "platform/host/posix/lock_keys.h"
-#include "platform/host/posix/workstation_lock.h"
 #include "platform/host/posix/x11_windows.h"
 
 #include <system_error>
 
 namespace quoril {
 
-PosixSession::PosixSession(QString treeFolder)
+PosixSession::PosixSession(QString treeFolder, WorkstationLock lock)
     : m_treeFolder(std::move(treeFolder))
     , m_channel(BroadcastChannel::userFolder())
+    , m_lock(lock)
 {
 }
 
@@ -44,11 +43,13 @@ LockKeys PosixSession::lockKeys() const
 
 Status PosixSession::lockWorkstation()
 {
+    if (!m_lock)
+        return Error{error::CallNotImplemented, {}};
     if (m_isLocking.exchange(true))
         return {};
     try {
         m_locking = std::jthread([this](const std::stop_token& stop) {
-            static_cast<void>(lockWorkstationOverBus({stop, LockPatience().betweenLooks}));
+            static_cast<void>(m_lock(stop));
             m_isLocking = false;
         });
     } catch (const std::system_error&) {
@@ -58,9 +59,9 @@ Status PosixSession::lockWorkstation()
     return {};
 }
 
-std::unique_ptr<Session> openHostSession(const QString& treeFolder)
+std::unique_ptr<Session> openHostSession(const QString& treeFolder, WorkstationLock lock)
 {
-    return std::make_unique<PosixSession>(treeFolder);
+    return std::make_unique<PosixSession>(treeFolder, lock);
 }
 
 } // namespace quoril

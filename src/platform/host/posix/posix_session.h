@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/host/host_session.h"
 #include "platform/host/posix/broadcast_channel.h"
 #include "platform/session.h"
 
@@ -12,7 +13,7 @@ namespace quoril {
 class PosixSession : public Session
 {
 public:
-    explicit PosixSession(QString treeFolder);
+    PosixSession(QString treeFolder, WorkstationLock lock);
 
     QString abbreviatedLanguageName(Locale locale) const override;
     std::unique_ptr<ForeignWindow> findWindow(QStringView title) override;
@@ -25,6 +26,7 @@ public:
 private:
     QString m_treeFolder;
     BroadcastChannel m_channel;
+    WorkstationLock m_lock; ///< may be null
     std::atomic<bool> m_isLocking = false;
     std::jthread m_locking; ///< ends soon when it is to end
 };

@@ -27,7 +27,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<Session> openHostSession(const QString& treeFolder)
+std::unique_ptr<Session> openHostSession(const QString& treeFolder, WorkstationLock)
 {
     return std::make_unique<TreeSession>(treeFolder);
 }
