@@ -103,7 +103,8 @@ int runOnPlatform(const QStringList& arguments)
     const QString service = qEnvironmentVariable("QUORIL_SERVICE");
     if (!behaviour || service.isEmpty()) {
         say(behaviour ? u"quoril-emulator runs as a service: register one with --install, then start that."_s
-                      : u"quoril-emulator: these options can't be read; --help lists what there is"_s);
+                      : u"quoril-emulator: can't read the options \"%1\"; --help lists those there are"_s.arg(
+                          arguments.join(u' ')));
         return FailedStatus;
     }
     TreeMachine machine(qEnvironmentVariable("QUORIL_MACHINE"));

@@ -125,7 +125,8 @@ int runOnPlatform(const QStringList& arguments)
     }
     const std::optional<Behaviour> behaviour = Behaviour::from(arguments);
     if (!behaviour) {
-        say(u"quoril-emulator: these options can't be read; --help lists what there is"_s);
+        say(u"quoril-emulator: can't read the options \"%1\"; --help lists those there are"_s.arg(
+            arguments.join(u' ')));
         return FailedStatus;
     }
     behaviourOfService = *behaviour;

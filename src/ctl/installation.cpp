@@ -61,8 +61,11 @@ int run(Ctl& ctl, const InstallOptions& options, bool isUpdate)
     installer.InstallService(options.name, configuration.path, isUpdate, executable.path, prompts);
     Instances instances;
     if (installer.installed() == 0) {
-        if (isUpdate && instances.read(ctl) && !instances.lookUp(options.name))
+        const bool isInstance = instances.read(ctl) && instances.lookUp(options.name);
+        if (isUpdate && !isInstance)
             ctl.console.tell(u"No instance \"%1\"; use \"quorilctl install\"."_s.arg(options.name));
+        else if (!isUpdate && isInstance)
+            ctl.console.tell(u"%1 exists already; use \"quorilctl update\"."_s.arg(options.name));
         else
             adviseExecutable(ctl, executable.path);
         return exit_code::Failed;

@@ -139,6 +139,14 @@ std::optional<LogRange> findRun(QIODevice& log, LogRange whole, std::optional<qs
     return *run <= qsizetype(runs.size()) ? std::optional(runs[std::size_t(*run - 1)].range) : std::nullopt;
 }
 
+/// Says which log can't be read and why. The exit code.
+int unreadableLog(Ctl& ctl, const ServiceInfo& service)
+{
+    const auto log = machine().files().openForReading(service.LogFile);
+    return failure(ctl, u"The log of %1 can't be read: %2."_s.arg(service.Name, service.LogFile),
+        log ? error::NotEnoughMemory : log.errorNumber());
+}
+
 int printLogs(Ctl& ctl, const std::vector<ServiceInfo*>& services, const LogChoice& choice)
 {
     using Form = LogPrinter::Form;
@@ -157,7 +165,7 @@ int printLogs(Ctl& ctl, const std::vector<ServiceInfo*>& services, const LogChoi
             LogTableBuilder builder;
             builder.AddWindowsLogs(*service);
             if (!builder.AddEmulatorLog(*service, range))
-                code = exit_code::Failed;
+                code = unreadableLog(ctl, *service);
             table = builder.take();
         }
         printer.print(service->Name, table);

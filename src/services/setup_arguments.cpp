@@ -57,8 +57,13 @@ SetupArguments SetupArguments::read(const QStringList& arguments, const QString&
     run.imagePath = parser.value(executable);
     if (const QStringList stray = parser.positionalArguments(); !stray.isEmpty())
         return wrong(LoadText(text::StrayArgument).replace(u"%s"_s, stray.front()));
-    if (run.productName.isEmpty() || run.configurationFile.isEmpty() || run.imagePath.isEmpty())
-        return wrong(LoadText(text::SetupArguments));
+    QStringList missing;
+    for (const QCommandLineOption& option : {product, configuration, executable}) {
+        if (parser.value(option).isEmpty())
+            missing.append(u"--"_s + option.names().constFirst());
+    }
+    if (!missing.isEmpty())
+        return wrong(LoadText(text::SetupArguments).replace(u"%s"_s, missing.join(u", "_s)));
     if (const QString refusal = unsafeArgument({{}, run.configurationFile, false, run.imagePath});
         !refusal.isEmpty())
         return wrong(refusal);

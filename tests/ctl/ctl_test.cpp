@@ -259,7 +259,7 @@ TEST_F(CtlTest, TellsWhatIsWrongAndEndsWithItsCode)
         {u"start CERES --timeout 0"_s, 2, "\"0\" is not a time from 1s to 24h"},
         {u"metrics --label name=x"_s, 2, "\"name=x\" is not a usable label"},
         {u"metrics -o /none/a"_s, 1, "\"/none/a\" can't be written: "},
-        {u"logs Unread"_s, 1, ""},
+        {u"logs Unread"_s, 1, "The log of Unread can't be read: C:\\unread.log. Reason: "},
         {u"start CERES --no-wait --timeout 3"_s, 2, "excludes"},
         {u"set-start-type CERES boot"_s, 2, "boot"},
         {u"logs CERES --from yesterday"_s, 2, "\"yesterday\" is not a time"},

@@ -31,10 +31,10 @@ TEST(SetupArguments, AreReadOrToldToBeWrong)
     EXPECT_EQ(read({u"--help"_s}).kind, SetupArguments::Kind::Help);
 
     const std::pair<QStringList, const char*> wrong[] = {
-        {{}, "are needed"},
+        {{}, "--product, --config, --executable"},
         {{u"--wrong"_s}, "wrong"},
         {files(u"C:\\a b\\juno.cfg"_s, u"C:\\x.exe"_s) + QStringList(u"more"_s), "too many: more"},
-        {files({}, u"C:\\x.exe"_s), "are needed"},
+        {files({}, u"C:\\x.exe"_s), "Give --config too"},
         {files(QDir::tempPath(), u"C:\\x.exe"_s), "is a folder"},
         {files(u"C:\\none.cfg"_s, u"C:\\x.exe"_s), "C:\\none.cfg was not found."},
         {files(outside.fileName(), u"C:\\x.exe"_s), "outside the machine"},
