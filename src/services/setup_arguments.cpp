@@ -31,12 +31,11 @@ SetupArguments SetupArguments::read(const QStringList& arguments, const QString&
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        u"Installs a product of the Quoril emulator as a new service, or updates an installed one, after "
-        u"asking "
-        "which. The files are named by their path on the machine (C:\\dir\\file) or on this computer.\n\n"
-        "The name of the installed service is printed. Ends with 0, with 1 if an installation failed, or "
-        "with "
-        "2 if the arguments are wrong."_s);
+        u"Installs a product of the Quoril emulator as a new service or updates an installed one; a dialog "
+        u"asks "
+        "which. The files are given by their path on the machine (C:\\dir\\file) or on this computer.\n\n"
+        "Prints the name of the installed service. Exit codes: 0 done, or cancelled, which prints no name; "
+        "1 an installation failed; 2 wrong usage."_s);
     const QCommandLineOption product(u"product"_s, u"Name of the product."_s, u"name"_s);
     const QCommandLineOption configuration(u"config"_s, u"Its configuration file."_s, u"file"_s);
     const QCommandLineOption executable(
