@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 
 namespace quoril {
 
@@ -140,10 +141,15 @@ bool AppEventLog::ReadLog(QStringView name, qint64 from, qint64 to)
 {
     EventRecords& records = name == ApplicationLog ? m_application : m_system;
     records.clear();
-    return walkEventLines(
-        name, from, to, [&records](quint16 type, quint32 eventId, qint64 time, QStringView text) {
-            records.append(type, eventId, time, text);
-        });
+    try {
+        return walkEventLines(
+            name, from, to, [&records](quint16 type, quint32 eventId, qint64 time, QStringView text) {
+                records.append(type, eventId, time, text);
+            });
+    } catch (const std::bad_alloc&) {
+        records.clear();
+        return false;
+    }
 }
 
 } // namespace quoril

@@ -1,6 +1,7 @@
 #include "logs/panel_table.h"
 
 #include <algorithm>
+#include <new>
 
 namespace quoril {
 
@@ -60,8 +61,8 @@ PanelColour PanelTable::colour(qsizetype row) const
     return section.rows->colour(row - section.first);
 }
 
-QString ClipboardText(const PanelTable& table, const std::vector<RowRange>& rows)
-{
+Result<QString> ClipboardText(const PanelTable& table, const std::vector<RowRange>& rows)
+try {
     QString text;
     for (const RowRange& range : rows) {
         for (qsizetype row = range.first; row <= range.last; ++row) {
@@ -74,6 +75,8 @@ QString ClipboardText(const PanelTable& table, const std::vector<RowRange>& rows
         }
     }
     return text;
+} catch (const std::bad_alloc&) {
+    return Error{error::NotEnoughMemory, {}};
 }
 
 } // namespace quoril

@@ -9,6 +9,8 @@
 #include "printing/page_painter.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "services/prompt_dialogs.h"
+#include "shell/system_monitor.h"
 #include "shell/wait_cursor_widget.h"
 
 #include <QClipboard>
@@ -150,8 +152,14 @@ void CQuorilManagerView::Copy()
 {
     if (table().rowCount() == 0 || table().columnCount() == 0)
         return;
-    const WaitCursor waiting;
-    QGuiApplication::clipboard()->setText(ClipboardText(table(), selectedRanges()));
+    const Result<QString> copied = [this] {
+        const WaitCursor waiting;
+        return ClipboardText(table(), selectedRanges());
+    }();
+    if (copied)
+        QGuiApplication::clipboard()->setText(*copied);
+    else
+        DialogPrompts(window()).message(FormatSystemError(copied.errorNumber()));
 }
 
 bool CQuorilManagerView::PrintPanel(QWidget* over)

@@ -66,8 +66,17 @@ TEST_F(LogTable, ShowsTheSourcesInOrderAndColour)
             u"e6ffff 2001-02-03 04:05:06|00000249|started"_s, u"2020ff 2001-02-03 04:05:06|0000ABCD|failed"_s,
             u"2020ff 2001-02-03 04:05:06|0000ABCD|badly"_s}));
     EXPECT_EQ(service.LogTo, quint32(Now + 3));
-    EXPECT_EQ(ClipboardText(table, {{6, 6}, {8, 8}}),
+    EXPECT_EQ(*ClipboardText(table, {{6, 6}, {8, 8}}),
         u"2001-02-03 04:05:06    00000249    started\r\n2001-02-03 04:05:06    0000ABCD    badly\r\n"_s);
+    struct TooMuch : PanelRows
+    {
+        qsizetype count() const override { return 1; }
+        QString text(qsizetype, int) const override { throw std::bad_alloc(); }
+        PanelColour colour(qsizetype) const override { return 0; }
+    };
+    PanelTable large(std::vector<PanelColumn>(1));
+    large.addRows(std::make_shared<TooMuch>());
+    EXPECT_EQ(ClipboardText(large, {{0, 0}}).errorNumber(), error::NotEnoughMemory);
 
     // A period that is not set shows no events; the table of before keeps its rows.
     service.LogFrom = service.LogTo = 0;

@@ -20,7 +20,7 @@ PanelTable tableOf(int rows, int columns = 3)
 
 /// Writes down what is printed: "[" and "]" for a page, "<" and ">" for the document, and the number of
 /// lines.
-class Recorder : public PrintTarget
+class Recorder : public PrintTarget, public PageCanvas
 {
 public:
     bool startDocument(const QString& name) override
@@ -39,6 +39,7 @@ public:
         places.push_back(place);
         lines.append(text);
     }
+    void drawText(const QRect& place, const QString& text) override { textOut(place.topLeft(), text); }
     void endPage() override { did += u']'; }
     void endDocument() override { did += u'>'; }
 
@@ -71,6 +72,11 @@ TEST(PanelPages, PutSixtyTwoRowsOnEach)
     EXPECT_EQ(all.places[0], QPoint(450, 300));
     EXPECT_EQ(all.places[61], QPoint(450, 6400));
     EXPECT_EQ(all.places[62], QPoint(450, 300));
+
+    Recorder preview;
+    DrawPage(tableOf(64), 2, preview);
+    EXPECT_EQ(preview.lines, QStringList({u"62.0   62.1   62.2   "_s, u"63.0   63.1   63.2   "_s}));
+    EXPECT_EQ(preview.places, std::vector({QPoint(450, 300), QPoint(450, 400)}));
 
     Recorder copies;
     EXPECT_EQ(PrintRows(tableOf(62, 2), {false, 3, {}}, u"doc"_s, copies), PrintOutcome::Printed);

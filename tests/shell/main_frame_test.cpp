@@ -17,6 +17,8 @@
 #include <QToolBar>
 #include <QWhatsThis>
 
+#include <memory>
+
 namespace quoril::test {
 namespace {
 
@@ -109,6 +111,38 @@ TEST_F(MainFrameTest, TheSelectionDrivesCommandsPanelAndCaption)
     action(command::Remove).trigger();
     EXPECT_EQ(person.seen.size(), 3) << "the pause follows";
     EXPECT_TRUE(enabledServiceCommands().isEmpty());
+}
+
+TEST_F(MainFrameTest, TheTreesPopUpOpensOverAServiceAloneAndSelectsItFirst)
+{
+    const auto popUpAt = [this](QPoint place, QContextMenuEvent::Reason reason) {
+        QContextMenuEvent event(reason, place, tree().viewport()->mapToGlobal(place));
+        QApplication::sendEvent(tree().viewport(), &event);
+        const std::unique_ptr<QMenu> popUp(tree().findChild<QMenu*>());
+        QStringList entries;
+        for (const QAction* entry : popUp ? popUp->actions() : QList<QAction*>())
+            entries.append(entry->isSeparator() ? u"|"_s : entry->text());
+        return entries.join(u',');
+    };
+    const auto atStartOf
+        = [this](QTreeWidgetItem* item) { return tree().visualItemRect(item).topLeft() + QPoint(6, 6); };
+    const QPoint onRoot = atStartOf(tree().topLevelItem(0));
+    const QPoint onBeta = atStartOf(service(1));
+    const QPoint beside(tree().viewport()->width() - 1, onBeta.y());
+    for (const QPoint place :
+        {onRoot, beside, onBeta + QPoint(0, tree().visualItemRect(service(1)).height())}) {
+        EXPECT_EQ(popUpAt(place, QContextMenuEvent::Mouse), QString());
+        EXPECT_TRUE(tree().selectedItems().isEmpty());
+    }
+    tree().setCurrentItem(tree().topLevelItem(0));
+    EXPECT_EQ(popUpAt(onRoot, QContextMenuEvent::Keyboard), QString());
+    const QString entries
+        = u"Manage QUORIL Service,Remove QUORIL Service,|,Schedule Service Start time,"
+          "Schedule Service Stop time,|,Send Problem Report,|,Print Right Panel content,Print Preview,|,"
+          "View Configuration,View Event Log"_s;
+    EXPECT_EQ(popUpAt(onBeta, QContextMenuEvent::Mouse), entries);
+    EXPECT_EQ(frame().windowTitle(), u"Beta - QUORIL Service Manager"_s);
+    EXPECT_EQ(popUpAt({}, QContextMenuEvent::Keyboard), entries);
 }
 
 TEST_F(MainFrameTest, MarksInANameAreShownAndTurnNothing)
