@@ -137,8 +137,9 @@ TEST_F(ServiceContract, LocksItsDatabase)
             << "Wine's service manager has no lock: every caller gets it, and its state can't be asked";
     const auto status = manager()->queryLockStatus(QueryBlock(268));
     EXPECT_TRUE(status && !status->isLocked) << status.errorNumber();
-    const auto unable = *machine.services().openManager(service_access::ManagerConnect);
-    EXPECT_EQ(unable->lockDatabase().errorNumber(), error::AccessDenied);
+    const auto unable = machine.services().openManager(service_access::ManagerConnect);
+    ASSERT_TRUE(unable);
+    EXPECT_EQ((*unable)->lockDatabase().errorNumber(), error::AccessDenied);
     EXPECT_TRUE(manager()->lockDatabase());
     EXPECT_TRUE(manager()->lockDatabase()) << "the first lock ended with its object";
 }
