@@ -10,7 +10,7 @@ pictures=${2:+$(realpath "$2")}
 screen=
 end_after() { [ -z "$screen" ] || kill "$screen"; }
 exec 8>"$WINEPREFIX/display"
-Xvfb -displayfd 8 -screen 0 1040x740x24 >/dev/null 2>&1 &
+Xvfb -displayfd 8 -screen 0 1400x860x24 >/dev/null 2>&1 &
 screen=$!
 exec 8>&-
 until [ -s "$WINEPREFIX/display" ]; do sleep 0.1; done

@@ -8,10 +8,12 @@
 #include "printing/page_painter.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "services/inform_dialog.h"
 #include "services/service_by_name.h"
 #include "services/service_install_dialog.h"
 #include "services/service_update_dialog.h"
 #include "services/update_or_install_service_dialog.h"
+#include "shell/help_view.h"
 #include "shell/left_view.h"
 #include "shell/main_frame.h"
 #include "shell/quoril_manager_app.h"
@@ -24,6 +26,8 @@
 #include <QPrinter>
 #include <QTextStream>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace {
 
@@ -120,6 +124,60 @@ bool mailReport(CMainFrame& frame, const QDir& folder)
     return saved && QFile::exists(path);
 }
 
+/// The box that stands while a step takes its time.
+bool boxPicture(CMainFrame& frame, const QDir& folder)
+{
+    InformDialog waiting(LoadText(text::WaitStopped), 1000, &frame);
+    return dialogPicture(waiting, folder, u"information.png"_s);
+}
+
+/// The help in its own window.
+bool helpPicture(CMainFrame& frame, const QDir& folder)
+{
+    frame.commands().action(command::HelpTopics)->trigger();
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto help = std::find_if(windows.begin(), windows.end(),
+        [](const QWidget* window) { return window->isVisible() && qobject_cast<const CHelpView*>(window); });
+    if (help == windows.end())
+        return false;
+    const bool saved = picture(**help, folder, u"help.png"_s);
+    (*help)->close();
+    return saved;
+}
+
+/// The palette of a desktop with that theme; the system's own for any other name.
+void applyTheme(const QString& name)
+{
+    struct Theme
+    {
+        QStringView name;
+        QRgb window;
+        QRgb base;
+        QRgb text;
+        QRgb highlight;
+        QRgb highlightedText;
+    };
+    static const Theme themes[] = {
+        {u"dark", 0x31363b, 0x232629, 0xeff0f1, 0x3daee9, 0xfcfcfc},
+        {u"high-contrast", 0x000000, 0x000000, 0xffffff, 0xffff00, 0x000000},
+    };
+    for (const Theme& theme : themes) {
+        if (theme.name != name)
+            continue;
+        QPalette palette{QColor(theme.window), QColor(theme.window)};
+        palette.setColor(QPalette::Base, QColor(theme.base));
+        palette.setColor(QPalette::AlternateBase, QColor(theme.window));
+        palette.setColor(QPalette::Highlight, QColor(theme.highlight));
+        palette.setColor(QPalette::HighlightedText, QColor(theme.highlightedText));
+        for (const auto role :
+            {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
+            palette.setColor(role, QColor(theme.text));
+        for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+            palette.setColor(QPalette::Disabled, role, QColor(0x80, 0x80, 0x80));
+        QApplication::setPalette(palette);
+    }
+}
+
 /// An order of the kind that a person makes, for the picture of the list.
 void addOrder(CMainFrame& frame, qint64 secondsAhead, qint32 action)
 {
@@ -143,10 +201,11 @@ int main(int argc, char** argv)
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("QuorilManager"));
     const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 2) {
-        QTextStream(stderr) << "usage: quoril-pictures FOLDER\n";
+    if (arguments.size() != 2 && arguments.size() != 3) {
+        QTextStream(stderr) << "usage: quoril-pictures FOLDER [dark|high-contrast]\n";
         return 2;
     }
+    applyTheme(arguments.value(2));
     const QDir folder(arguments[1]);
     const auto machine = openMachine(chooseMachine({}));
     const ScopedMachine inForce(*machine);
@@ -161,16 +220,23 @@ int main(int argc, char** argv)
         constexpr qint64 HourSeconds = 3600;
         frame.GetLeftView()->setCurrentItem(first);
         saved = picture(frame, folder, u"logs.png"_s) && saved;
+        frame.GetLeftView()->setCurrentItem(frame.GetLeftView()->topLevelItem(0)->child(2));
+        saved = picture(frame, folder, u"errors.png"_s) && saved;
+        frame.GetLeftView()->setCurrentItem(first);
         frame.OnViewConfiguration();
         saved = picture(frame, folder, u"configuration.png"_s) && saved;
         addOrder(frame, HourSeconds, schedule_action::Start);
         addOrder(frame, 9 * HourSeconds, schedule_action::Stop);
         saved = dialogPicture(frame, command::Manage, folder, u"manage.png"_s) && saved;
+        saved = dialogPicture(frame, command::Remove, folder, u"remove.png"_s) && saved;
+        saved = boxPicture(frame, folder) && saved;
+        saved = helpPicture(frame, folder) && saved;
         saved = dialogPicture(frame, command::Schedule, folder, u"schedule.png"_s) && saved;
         saved = dialogPicture(frame, command::Security, folder, u"security.png"_s) && saved;
         saved = dialogPicture(frame, command::PrintSetup, folder, u"print-setup.png"_s) && saved;
         saved = dialogPicture(frame, command::PrintPreview, folder, u"preview.png"_s) && saved;
         saved = printPanel(frame, folder) && saved;
+        saved = dialogPicture(frame, command::Print, folder, u"print.png"_s) && saved;
         saved = dialogPicture(frame, command::About, folder, u"about.png"_s) && saved;
         saved = setupPictures(folder) && saved;
         saved = mailReport(frame, folder) && saved;

@@ -41,6 +41,15 @@ const QRegularExpression& headingPattern()
     return pattern;
 }
 
+/// A dark theme that leaves links as they are, dark blue, hides them.
+QString linkStyle(const QPalette& palette)
+{
+    constexpr int Dark = 128;
+    const bool isHidden = palette.color(QPalette::Base).lightness() < Dark
+        && palette.color(QPalette::Link).lightness() < Dark;
+    return isHidden ? u"a { color: #6cb4ff; }"_s : QString();
+}
+
 QString plainText(const QString& html)
 {
     return QTextDocumentFragment::fromHtml(html).toPlainText().simplified();
@@ -58,6 +67,7 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
     m_contents->setRootIsDecorated(true);
     m_text->setOpenExternalLinks(false);
     m_text->document()->setDocumentMargin(16);
+    m_text->document()->setDefaultStyleSheet(linkStyle(palette()));
 
     auto* splitter = new QSplitter(this);
     splitter->setChildrenCollapsible(false);
