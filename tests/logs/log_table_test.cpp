@@ -68,6 +68,8 @@ TEST_F(LogTable, ShowsTheSourcesInOrderAndColour)
     EXPECT_EQ(service.LogTo, quint32(Now + 3));
     EXPECT_EQ(*ClipboardText(table, {{6, 6}, {8, 8}}),
         u"2001-02-03 04:05:06    00000249    started\r\n2001-02-03 04:05:06    0000ABCD    badly\r\n"_s);
+    EXPECT_EQ(table.column(0).heading + u'|' + table.column(1).heading + u'|' + table.column(2).heading,
+        u"Date:|Message ID:|Message text:"_s);
     struct TooMuch : PanelRows
     {
         qsizetype count() const override { return 1; }
