@@ -37,9 +37,9 @@ private:
 ///
 /// CurrentControlSet is a link that no file holds: it leads to the control set that Select\Current names, and
 /// is listed below SYSTEM at its place as the live registry lists it. Whether a file was replaced is looked
-/// at when a hive is opened, and when a key below its root is; keys that are open then stay so, and give 1018 when they
-/// are no longer there. Every right is given to who asks for it: who may read the tree's files may read its
-/// registry. A right that a key was not opened with gives 5.
+/// at when a hive is opened, and when a key below its root is; keys that are open then stay so, and give 1018
+/// when they are no longer there. Every right is given to who asks for it: who may read the tree's files may
+/// read its registry. A right that a key was not opened with gives 5.
 class TreeRegistry : public Registry
 {
 public:
