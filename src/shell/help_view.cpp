@@ -85,6 +85,8 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
 
     const QString html = readHelp(helpFile);
     fillContents(html);
+    // A list that gets the focus without a current item takes its first one, and the text would go there.
+    m_contents->setCurrentItem(m_contents->topLevelItem(0));
     // The browser knows anchors by name only.
     QString anchored = html;
     m_text->setHtml(

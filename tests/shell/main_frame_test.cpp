@@ -249,7 +249,8 @@ TEST_F(MainFrameTest, BarsHideAndTheAboutBoxTellsTheVersion)
         EXPECT_TRUE(texts.contains(u"Quoril Service Management utility v. 3.4"_s));
         Person::type(about, Qt::Key_F1);
         const auto* const over = about.findChild<CHelpView*>();
-        EXPECT_TRUE(over && over->isVisible()) << "F1 in a dialog opens the help over it";
+        ASSERT_TRUE(over && over->isVisible()) << "F1 in a dialog opens the help over it";
+        EXPECT_GT(over->findChild<QTextBrowser*>()->verticalScrollBar()->value(), 0) << "at its topic";
         about.close();
     });
     action(command::About).trigger();
