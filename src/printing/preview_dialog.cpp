@@ -157,6 +157,7 @@ void PreviewDialog::showState()
     enableOr(*m_previous, first > 1);
     enableOr(*m_zoomIn, m_sheet->zoom() < MostZoom);
     enableOr(*m_zoomOut, m_sheet->zoom() > 0);
+    enableOr(*m_twoPages, m_pages > 1);
     m_twoPages->setText(caption(m_sheet->count() == 1 ? ids::TwoPages : ids::OnePage));
     m_place->setText(caption(ids::PlaceText).arg(first).arg(m_pages));
 }
