@@ -137,7 +137,7 @@ int main(int argc, char** argv)
         [&view](PageCanvas& canvas) { view.OnDraw(canvas); }, [](QWidget&) { return false; }, &view);
     // The load by itself comes last, so that it takes no part in the memory.
     timer.start();
-    const PanelTable table = BuildLogTable(service);
+    const PanelTable table = buildLogTable(service);
     const double load = milliseconds(timer);
 
     // The generator's text has no unit above 0xFF, so that it is kept in half the bytes of the file.

@@ -53,7 +53,7 @@ int runService(Machine& machine, Controller& controller, const Behaviour& behavi
 Status install(Machine& machine, QStringView name, QStringView configuration, const QString& program);
 
 /// Does what "--install NAME CONFIG" asks for, with the program's machine path, empty where it lies outside
-/// the machine. What goes wrong is told on standard error. Gives the exit code: 0xFFFFFFFF, or a Windows
+/// the machine. What goes wrong is reported on standard error. Gives the exit code: 0xFFFFFFFF, or a Windows
 /// error number.
 quint32 installByArguments(Machine& machine, const QStringList& arguments, const QString& program);
 

@@ -61,7 +61,7 @@ private:
     quint32 m_lock_timer = 0;
 };
 
-/// Locks the workstation of an NT system from version 5 on, where the session can do that. Nobody is told
+/// Locks the workstation of an NT system from version 5 on, where the session can do that. Nobody learns
 /// where it can't, or where the version isn't known.
 void LockWorkstationIfSupported();
 

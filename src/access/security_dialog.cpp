@@ -25,7 +25,7 @@ SecurityDialog::SecurityDialog(QWidget* parent)
     m_choices->setAccessibleName(settings->title());
     for (const LockChoice& choice : g_lock_choices) {
         if (choice.index >= 0)
-            m_choices->insertItem(choice.index, LoadText(choice.textId), choice.milliseconds);
+            m_choices->insertItem(choice.index, loadText(choice.textId), choice.milliseconds);
     }
     m_choices->setMaxVisibleItems(m_choices->count());
     (new QVBoxLayout(settings))->addWidget(m_choices);

@@ -11,7 +11,7 @@ struct ProgramStart
         // DLLs come from the system's folder, not from beside the program or from the current folder, where
         // others may be able to write.
         ::SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
-        // A drive without a disk or a bad program file is an error that the call tells, not a box of the
+        // A drive without a disk or a bad program file is an error that the call reports, not a box of the
         // system's.
         ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
     }

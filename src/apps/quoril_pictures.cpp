@@ -52,7 +52,7 @@ bool printPanel(const CMainFrame& frame, const QDir& folder)
     printing.printer().setOutputFileName(path);
     PagePainter painter(printing.printer());
     const bool printed
-        = PrintRows(frame.GetRightView()->table(), {}, LoadText(text::PrintDocumentName), painter)
+        = printRows(frame.GetRightView()->table(), {}, loadText(text::PrintDocumentName), painter)
         == PrintOutcome::Printed;
     QTextStream(printed ? stdout : stderr) << (printed ? "printed: " : "can't print: ") << path << '\n';
     return printed;
@@ -77,10 +77,13 @@ bool dialogPicture(CMainFrame& frame, quint32 command, const QDir& folder, const
 bool dialogPicture(QDialog& dialog, const QDir& folder, const QString& name)
 {
     bool saved = false;
-    QTimer::singleShot(0, &dialog, [&] {
+    QTimer shown;
+    shown.setSingleShot(true);
+    shown.callOnTimeout(&dialog, [&] {
         saved = picture(dialog, folder, name);
         dialog.reject();
     });
+    shown.start();
     dialog.exec();
     return saved;
 }
@@ -127,7 +130,7 @@ bool mailReport(CMainFrame& frame, const QDir& folder)
 /// The box that stands while a step takes its time.
 bool boxPicture(CMainFrame& frame, const QDir& folder)
 {
-    InformDialog waiting(LoadText(text::WaitStopped), 1000, &frame);
+    InformDialog waiting(loadText(text::WaitStopped), 1000, &frame);
     return dialogPicture(waiting, folder, u"information.png"_s);
 }
 

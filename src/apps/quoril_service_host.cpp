@@ -1,5 +1,5 @@
 // Runs one service of a machine and watches it: quoril-service-host TREE SERVICE. Started by the service
-// manager of the tree; docs/service-handshake.md tells what it does.
+// manager of the tree; docs/service-handshake.md describes what it does.
 
 #include "platform/tree/tree_service_host.h"
 

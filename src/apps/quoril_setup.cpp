@@ -34,11 +34,11 @@ int runDialogs(const SetupArguments& arguments)
     return installer.installed() == installer.asked() ? 0 : Failed;
 }
 
-/// Tells what the command line leads to instead of an installation, in English. Gives the exit code.
+/// Says what the command line leads to instead of an installation, in English. Gives the exit code.
 int answer(const SetupArguments& arguments)
 {
     const bool isHelp = arguments.kind == SetupArguments::Kind::Help;
-    say(isHelp ? arguments.told : u"QuorilSetup: "_s + arguments.told,
+    say(isHelp ? arguments.message : u"QuorilSetup: "_s + arguments.message,
         isHelp ? StandardStream::Output : StandardStream::Error);
     return isHelp ? 0 : WrongUsage;
 }
@@ -57,13 +57,13 @@ int main(int argc, char** argv)
     }
     // Takes the toolkit's own options out of the command line.
     const QApplication application(argc, argv);
-    CQuorilManagerApp::Prepare();
+    CQuorilManagerApp::prepare();
     const auto machine = openMachine(chooseMachine({}));
     const ScopedMachine inForce(*machine);
     const SetupArguments arguments = SetupArguments::read(QCoreApplication::arguments(), version);
     if (arguments.kind != SetupArguments::Kind::Run)
         return answer(arguments);
     QTranslator dialogTexts;
-    CQuorilManagerApp::ApplyLanguage(QCoreApplication::applicationDirPath() + u'/', dialogTexts);
+    CQuorilManagerApp::applyLanguage(QCoreApplication::applicationDirPath() + u'/', dialogTexts);
     return runDialogs(arguments);
 }

@@ -22,10 +22,10 @@ Error noMachine(const QString& folder, quint32 number)
     if (folder.isEmpty())
         return {number,
             QStringLiteral("QUORIL_MACHINE is set and empty; give it the folder of a machine, or unset it.")};
-    QString told = LoadText(text::MachineNotOpened);
+    QString message = loadText(text::MachineNotOpened);
     for (const QString& part : {folder, numberedWindowsMessage(number)})
-        told.replace(told.indexOf(QStringLiteral("%s")), 2, part);
-    return {number, told};
+        message.replace(message.indexOf(QStringLiteral("%s")), 2, part);
+    return {number, message};
 }
 
 Result<std::shared_ptr<Machine>> openChosen(const QString& folder)
@@ -53,7 +53,7 @@ void dropMessage(QtMsgType, const QMessageLogContext&, const QString&) { }
 
 int main(int argc, char** argv)
 {
-    // In a locale of scripts, such as C, Qt tells that it takes UTF-8 all the same. Nobody has to know.
+    // In a locale of scripts, such as C, Qt reports that it takes UTF-8 all the same. Nobody has to know.
     const QtMessageHandler before = qInstallMessageHandler(dropMessage);
     const QCoreApplication application(argc, argv);
     qInstallMessageHandler(before);

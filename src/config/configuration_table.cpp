@@ -42,7 +42,7 @@ void addScsiRows(PanelTable& table, std::span<const DeviceList> devices, QString
         const DeviceList& device = devices[index];
         if (!device.Present)
             continue;
-        const QString start = LoadText(text::ScsiDevice) + u" ("_s + device.Class + u"):  "_s;
+        const QString start = loadText(text::ScsiDevice) + u" ("_s + device.Class + u"):  "_s;
         const QString base = prefix.toString() + QString::number(index);
         bool anyUnit = false;
         for (int slot = 0; slot < device.Units.size(); ++slot) {
@@ -66,20 +66,20 @@ void addUnitRows(PanelTable& table, const DeviceList& device, quint32 wordId, QS
     for (int slot = 0; slot < device.Units.size(); ++slot) {
         if (device.Units[slot].Present)
             table.addRow(
-                {LoadText(wordId) + u' ' + name.toString() + QString::number(slot), device.Units[slot].Value},
+                {loadText(wordId) + u' ' + name.toString() + QString::number(slot), device.Units[slot].Value},
                 RowColour);
     }
 }
 
 } // namespace
 
-PanelTable BuildConfigurationTable(const ServiceInfo& service)
+PanelTable buildConfigurationTable(const ServiceInfo& service)
 {
-    PanelTable table({{LoadText(text::ColumnComponent), 5, 3}, {LoadText(text::ColumnValue), 5, 2}});
+    PanelTable table({{loadText(text::ColumnComponent), 5, 3}, {loadText(text::ColumnValue), 5, 2}});
     for (const FixedRow& row : FixedRows) {
         const QString& value = service.*row.field;
         if (row.always || !value.isEmpty())
-            table.addRow({LoadText(row.textId), value}, RowColour);
+            table.addRow({loadText(row.textId), value}, RowColour);
     }
     addScsiRows(table, service.pka, u"DKA");
     addScsiRows(table, service.pkb, u"DKB");

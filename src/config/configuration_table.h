@@ -8,6 +8,6 @@ class ServiceInfo;
 
 /// The configuration of an instance as the panel shows it: what is set of its fixed settings, then its SCSI,
 /// MSCP and other devices, each with its value.
-PanelTable BuildConfigurationTable(const ServiceInfo& service);
+PanelTable buildConfigurationTable(const ServiceInfo& service);
 
 } // namespace quoril

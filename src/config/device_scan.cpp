@@ -57,7 +57,7 @@ QString scsiClassText(const QString& name)
         [&name](const DeviceClass& known) { return known.name == name; });
     if (found == std::end(DeviceClasses))
         return name;
-    const QString text = LoadText(found->textId);
+    const QString text = loadText(found->textId);
     const qsizetype open = text.indexOf(u'(');
     const qsizetype close = text.lastIndexOf(u')');
     return open < 0 || close < open ? name : text.sliced(open + 1, close - open - 1);
@@ -189,7 +189,7 @@ void ScanDevices(const RegistryKey& parameters, ServiceInfo& service)
     }
 }
 
-void FillFixedDevices(const RegistryKey& parameters, ServiceInfo& service)
+void fillFixedDevices(const RegistryKey& parameters, ServiceInfo& service)
 {
     for (int number = 0; number < ServiceInfo::FixedTableSize; ++number) {
         fillScsiDevice(parameters, u"pka_"_s + QString::number(number), service.pka[std::size_t(number)]);

@@ -13,6 +13,6 @@ void ScanDevices(const RegistryKey& parameters, ServiceInfo& service);
 /// Fills the fixed tables `pka`, `pkb`, `dua`, `dub`, `pua` and `pub` from the components of those names. A
 /// device is there if its key has a readable `Class`. A SCSI device holds its first eight units in order of
 /// their index, the others hold the units of index 0 to 7 in their slots.
-void FillFixedDevices(const RegistryKey& parameters, ServiceInfo& service);
+void fillFixedDevices(const RegistryKey& parameters, ServiceInfo& service);
 
 } // namespace quoril

@@ -39,7 +39,7 @@ QString conditionOf(const ServiceInfo& service)
 
 void adviseUnknown(Ctl& ctl, const QString& name)
 {
-    ctl.console.tell(u"No instance \"%1\"; see \"quorilctl list\"."_s.arg(name));
+    ctl.console.report(u"No instance \"%1\"; see \"quorilctl list\"."_s.arg(name));
 }
 
 void advisePrerequisites(Ctl& ctl, const ServiceInfo& service)
@@ -48,17 +48,18 @@ void advisePrerequisites(Ctl& ctl, const ServiceInfo& service)
         ServiceInfo needed;
         needed.Name = name;
         if (!askState(needed))
-            ctl.console.tell(
+            ctl.console.report(
                 u"%1 needs \"%2\": %3"_s.arg(service.Name, name, ServiceApp::ErrorText(needed.Reason)));
         else if (needed.Reported.currentState != service_state::Running)
-            ctl.console.tell(u"%1 needs \"%2\", which is %3"_s.arg(service.Name, name, conditionOf(needed)));
+            ctl.console.report(
+                u"%1 needs \"%2\", which is %3"_s.arg(service.Name, name, conditionOf(needed)));
     }
 }
 
 void adviseStart(Ctl& ctl, const ServiceInfo& service)
 {
     if (service.Reason == error::ServiceDisabled)
-        ctl.console.tell(
+        ctl.console.report(
             u"%1 is disabled; allow its start first: \"quorilctl set-start-type %1 manual\"."_s.arg(
                 service.Name));
 }
@@ -68,7 +69,7 @@ void adviseState(Ctl& ctl, const ServiceInfo& service)
     const quint32 state = service.Reported.currentState;
     const bool rests = state == service_state::Stopped || state == service_state::Running
         || state == service_state::Paused;
-    ctl.console.tell(u"%1 is %2%3; try \"quorilctl status %1\" and \"quorilctl logs %1\"."_s.arg(
+    ctl.console.report(u"%1 is %2%3; try \"quorilctl status %1\" and \"quorilctl logs %1\"."_s.arg(
         service.Name, rests ? QString() : u"still "_s, conditionOf(service)));
 }
 
@@ -85,9 +86,9 @@ void adviseStop(Ctl& ctl, Instances& instances, const ServiceInfo& service)
             running.append(other.Name);
     }
     if (running.isEmpty())
-        ctl.console.tell(u"A service that is not an instance needs %1; stop it first."_s.arg(service.Name));
+        ctl.console.report(u"A service that is not an instance needs %1; stop it first."_s.arg(service.Name));
     else
-        ctl.console.tell(
+        ctl.console.report(
             u"These need %1 and are running; stop them first: %2"_s.arg(service.Name, running.join(u", "_s)));
 }
 
@@ -100,9 +101,9 @@ void adviseRemoval(Ctl& ctl, const QString& name, quint32 refusal)
     if (!service)
         adviseUnknown(ctl, name);
     else if (refusal != error::Success)
-        ctl.console.tell(u"%1 can't be removed: %2"_s.arg(service->Name, ServiceApp::ErrorText(refusal)));
+        ctl.console.report(u"%1 can't be removed: %2"_s.arg(service->Name, ServiceApp::ErrorText(refusal)));
     else if (askState(*service) && service->Reported.currentState != service_state::Stopped)
-        ctl.console.tell(u"%1 is %2; stop it first: \"quorilctl stop %1\"."_s.arg(
+        ctl.console.report(u"%1 is %2; stop it first: \"quorilctl stop %1\"."_s.arg(
             service->Name, stateWord(service->Reported.currentState)));
 }
 
@@ -110,9 +111,10 @@ void adviseExecutable(Ctl& ctl, const QString& path)
 {
     const auto host = machine().files().hostPath(path);
     if (host && !QFileInfo(*host).isExecutable())
-        ctl.console.tell(u"\"%1\" can't be executed: it is there, but not marked as a program."_s.arg(path));
+        ctl.console.report(
+            u"\"%1\" can't be executed: it is there, but not marked as a program."_s.arg(path));
     else if (host && machine().processes().canRun(path).errorNumber() == error::BadExeFormat)
-        ctl.console.tell(
+        ctl.console.report(
             u"\"%1\" is not a program for this system; are --config and --executable swapped?"_s.arg(path));
 }
 

@@ -70,7 +70,7 @@ int show(Ctl& ctl, const NameOptions& options)
     if (!service)
         return exit_code::Failed;
     const QStringList prerequisites = prerequisitesOf(*service);
-    const PanelTable configuration = BuildConfigurationTable(*service);
+    const PanelTable configuration = buildConfigurationTable(*service);
     if (ctl.json) {
         QJsonArray rows;
         for (qsizetype row = 0; row < configuration.rowCount(); ++row)

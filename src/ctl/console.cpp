@@ -94,17 +94,17 @@ void Console::lines(QStringView text)
         line(each);
 }
 
-void Console::tell(QStringView text, LineStyle style)
+void Console::report(QStringView text, LineStyle style)
 {
     const std::lock_guard lock(m_errorGuard);
     showProgress({});
     writeText(m_errors, bytesFor(text, m_facts.errorIsTerminal, style));
 }
 
-void Console::tellLines(QStringView text)
+void Console::reportLines(QStringView text)
 {
     for (const QStringView each : text.split(u'\n'))
-        tell(each, LineStyle::Plain);
+        report(each, LineStyle::Plain);
 }
 
 void Console::progress(QStringView text)
@@ -149,7 +149,7 @@ bool Console::ask(QStringView question)
 bool Console::flush()
 {
     const bool isOut = writeText(m_output, m_buffer);
-    // A pipe without a reader is told as EINVAL on Windows.
+    // A pipe without a reader is reported as EINVAL on Windows.
     m_isClosed = m_isClosed || (!isOut && (errno == EPIPE || (OnWindows && errno == EINVAL)));
     m_written = isOut && m_written;
     m_buffer.resize(0);

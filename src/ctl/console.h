@@ -20,7 +20,7 @@ enum class LineStyle
 };
 
 /// The three streams of a command-line program. Results go to the output, in UTF-8 and buffered; whatever is
-/// told or asked goes to the error stream, from any thread. What a terminal gets is made harmless with
+/// reported or asked goes to the error stream, from any thread. What a terminal gets is made harmless with
 /// terminalText(); a file or a pipe gets it unchanged.
 class Console
 {
@@ -33,8 +33,8 @@ public:
         bool coloured = false; ///< colours on those that are terminals
     };
 
-    /// Prepares the standard streams, and tells what they are. NO_COLOR in the environment takes the colours
-    /// away.
+    /// Prepares the standard streams, and finds out what they are. NO_COLOR in the environment takes the
+    /// colours away.
     static Facts prepareStandard();
 
     /// The streams are not owned and live longer.
@@ -55,8 +55,8 @@ public:
     void bytes(const QByteArray& content);
 
     /// Puts one line to the error stream at once.
-    void tell(QStringView text, LineStyle style = LineStyle::Error);
-    void tellLines(QStringView text);
+    void report(QStringView text, LineStyle style = LineStyle::Error);
+    void reportLines(QStringView text);
     /// A line of progress on the error stream. On a terminal the next one takes its place, and an empty one
     /// takes it away.
     void progress(QStringView text);

@@ -8,12 +8,12 @@ namespace quoril {
 
 void ConsolePrompts::inform(const QString& text, quint32)
 {
-    m_console.tell(text, LineStyle::Plain);
+    m_console.report(text, LineStyle::Plain);
 }
 
 void ConsolePrompts::message(const QString& text)
 {
-    m_console.tell(text, LineStyle::Plain);
+    m_console.report(text, LineStyle::Plain);
 }
 
 bool ConsolePrompts::ask(const QString& question)

@@ -6,7 +6,7 @@ namespace quoril {
 
 class Console;
 
-/// Tells and asks on the error stream. Nothing is held up for the time of an information box, since nobody
+/// Reports and asks on the error stream. Nothing is held up for the time of an information box, since nobody
 /// has to read it before it goes.
 class ConsolePrompts : public UserPrompts
 {

@@ -48,7 +48,7 @@ void declareStart(const CommandParser& parser, ControlOptions& options)
         "--no-prerequisites", options.alone, "Leave it to the service manager to start what they need");
 }
 
-/// What is waited for, and what is told meanwhile and on a failure.
+/// What is waited for, and what is said meanwhile and on a failure.
 struct Goal
 {
     quint32 state;
@@ -80,7 +80,7 @@ Waited waitFor(ServiceInfo& service, const Goal& goal, quint32 timeoutSeconds, q
         const quint32 state = service.Reported.currentState;
         if (state == goal.state || (processId != 0 && service.Reported.processId != processId))
             return Waited::Reached;
-        // A service that was just told to stop may run for a moment longer.
+        // A service that was just asked to stop may run for a moment longer.
         const bool onTheWay = state == goal.pendingState || goal.state == service_state::Stopped;
         if (!onTheWay)
             return Waited::Elsewhere;
@@ -95,10 +95,10 @@ int await(Ctl& ctl, ServiceInfo& service, const Goal& goal, quint32 timeoutSecon
 {
     Waited waited = Waited::Reached;
     {
-        const Progress progress(ctl.console, LoadText(goal.waitText));
+        const Progress progress(ctl.console, loadText(goal.waitText));
         waited = waitFor(service, goal, timeoutSeconds, processId);
     }
-    const QString failed = LoadText(goal.failureText) + u" \""_s + service.Name + u'"';
+    const QString failed = loadText(goal.failureText) + u" \""_s + service.Name + u'"';
     switch (waited) {
     case Waited::Reached:
         return exit_code::Done;

@@ -40,7 +40,7 @@ void declareProgram(Ctl& ctl, const CommandParser& parser)
     addMachineSubcommands(ctl, parser);
 }
 
-/// Prints what a command line asked for instead of a subcommand, or tells what is wrong with it.
+/// Prints what a command line asked for instead of a subcommand, or says what is wrong with it.
 int printOutcome(Console& console, const CommandLineParser::Outcome& outcome)
 {
     if (outcome.kind == outcome.Answered) {
@@ -48,9 +48,10 @@ int printOutcome(Console& console, const CommandLineParser::Outcome& outcome)
         return exit_code::Done;
     }
     if (outcome.kind == outcome.UnknownSubcommand)
-        console.tell(u"quorilctl: \"%1\" is not a subcommand; see \"quorilctl --help\""_s.arg(outcome.text));
+        console.report(
+            u"quorilctl: \"%1\" is not a subcommand; see \"quorilctl --help\""_s.arg(outcome.text));
     else
-        console.tellLines(u"quorilctl: "_s + outcome.text);
+        console.reportLines(u"quorilctl: "_s + outcome.text);
     return exit_code::Usage;
 }
 
@@ -60,7 +61,7 @@ int runOnMachine(Ctl& ctl, const MachineOpener& openMachine)
     if (!opened) {
         // Without a machine there is nobody to ask for the text of a number.
         const Error& why = opened.failure();
-        ctl.console.tell(why.detail);
+        ctl.console.report(why.detail);
         return exit_code::Failed;
     }
     const ScopedMachine inForce(**opened);
@@ -73,7 +74,7 @@ int runSubcommand(Ctl& ctl, const MachineOpener& openMachine)
     try {
         return ctl.needsMachine ? runOnMachine(ctl, openMachine) : ctl.run();
     } catch (const std::bad_alloc&) {
-        ctl.console.tell(u"quorilctl: "_s + ServiceApp::ErrorText(error::NotEnoughMemory));
+        ctl.console.report(u"quorilctl: "_s + ServiceApp::ErrorText(error::NotEnoughMemory));
         return exit_code::Failed;
     }
 }
@@ -93,7 +94,7 @@ int runCtl(const QStringList& arguments, Console& console, const MachineOpener& 
         code = runSubcommand(ctl, openMachine);
     if (!console.flush()) {
         if (!console.isClosed())
-            console.tell(u"quorilctl: the output could not be written"_s);
+            console.report(u"quorilctl: the output could not be written"_s);
         return exit_code::Failed;
     }
     return code;
@@ -101,14 +102,14 @@ int runCtl(const QStringList& arguments, Console& console, const MachineOpener& 
 
 int usageError(Ctl& ctl, const QString& text)
 {
-    ctl.console.tell(u"quorilctl: "_s + text);
+    ctl.console.report(u"quorilctl: "_s + text);
     return exit_code::Usage;
 }
 
 int failure(Ctl& ctl, const QString& text, quint32 reason)
 {
-    const QString why = reason ? LoadText(text::Reason) + ServiceApp::ErrorText(reason) : QString();
-    ctl.console.tell(text + why);
+    const QString why = reason ? loadText(text::Reason) + ServiceApp::ErrorText(reason) : QString();
+    ctl.console.report(text + why);
     return exit_code::Failed;
 }
 
@@ -123,7 +124,7 @@ int replaceFile(Ctl& ctl, const QString& path, const QByteArray& content)
         = file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush();
     if (isWritten && (isOther || whole.commit()))
         return exit_code::Done;
-    ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(path, file.errorString()));
+    ctl.console.report(u"\"%1\" can't be written: %2"_s.arg(path, file.errorString()));
     return exit_code::Failed;
 }
 

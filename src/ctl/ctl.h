@@ -17,7 +17,7 @@ namespace exit_code {
 inline constexpr int Done = 0;
 inline constexpr int Failed = 1;
 inline constexpr int Usage = 2;
-inline constexpr int Interrupted = 130; ///< by Ctrl+C, as shells tell it
+inline constexpr int Interrupted = 130; ///< by Ctrl+C, as shells report it
 } // namespace exit_code
 
 /// Opens the machine of a folder, or the program's own choice where the folder is empty.

@@ -29,12 +29,12 @@ void declareFile(const CommandParser& parser, FileOptions& options)
     parser.addFlag("--summary", options.summary, "Print counts only");
 }
 
-/// Opens the file; the failure is told.
+/// Opens the file; a failure is reported.
 bool open(Ctl& ctl, QFile& file)
 {
     if (file.open(QIODevice::ReadOnly))
         return true;
-    ctl.console.tell(file.fileName() + u": "_s + file.errorString());
+    ctl.console.report(file.fileName() + u": "_s + file.errorString());
     return false;
 }
 
@@ -75,7 +75,7 @@ int log(Ctl& ctl, const FileOptions& options)
         counts.messages = printLogFile(ctl.console, file, ctl.json);
     }
     if (counts.messages == 0 && file.size() > 0) {
-        ctl.console.tell(
+        ctl.console.report(
             u"\"%1\" is not a log of the emulator: no line in it begins a message."_s.arg(options.path));
         return exit_code::Failed;
     }
@@ -131,7 +131,7 @@ template <typename Reader> void printReader(Ctl& ctl, const FileOptions& options
     else
         printEvents(ctl, reader);
     if (reader.damage().any())
-        ctl.console.tell(options.path + u": "_s + reader.damage().text());
+        ctl.console.report(options.path + u": "_s + reader.damage().text());
 }
 
 int events(Ctl& ctl, const FileOptions& options)
@@ -147,7 +147,7 @@ int events(Ctl& ctl, const FileOptions& options)
         printReader(ctl, options, *classic);
         return exit_code::Done;
     }
-    ctl.console.tell(
+    ctl.console.report(
         u"\"%1\" is not an event log: it is neither an .evtx nor an .Evt file."_s.arg(options.path));
     return exit_code::Failed;
 }

@@ -47,7 +47,7 @@ private:
     void (*m_before)(int);
 };
 
-/// Tells the new events of a Windows log from those of before.
+/// Distinguishes the new events of a Windows log from earlier ones.
 class EventFollower
 {
 public:
@@ -89,8 +89,8 @@ Followed begin(ServiceInfo& service, std::optional<LogRange> range, LogPrinter& 
     if (const auto log = machine().files().openForReading(service.LogFile); log && range)
         range = wholeLinesOf(**log, {range->begin, wholeLog(**log).end});
     LogTableBuilder table;
-    table.AddWindowsLogs(service);
-    table.AddEmulatorLog(service, range);
+    table.addWindowsLogs(service);
+    table.addEmulatorLog(service, range);
     printer.print(service.Name, table.take());
     return {service.Name, LogFollower(service.LogFile, range)};
 }
@@ -99,7 +99,7 @@ PanelTable newRows(LogFollower& log)
 {
     LogTableBuilder table;
     log.poll([&table](const LogHeader& message, const QString& text) {
-        table.AddLogRow(LogDateText(message.time), message.codeText, text, RowSeverity(message.level));
+        table.AddLogRow(logDateText(message.time), message.codeText, text, RowSeverity(message.level));
     });
     return table.take();
 }
@@ -129,7 +129,7 @@ int followLogs(Ctl& ctl, const std::vector<ServiceInfo*>& services, const LogCho
             continue;
         for (EventFollower& log : events) {
             LogTableBuilder table;
-            table.AddEventRows(log.look());
+            table.addEventRows(log.look());
             printer.print(eventName, table.take());
         }
         for (Followed& each : followed)

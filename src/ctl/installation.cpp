@@ -32,7 +32,7 @@ void declareInstall(const CommandParser& parser, InstallOptions& options)
         .valueName("FILE");
 }
 
-/// Whether the executable's command line can carry the texts as they were given; told if not.
+/// Whether the executable's command line can carry the texts as they were given; reported if not.
 bool isSafe(const InstallOptions& options, bool isUpdate, UserPrompts& prompts)
 {
     const QString refusal
@@ -63,9 +63,9 @@ int run(Ctl& ctl, const InstallOptions& options, bool isUpdate)
     if (installer.installed() == 0) {
         const bool isInstance = instances.read(ctl) && instances.lookUp(options.name);
         if (isUpdate && !isInstance)
-            ctl.console.tell(u"No instance \"%1\"; use \"quorilctl install\"."_s.arg(options.name));
+            ctl.console.report(u"No instance \"%1\"; use \"quorilctl install\"."_s.arg(options.name));
         else if (!isUpdate && isInstance)
-            ctl.console.tell(u"%1 exists already; use \"quorilctl update\"."_s.arg(options.name));
+            ctl.console.report(u"%1 exists already; use \"quorilctl update\"."_s.arg(options.name));
         else
             adviseExecutable(ctl, executable.path);
         return exit_code::Failed;

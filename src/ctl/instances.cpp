@@ -65,8 +65,8 @@ bool Instances::read(Ctl& ctl, CatalogueScan scan)
     if (!scanned) {
         failure(ctl, u"The instances can't be listed."_s, scanned.errorNumber());
         if (scanned.errorNumber() == error::FileNotFound || scanned.errorNumber() == error::PathNotFound)
-            ctl.console.tell(u"A machine is a folder with Windows/System32/config/SYSTEM in it; "
-                             "\"quorilctl machine create FOLDER\" makes a sample."_s);
+            ctl.console.report(u"A machine is a folder with Windows/System32/config/SYSTEM in it; "
+                               "\"quorilctl machine create FOLDER\" makes a sample."_s);
     }
     return scanned.ok();
 }
@@ -84,7 +84,7 @@ ServiceInfo* Instances::find(Ctl& ctl, const QString& name)
 {
     if (ServiceInfo* const found = lookUp(name))
         return found;
-    failure(ctl, LoadText(text::ServiceConnectFailed) + u' ' + name, error::ServiceDoesNotExist);
+    failure(ctl, loadText(text::ServiceConnectFailed) + u' ' + name, error::ServiceDoesNotExist);
     adviseUnknown(ctl, name);
     return nullptr;
 }

@@ -16,17 +16,17 @@ struct Ctl;
 class Instances
 {
 public:
-    /// Reads them; a catalogue that can't be read is told and counts as a failure.
+    /// Reads them; a catalogue that can't be read is reported and counts as a failure.
     bool read(Ctl& ctl, CatalogueScan scan = CatalogueScan::WithoutDevices);
 
     std::vector<ServiceInfo>& all() { return m_document.m_services; }
 
-    /// The instance of that name, case counting only where two names differ by nothing else. Null, and told,
-    /// if there is none.
+    /// The instance of that name, case counting only where two names differ by nothing else. Null, and
+    /// reported, if there is none.
     ServiceInfo* find(Ctl& ctl, const QString& name);
-    /// The same, and nothing is told.
+    /// The same, and nothing is reported.
     ServiceInfo* lookUp(const QString& name);
-    /// The instances of the names, without a name all of them. None, and told, if one isn't there.
+    /// The instances of the names, without a name all of them. None, and reported, if one isn't there.
     std::optional<std::vector<ServiceInfo*>> select(Ctl& ctl, const QStringList& names);
 
 private:
@@ -50,7 +50,7 @@ QStringList prerequisitesOf(const ServiceInfo& service);
 /// in the record, if the state can't be read.
 bool askState(ServiceInfo& service);
 
-/// Tells the failure of the last operation on an instance: the exit code for that.
+/// Reports the failure of the last operation on an instance: the exit code for that.
 int instanceFailure(Ctl& ctl, const ServiceInfo& service);
 
 /// Asks for the state of the instances and prints it: an object for one that is named alone, else an array.

@@ -21,7 +21,7 @@ struct LogChoice
 };
 
 /// Finds the chosen runs in an instance's own log and settles its log period. The range stays empty where the
-/// log can't be read or has no message; a run that it does not hold is told and gives false.
+/// log can't be read or has no message; a run that it does not hold is reported and gives false.
 bool chooseLogs(Ctl& ctl, ServiceInfo& service, const LogChoice& choice, std::optional<LogRange>& range);
 
 /// Shows what is chosen and what comes after it, until it is interrupted or nobody reads it any more: the

@@ -125,7 +125,7 @@ void LogFilePrinter::takeHeader(Line line, qint32 level)
     if (takePlainHeader(line, severity.toLatin1()))
         return;
     const LogLine header = log_scan::asLine(line);
-    const QString date = LogDateText(header.time());
+    const QString date = logDateText(header.time());
     const QString code = header.codeText();
     if (m_json) {
         const QJsonObject object{{"date"_L1, date}, {"messageId"_L1, code}, {"severity"_L1, severity}};
@@ -138,7 +138,7 @@ void LogFilePrinter::takeHeader(Line line, qint32 level)
 /// A header with a time in digits and a plain code. False for any other.
 bool LogFilePrinter::takePlainHeader(Line line, QByteArrayView severity)
 {
-    // Where the fields of the time lie, and what stands behind them in a row.
+    // Where the fields of the time lie, and what follows them.
     struct Field
     {
         std::size_t column, width;
@@ -231,7 +231,7 @@ qint64 printToTerminal(Console& console, QIODevice& log, bool json)
             if (json && !rows)
                 rows.emplace(console);
             LogTableBuilder table;
-            table.AddLogRow(LogDateText(message->time), message->codeText,
+            table.AddLogRow(logDateText(message->time), message->codeText,
                 line.text(level != 0 ? log_column::Text : 0), RowSeverity(message->level));
             printLogRow(console, table.take(), 0, rows ? &*rows : nullptr);
         });

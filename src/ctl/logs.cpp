@@ -75,7 +75,7 @@ std::optional<quint32> takeMoment(Ctl& ctl, const QString& text)
     return moment ? std::optional(quint32(*moment)) : std::nullopt;
 }
 
-/// The number of a run, in the place of `run`. False for a text that is none; told.
+/// The number of a run, in the place of `run`. False for a text that is none, which is reported.
 bool takeRun(Ctl& ctl, const QString& text, std::optional<qsizetype>& run)
 {
     if (text.isEmpty())
@@ -90,7 +90,7 @@ bool takeRun(Ctl& ctl, const QString& text, std::optional<qsizetype>& run)
     return text == u"all";
 }
 
-/// None for an expression that is none; told.
+/// None for an expression that is none, which is reported.
 std::optional<QRegularExpression> takePattern(Ctl& ctl, const QString& text)
 {
     const bool hasCapitals = std::any_of(text.begin(), text.end(), [](QChar unit) { return unit.isUpper(); });
@@ -105,7 +105,7 @@ std::optional<QRegularExpression> takePattern(Ctl& ctl, const QString& text)
     return std::nullopt;
 }
 
-/// What the options choose. None if they can't be carried out; told.
+/// What the options choose. None if they can't be carried out, which is reported.
 std::optional<LogChoice> choiceOf(Ctl& ctl, const LogsOptions& options)
 {
     LogChoice choice;
@@ -163,8 +163,8 @@ int printLogs(Ctl& ctl, const std::vector<ServiceInfo*>& services, const LogChoi
                 continue;
             }
             LogTableBuilder builder;
-            builder.AddWindowsLogs(*service);
-            if (!builder.AddEmulatorLog(*service, range))
+            builder.addWindowsLogs(*service);
+            if (!builder.addEmulatorLog(*service, range))
                 code = unreadableLog(ctl, *service);
             table = builder.take();
         }
@@ -176,16 +176,16 @@ int printLogs(Ctl& ctl, const std::vector<ServiceInfo*>& services, const LogChoi
 QStringList cellsOf(const LogRun& run, qsizetype number, qsizetype count)
 {
     const auto& levels = run.counts.levels;
-    return {QString::number(number - count), QString::number(number), LogDateText(run.firstTime),
-        LogDateText(run.lastTime), QString::number(run.counts.messages), QString::number(levels[2]),
+    return {QString::number(number - count), QString::number(number), logDateText(run.firstTime),
+        logDateText(run.lastTime), QString::number(run.counts.messages), QString::number(levels[2]),
         QString::number(levels[3])};
 }
 
 QJsonObject jsonOf(const LogRun& run, qsizetype number, qsizetype count)
 {
     const auto& levels = run.counts.levels;
-    return {{"index"_L1, number - count}, {"number"_L1, number}, {"first"_L1, LogDateText(run.firstTime)},
-        {"last"_L1, LogDateText(run.lastTime)}, {"messages"_L1, run.counts.messages},
+    return {{"index"_L1, number - count}, {"number"_L1, number}, {"first"_L1, logDateText(run.firstTime)},
+        {"last"_L1, logDateText(run.lastTime)}, {"messages"_L1, run.counts.messages},
         {"warnings"_L1, levels[2]}, {"errors"_L1, levels[3]}};
 }
 
@@ -204,7 +204,7 @@ int printRuns(Ctl& ctl, const std::vector<ServiceInfo*>& services)
         if (!log) {
             const quint32 text
                 = service->LogFile.isEmpty() ? text::LogFileNotDefined : text::LogFileNotOpened;
-            code = failure(ctl, service->Name + u": "_s + LoadText(text),
+            code = failure(ctl, service->Name + u": "_s + loadText(text),
                 service->LogFile.isEmpty() ? 0 : log.errorNumber());
             continue;
         }

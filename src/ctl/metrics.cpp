@@ -58,7 +58,7 @@ std::vector<Sighting> lookAt(std::vector<ServiceInfo>& services)
     return sightings;
 }
 
-/// A row of 0 or 1 for each word that a state may have.
+/// A series of 0 or 1 for each word that a state may have.
 void addStates(MetricsText& text, const std::vector<Sighting>& sightings, const char* label,
     const QStringList& words, QString (*wordOf)(const ServiceInfo&))
 {
@@ -111,7 +111,7 @@ void addRuns(MetricsText& text, const std::vector<Sighting>& sightings)
     }
 }
 
-/// The labels as they were given; none, and the wrong one is told, if one can't be used.
+/// The labels as they were given; none, and the wrong one is reported, if one can't be used.
 std::optional<std::vector<std::pair<QString, QString>>> commonLabels(Ctl& ctl, const QStringList& given)
 {
     std::vector<std::pair<QString, QString>> labels;

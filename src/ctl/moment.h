@@ -12,7 +12,7 @@ namespace quoril {
 // Moments are seconds since 1970-01-01 UTC.
 
 /// The moment of a date and time, "2026-11-30", "2026-11-30T18:00" or with seconds, a blank in the place of
-/// the T too. It is local time unless Z or an offset stands behind it. None for any other text, and for a
+/// the T too. It is local time unless Z or an offset follows it. None for any other text, and for a
 /// time beyond 32 bits.
 std::optional<qint64> parseMoment(QStringView text);
 

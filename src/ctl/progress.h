@@ -10,7 +10,7 @@ namespace quoril {
 
 class Console;
 
-/// Tells what is under way while it takes longer than a second: once, or with the seconds on a terminal.
+/// Says what is under way while it takes longer than a second: once, or with the seconds on a terminal.
 class Progress
 {
 public:

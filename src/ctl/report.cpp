@@ -43,14 +43,14 @@ int report(Ctl& ctl, const ReportOptions& options)
     if (!service)
         return exit_code::Failed;
     const QString file = options.output.isEmpty() ? u"QuorilMailReport.txt"_s : options.output;
-    // Gathering takes its time: what can't be written is told before.
+    // Gathering takes its time: what can't be written is reported before.
     if (options.output.isEmpty() && QFileInfo(file).isSymLink()) {
-        ctl.console.tell(u"\"%1\" is a link, which only --output follows."_s.arg(file));
+        ctl.console.report(u"\"%1\" is a link, which only --output follows."_s.arg(file));
         return exit_code::Failed;
     }
     if (QFile output(file); !output.open(QIODevice::WriteOnly | QIODevice::Append)) {
-        const int code = failure(ctl, LoadText(text::OutputNotOpened), error::Success);
-        ctl.console.tell(u"\"%1\" can't be written: %2"_s.arg(file, output.errorString()));
+        const int code = failure(ctl, loadText(text::OutputNotOpened), error::Success);
+        ctl.console.report(u"\"%1\" can't be written: %2"_s.arg(file, output.errorString()));
         return code;
     }
     takeLastRun(*service);

@@ -75,7 +75,7 @@ Outcome outcomeOf(const SchedStruct& order, int result)
     Outcome outcome{order.Name, order.Action, machine().clock().now(), {}};
     if (result != 0)
         outcome.failure = order.Message
-            + (order.Reason ? LoadText(text::Reason) + ServiceApp::ErrorText(order.Reason) : QString());
+            + (order.Reason ? loadText(text::Reason) + ServiceApp::ErrorText(order.Reason) : QString());
     return outcome;
 }
 

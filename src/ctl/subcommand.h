@@ -39,14 +39,14 @@ void addSubcommand(Ctl& ctl, const CommandParser& parser, const char* name, cons
     declare(parser.addSubcommand(name, description, chosen), *options);
 }
 
-/// Tells why a command line can't be carried out: the exit code for that.
+/// Reports why a command line can't be carried out: the exit code for that.
 int usageError(Ctl& ctl, const QString& text);
 
-/// Tells a failure, with the system's text of its error number where there is one: the exit code for that.
+/// Reports a failure, with the system's text of its error number where there is one: the exit code for that.
 int failure(Ctl& ctl, const QString& text, quint32 reason);
 
 /// Puts the content in place of the file, in one step: whoever reads it sees all of the old or of the new
-/// one. What is no file, a device or a pipe, is written to and stays. The exit code; a failure is told.
+/// one. What is no file, a device or a pipe, is written to and stays. The exit code; a failure is reported.
 int replaceFile(Ctl& ctl, const QString& path, const QByteArray& content);
 
 // The groups of subcommands.

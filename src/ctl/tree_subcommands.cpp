@@ -29,12 +29,12 @@ void declareCreate(const CommandParser& parser, CreateOptions& options)
         .valueName("FOLDER");
 }
 
-/// Tells a failure on a path of the host, with what is known of it.
+/// Reports a failure on a path of the host, with what is known of it.
 int pathFailure(Ctl& ctl, const QString& path, const Error& error)
 {
     const QString detail
         = error.detail.isEmpty() || error.detail == path ? QString() : u": "_s + error.detail;
-    ctl.console.tell(path + detail + u": "_s + numberedWindowsMessage(error.number));
+    ctl.console.report(path + detail + u": "_s + numberedWindowsMessage(error.number));
     return exit_code::Failed;
 }
 
@@ -44,7 +44,7 @@ int create(Ctl& ctl, const CreateOptions& options)
     if (!made) {
         pathFailure(ctl, options.folder, made.failure());
         if (made.errorNumber() == error::FileExists)
-            ctl.console.tell(u"Give a folder that does not exist yet."_s);
+            ctl.console.report(u"Give a folder that does not exist yet."_s);
         return exit_code::Failed;
     }
     if (ctl.json)
@@ -100,7 +100,7 @@ int importText(Ctl& ctl, const RegistryOptions& options)
 {
     QFile file(options.file);
     if (!file.open(QIODevice::ReadOnly)) {
-        ctl.console.tell(options.file + u": "_s + file.errorString());
+        ctl.console.report(options.file + u": "_s + file.errorString());
         return exit_code::Failed;
     }
     const Result<TreeRegistry*> registry = treeRegistry();

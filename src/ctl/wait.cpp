@@ -73,7 +73,7 @@ int wait(Ctl& ctl, const WaitOptions& options)
         }
     }
     if (!missing->empty())
-        ctl.console.tell(u"Not %1 after %2 s: %3"_s.arg(
+        ctl.console.report(u"Not %1 after %2 s: %3"_s.arg(
             goal, QString::number(options.timeoutSeconds), namesOf(*missing).join(u", "_s)));
     (void)printStatus(ctl, *missing, false);
     return missing->empty() ? exit_code::Done : exit_code::Failed;

@@ -102,7 +102,7 @@ Status EvtAppender::appendRecord(QByteArray record)
     QByteArray last = record.first(head);
     for (quint32 i = 0; i < filler; i += 4)
         last.append("\x27\0\0\0", std::min<qsizetype>(4, filler - i));
-    // Without its length and signature a record is none: half of what stands behind them is never read.
+    // Without its length and signature a record is none: half of what follows them is never read.
     const qsizetype mark = std::min<qsizetype>(head, RecordMarkSize);
     if (const Status body = writeAround(m_ring.advance(oldEnd, quint32(mark)), last.sliced(mark)); !body)
         return body;
@@ -193,10 +193,10 @@ Status EvtAppender::write(quint32 offset, QByteArrayView bytes)
 
 Status EvtAppender::writeAround(quint32 offset, QByteArrayView bytes)
 {
-    const qsizetype behind = std::min<qsizetype>(bytes.size(), m_state.fileSize - offset);
-    if (const Status written = write(offset, bytes.first(behind)); !written || behind == bytes.size())
+    const qsizetype room = std::min<qsizetype>(bytes.size(), m_state.fileSize - offset);
+    if (const Status written = write(offset, bytes.first(room)); !written || room == bytes.size())
         return written;
-    return write(EvtRing::HeaderSize, bytes.sliced(behind));
+    return write(EvtRing::HeaderSize, bytes.sliced(room));
 }
 
 Status EvtAppender::flush()

@@ -117,12 +117,12 @@ QByteArrayView EvtRing::bytes(quint32 offset, quint32 size)
 {
     if (offset < HeaderSize || offset >= m_fileSize || size > capacity())
         return {};
-    const quint32 behind = m_fileSize - offset;
-    if (size <= behind)
+    const quint32 room = m_fileSize - offset;
+    if (size <= room)
         return fill(offset, size) ? QByteArrayView(m_window.data() + (offset - m_windowOffset), size)
                                   : QByteArrayView();
     m_joined.clear();
-    for (const auto& [at, part] : {std::pair(offset, behind), std::pair(HeaderSize, size - behind)}) {
+    for (const auto& [at, part] : {std::pair(offset, room), std::pair(HeaderSize, size - room)}) {
         if (!fill(at, part))
             return {};
         m_joined.append(m_window.constData() + (at - m_windowOffset), part);
@@ -184,8 +184,8 @@ bool EvtRing::holds(const EvtState& state) const
 
 quint32 EvtRing::advance(quint32 offset, quint32 size) const
 {
-    const quint32 behind = m_fileSize - offset;
-    return size < behind ? offset + size : HeaderSize + (size - behind);
+    const quint32 room = m_fileSize - offset;
+    return size < room ? offset + size : HeaderSize + (size - room);
 }
 
 quint32 EvtRing::recordPlace(quint32 offset) const
@@ -208,7 +208,7 @@ Result<EvtState> readEvtState(QIODevice& device)
         return corrupt;
 
     EvtRing ring(device, quint32(size));
-    const EvtState told{.oldestOffset = header[4],
+    const EvtState stored{.oldestOffset = header[4],
         .endOffset = header[5],
         .nextNumber = header[6],
         .oldestNumber = header[7],
@@ -216,16 +216,16 @@ Result<EvtState> readEvtState(QIODevice& device)
         .flags = header[9],
         .retention = header[10]};
     std::optional<EvtState> state;
-    if ((told.flags & EvtState::Dirty) == 0 && header[8] == size)
-        state = ring.endRecord(told.endOffset);
-    if (!state || state->endOffset != told.endOffset || state->oldestOffset != told.oldestOffset) {
-        Result<EvtState> recovered = recoverState(ring, told);
+    if ((stored.flags & EvtState::Dirty) == 0 && header[8] == size)
+        state = ring.endRecord(stored.endOffset);
+    if (!state || state->endOffset != stored.endOffset || state->oldestOffset != stored.oldestOffset) {
+        Result<EvtState> recovered = recoverState(ring, stored);
         if (!recovered)
             return recovered;
         state = *recovered;
     }
-    state->flags = told.flags;
-    state->retention = told.retention;
+    state->flags = stored.flags;
+    state->retention = stored.retention;
     return *state;
 }
 

@@ -45,20 +45,20 @@ public:
     void setFileSize(quint32 size);
     void forget() { m_window.clear(); } ///< after the file has been written to
 
-    /// `size` bytes from `offset`, going on at the first record's place behind the file's end; valid until
+    /// `size` bytes from `offset`, going on at the first record's place after the file's end; valid until
     /// the next call. Empty where the file does not give them.
     QByteArrayView bytes(quint32 offset, quint32 size);
 
     /// The whole record at `offset`; none if it is damaged.
     std::optional<EventRecordView> record(quint32 offset);
 
-    /// The state that an end record at `offset` tells; none if there is none.
+    /// The state in an end record at `offset`; none if there is none.
     std::optional<EvtState> endRecord(quint32 offset);
 
     /// Whether the offsets of `state` lie in the ring, on boundaries of four bytes.
     bool holds(const EvtState& state) const;
 
-    /// Where the thing behind a thing of `size` bytes at `offset` begins.
+    /// Where the thing after a thing of `size` bytes at `offset` begins.
     quint32 advance(quint32 offset, quint32 size) const;
 
     /// How many bytes lie on the way from `from` on to `to`.
@@ -67,7 +67,7 @@ public:
         return to >= from ? to - from : capacity() - (from - to);
     }
 
-    /// `offset`, or the first record's place where no fixed part fits behind `offset`.
+    /// `offset`, or the first record's place where no fixed part fits after `offset`.
     quint32 recordPlace(quint32 offset) const;
 
 private:
@@ -84,7 +84,7 @@ private:
 
 /// Finds out where the records of the log on `device` stand: from the header, or from the end record where
 /// the header is stale; a header whose records stand without a gap does without the end record. Fails with
-/// EventLogFileCorrupt where neither tells.
+/// EventLogFileCorrupt where neither has it.
 Result<EvtState> readEvtState(QIODevice& device);
 
 QByteArray evtHeaderBytes(const EvtState& state);

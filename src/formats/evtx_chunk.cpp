@@ -95,7 +95,7 @@ void Chunk::begin()
         m_end = m_offset;
         return;
     }
-    // Behind the free space's start lie remains of older records.
+    // After the free space's start lie remains of older records.
     const quint32 freeSpace = load<quint32>(m_chunk, FreeSpaceOffset);
     if (freeSpace >= HeaderSize)
         m_end = std::min(m_end, freeSpace);

@@ -42,7 +42,7 @@ public:
     static quint64 strayRecords(QByteArrayView bytes);
 
 private:
-    /// What of an event is not yet told by `entry` while its record is read.
+    /// What of an event is not yet in `entry` while its record is read.
     struct Pending
     {
         quint32 qualifiers = 0;

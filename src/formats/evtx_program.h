@@ -45,7 +45,7 @@ struct Step
         Literal, ///< `literal` is text of `place`
         Substitution, ///< the instance's value `index` is content of `place`
         Instance, ///< a template instance at chunk offset `index` is content of `place`
-        Body, ///< System is behind, strings and data follow
+        Body, ///< System is done, strings and data follow
         BeginString,
         EndString,
     };
@@ -66,7 +66,7 @@ struct Instance
 {
     quint32 definition = 0; ///< chunk offset of the template's definition
     quint32 values = 0; ///< chunk offset of the value count
-    quint32 end = 0; ///< chunk offset behind the values, or the limit if they are cut
+    quint32 end = 0; ///< chunk offset after the values, or the limit if they are cut
 };
 
 /// The instance whose token stands at `offset`, within `limit`; none if it is damaged.

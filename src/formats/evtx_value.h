@@ -57,7 +57,7 @@ qint64 secondsSinceEpoch(quint64 fileTime);
 /// The point in time of a FILETIME, SYSTEMTIME or text value, as above; 0 for anything else.
 qint64 secondsSinceEpoch(const Value& value);
 
-/// The seconds, held within what 32 bits can tell.
+/// The seconds, held within what 32 bits hold.
 quint32 heldSeconds(qint64 seconds);
 
 } // namespace quoril::evtx

@@ -43,7 +43,7 @@ QByteArray stringData(const QString& text)
     return data;
 }
 
-/// Goes through the text once. Every step is false at a fault, which fault() then tells.
+/// Goes through the text once. Every step is false at a fault, which fault() then names.
 class Parser
 {
 public:

@@ -110,7 +110,7 @@ public:
     void refuse(QStringView path, const char* why);
 
     qsizetype obstacles() const { return m_obstacles; }
-    QString told() const { return m_told; }
+    QString loss() const { return m_loss; }
     QString takeText() { return std::move(m_text); }
 
 private:
@@ -118,7 +118,7 @@ private:
     void writeValues(const regf::Key& key, const QString& path);
 
     QString m_text = u"\uFEFFWindows Registry Editor Version 5.00\r\n\r\n"_s;
-    QString m_told;
+    QString m_loss;
     qsizetype m_obstacles = 0;
 };
 
@@ -126,9 +126,9 @@ void Writer::refuse(QStringView path, const char* why)
 {
     constexpr qsizetype MostTold = 5;
     if (++m_obstacles <= MostTold)
-        m_told += (m_told.isEmpty() ? u""_s : u"; "_s) + shown(path) + u": "_s + QLatin1StringView(why);
+        m_loss += (m_loss.isEmpty() ? u""_s : u"; "_s) + shown(path) + u": "_s + QLatin1StringView(why);
     else if (m_obstacles == MostTold + 1)
-        m_told += u"; and more"_s;
+        m_loss += u"; and more"_s;
 }
 
 void Writer::checkName(const regf::Key& parent, const regf::Key& key, const QString& path)
@@ -179,7 +179,7 @@ Result<QByteArray> write(const regf::Key& key, const QString& path)
         writer.refuse(path, why);
     writer.writeKey(key, path);
     if (writer.obstacles() > 0)
-        return Error{error::BadDatabase, u"a text can't carry all of it: "_s + writer.told()};
+        return Error{error::BadDatabase, u"a text can't carry all of it: "_s + writer.loss()};
     const QString text = writer.takeText();
     QByteArray bytes(text.size() * 2, Qt::Uninitialized);
     qToLittleEndian<char16_t>(text.utf16(), text.size(), bytes.data());

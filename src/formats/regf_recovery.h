@@ -39,7 +39,7 @@ public:
         QByteArrayView bytes; ///< outlive the recovery
     };
 
-    /// What of a hive file tells whether it is stale, and which logs are its own: base block and first bin.
+    /// What of a hive file decides whether it is stale, and which logs are its own: base block and first bin.
     static constexpr qsizetype HeadSize = 4096 + 32;
 
     /// A hive that was shut down cleanly needs no logs: false, so that they need not be read.

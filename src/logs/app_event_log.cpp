@@ -34,7 +34,7 @@ constexpr Tag LevelTags[] = {
     {u"ERROR:", event_type::Error},
 };
 
-/// The insert strings as one text: a blank behind the first, nothing between the others. Empty if all are.
+/// The insert strings as one text: a blank after the first, nothing between the others. Empty if all are.
 QString joined(const InsertStrings& inserts)
 {
     QString text;

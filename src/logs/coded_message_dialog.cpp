@@ -8,7 +8,7 @@ namespace quoril {
 void ShowCodedMessage(const QString& codeText, const QString& text, int severity, QWidget* parent)
 {
     if (!text.isEmpty())
-        DialogPrompts(parent).message(CodedMessageText(codeText, text, severity));
+        DialogPrompts(parent).message(codedMessageText(codeText, text, severity));
 }
 
 } // namespace quoril

@@ -59,7 +59,7 @@ void LogFollower::poll(const Visit& visit)
     take(*m_device, Rest::Wait, visit);
 }
 
-/// Takes what is there behind the position.
+/// Takes what is there after the position.
 void LogFollower::take(QIODevice& device, Rest rest, const Visit& visit)
 {
     const qint64 end = device.size() / 2 * 2;

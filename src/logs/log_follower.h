@@ -20,7 +20,7 @@ class LogFollower
 public:
     using Visit = std::function<void(const LogHeader& message, const QString& text)>;
 
-    /// Begins behind a range of the file at the machine path, whose lines were read. Without it with the
+    /// Begins after a range of the file at the machine path, whose lines were read. Without it with the
     /// first line that the file will have.
     LogFollower(QString path, std::optional<LogRange> read);
 
@@ -42,7 +42,7 @@ private:
     std::unique_ptr<QIODevice> m_device; ///< keeps a renamed file until it is read to its end
     qint64 m_position = 0; ///< bytes
     QByteArray m_before; ///< what stood in front of the position
-    qint64 m_rest = 0; ///< bytes behind the position without a line end
+    qint64 m_rest = 0; ///< bytes after the position without a line end
     LogHeader m_message;
 };
 

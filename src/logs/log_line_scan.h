@@ -14,7 +14,8 @@
 
 namespace quoril {
 
-// The lines of the emulator's log in 16-bit units, found and told apart about as fast as they can be copied.
+// The lines of the emulator's log in 16-bit units, found and distinguished about as fast as they can be
+// copied.
 
 /// A line is read in pieces of so many units; what is left of a longer one counts as the next line.
 inline constexpr std::size_t LongestLine = 1023;
@@ -93,7 +94,7 @@ inline bool hasTag(const char16_t* line, const char16_t* tag)
 } // namespace log_scan
 
 /// Calls `visit(std::span<const char16_t>)` for each line of the units, its line end included; they begin
-/// with a line, and what stands behind the last line end is a line as well.
+/// with a line, and what follows the last line end is a line as well.
 template <typename Visit> void forEachLogLine(std::span<const char16_t> units, Visit&& visit)
 {
     std::size_t begin = 0;
@@ -119,8 +120,8 @@ template <typename Visit> void forEachLogLine(std::span<const char16_t> units, V
 /// How many of the units make whole lines, if more units follow. A line begins with the first of them.
 inline std::size_t wholeLogLines(std::span<const char16_t> units)
 {
-    const auto behind = std::find(units.rbegin(), units.rend(), u'\n').base();
-    const auto last = std::size_t(behind - units.begin());
+    const auto rest = std::find(units.rbegin(), units.rend(), u'\n').base();
+    const auto last = std::size_t(rest - units.begin());
     return last + (units.size() - last) / LongestLine * LongestLine;
 }
 

@@ -37,7 +37,7 @@ bool readAt(QIODevice& device, qint64 place, std::span<char16_t> units)
 /// The places of header lines, in bytes.
 struct Headers
 {
-    /// Takes those among the lines, which begin at a place behind all that were taken.
+    /// Takes those among the lines, which begin at a place after all that were taken.
     void take(std::span<const char16_t> lines, qint64 place);
 
     std::vector<qint64> startMarks;
@@ -146,9 +146,9 @@ std::optional<qint64> StartFinder::lineBeginBefore(qint64 place)
         const std::span<char16_t> block(m_units.data(), std::size_t(place - begin) / 2);
         if (!readAt(m_device, begin, block))
             return std::nullopt;
-        const auto behind = std::find(block.rbegin(), block.rend(), u'\n').base();
-        if (behind != block.begin())
-            return begin + (behind - block.begin()) * 2;
+        const auto rest = std::find(block.rbegin(), block.rend(), u'\n').base();
+        if (rest != block.begin())
+            return begin + (rest - block.begin()) * 2;
         place = begin;
     }
     return place;
@@ -313,9 +313,9 @@ LogRange wholeLinesOf(QIODevice& device, LogRange range)
         const std::span<char16_t> units(block.data(), std::size_t(end - begin) / 2);
         if (!readAt(device, begin, units))
             break;
-        const auto behind = std::find(units.rbegin(), units.rend(), u'\n').base();
-        if (behind != units.begin())
-            return {range.begin, begin + (behind - units.begin()) * 2};
+        const auto rest = std::find(units.rbegin(), units.rend(), u'\n').base();
+        if (rest != units.begin())
+            return {range.begin, begin + (rest - units.begin()) * 2};
         end = begin;
     }
     return {range.begin, range.begin};

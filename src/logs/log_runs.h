@@ -88,7 +88,7 @@ struct LogHeader
 std::optional<LogHeader> firstHeaderOf(QIODevice& device, LogRange range);
 std::optional<LogHeader> lastHeaderOf(QIODevice& device, LogRange range);
 
-/// The range without what stands behind its last line end.
+/// The range without what follows its last line end.
 LogRange wholeLinesOf(QIODevice& device, LogRange range);
 
 /// The last run of the log file at the machine path, with its counts. None without a file that can be opened,

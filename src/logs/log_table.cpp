@@ -140,14 +140,14 @@ void settleLogPeriod(ServiceInfo& service)
 
 } // namespace
 
-QString LogDateText(const std::array<qint32, 6>& time)
+QString logDateText(const std::array<qint32, 6>& time)
 {
     return dateText(time);
 }
 
 LogTableBuilder::LogTableBuilder()
-    : m_table({{LoadText(text::ColumnDate), 8, 1, true}, {LoadText(text::ColumnMessageId), 8, 1},
-        {LoadText(text::ColumnMessageText), 1, 8}})
+    : m_table({{loadText(text::ColumnDate), 8, 1, true}, {loadText(text::ColumnMessageId), 8, 1},
+        {loadText(text::ColumnMessageText), 1, 8}})
 {
 }
 
@@ -159,10 +159,10 @@ void LogTableBuilder::AddLogRow(
 
 void LogTableBuilder::AddMarkerRow(const QString& codeText, quint32 textId, RowSeverity severity)
 {
-    AddLogRow(localDateText(machine().clock().now()), codeText, LoadText(textId), severity);
+    AddLogRow(localDateText(machine().clock().now()), codeText, loadText(textId), severity);
 }
 
-void LogTableBuilder::AddEventRows(const EventRecords& records)
+void LogTableBuilder::addEventRows(const EventRecords& records)
 {
     m_table.addRows(std::make_shared<EventRows>(records));
 }
@@ -172,7 +172,7 @@ void LogTableBuilder::AddMessageRows(std::shared_ptr<const QuorilLog> log, qsize
     m_table.addRows(std::make_shared<MessageRows>(std::move(log), firstMessage));
 }
 
-void LogTableBuilder::AddWindowsLogs(ServiceInfo& service)
+void LogTableBuilder::addWindowsLogs(ServiceInfo& service)
 {
     settleLogPeriod(service);
     AppEventLog& events = *service.AppLog;
@@ -180,17 +180,17 @@ void LogTableBuilder::AddWindowsLogs(ServiceInfo& service)
     events.ReadLog(u"System", service.LogFrom, service.LogTo);
     if (!events.m_system.isEmpty()) {
         AddMarkerRow(u"02000039"_s, text::SystemLogBegin, RowSeverity::Marker);
-        AddEventRows(events.m_system);
+        addEventRows(events.m_system);
         AddMarkerRow(u"0200003A"_s, text::SystemLogEnd, RowSeverity::Marker);
     }
     if (!events.m_application.isEmpty()) {
         AddMarkerRow(u"02000037"_s, text::ApplicationLogBegin, RowSeverity::Marker);
-        AddEventRows(events.m_application);
+        addEventRows(events.m_application);
         AddMarkerRow(u"02000038"_s, text::ApplicationLogEnd, RowSeverity::Marker);
     }
 }
 
-bool LogTableBuilder::AddEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range)
+bool LogTableBuilder::addEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range)
 {
     const auto log = std::make_shared<QuorilLog>();
     const qint32 result = range ? log->Load(service.LogFile, *range)
@@ -209,25 +209,25 @@ bool LogTableBuilder::AddEmulatorLog(const ServiceInfo& service, const std::opti
     return result != 2;
 }
 
-PanelTable BuildEmptyLogTable()
+PanelTable buildEmptyLogTable()
 {
     return LogTableBuilder().take();
 }
 
-PanelTable BuildLogTable(ServiceInfo& service)
+PanelTable buildLogTable(ServiceInfo& service)
 {
     LogTableBuilder table;
-    table.AddWindowsLogs(service);
-    table.AddEmulatorLog(service);
+    table.addWindowsLogs(service);
+    table.addEmulatorLog(service);
     return table.take();
 }
 
-QString CodedMessageText(const QString& codeText, const QString& text, int severity)
+QString codedMessageText(const QString& codeText, const QString& text, int severity)
 {
     constexpr std::array<quint32, 3> words
         = {text::SeverityMessage, text::SeverityWarning, text::SeverityError};
     const bool known = severity >= 1 && severity <= int(words.size());
-    const QString prefix = known ? LoadText(words[std::size_t(severity - 1)]) : QString();
+    const QString prefix = known ? loadText(words[std::size_t(severity - 1)]) : QString();
     return prefix + u' ' + codeText + u", "_s + text;
 }
 

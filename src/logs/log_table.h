@@ -36,16 +36,16 @@ public:
     /// A row of the console's own, dated now by the machine's clock; `textId` numbers its text.
     void AddMarkerRow(const QString& codeText, quint32 textId, RowSeverity severity);
     /// A row for each record, in order.
-    void AddEventRows(const EventRecords& records);
+    void addEventRows(const EventRecords& records);
     /// A row for each text line of the messages from `firstMessage` on.
     void AddMessageRows(std::shared_ptr<const QuorilLog> log, qsizetype firstMessage);
 
     /// The System and Application events of an instance's log period, between marker rows. Settles the log
     /// period in the service and reads its AppLog anew; what can't be read shows not at all.
-    void AddWindowsLogs(ServiceInfo& service);
+    void addWindowsLogs(ServiceInfo& service);
     /// Messages of an instance's own log, those of a range or else from its last start mark on; or a row that
-    /// tells why there are none. False for a log that the instance names and that can't be read.
-    bool AddEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range = std::nullopt);
+    /// says why there are none. False for a log that the instance names and that can't be read.
+    bool addEmulatorLog(const ServiceInfo& service, const std::optional<LogRange>& range = std::nullopt);
 
     PanelTable take() { return std::move(m_table); }
 
@@ -54,17 +54,17 @@ private:
 };
 
 /// A time as it stands in a log, in the form of the date column.
-QString LogDateText(const std::array<qint32, 6>& time);
+QString logDateText(const std::array<qint32, 6>& time);
 
 /// The log table without rows.
-PanelTable BuildEmptyLogTable();
+PanelTable buildEmptyLogTable();
 
 /// The logs of an instance as the panel shows them: the System and Application events of its log period
 /// between marker rows, then its own log from the last start mark on.
-PanelTable BuildLogTable(ServiceInfo& service);
+PanelTable buildLogTable(ServiceInfo& service);
 
 /// The text of a message box about a code of the console's own: severity 1 message, 2 warning, 3 error, any
 /// other without such a word.
-QString CodedMessageText(const QString& codeText, const QString& text, int severity);
+QString codedMessageText(const QString& codeText, const QString& text, int severity);
 
 } // namespace quoril

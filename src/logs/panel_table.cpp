@@ -42,9 +42,9 @@ void PanelTable::addRows(std::shared_ptr<const PanelRows> rows)
 
 const PanelTable::Section& PanelTable::sectionOf(qsizetype row) const
 {
-    const auto behind = std::upper_bound(m_sections.begin(), m_sections.end(), row,
+    const auto next = std::upper_bound(m_sections.begin(), m_sections.end(), row,
         [](qsizetype wanted, const Section& section) { return wanted < section.first; });
-    return *std::prev(behind);
+    return *std::prev(next);
 }
 
 QString PanelTable::text(qsizetype row, int column) const
@@ -61,7 +61,7 @@ PanelColour PanelTable::colour(qsizetype row) const
     return section.rows->colour(row - section.first);
 }
 
-Result<QString> ClipboardText(const PanelTable& table, const std::vector<RowRange>& rows)
+Result<QString> clipboardText(const PanelTable& table, const std::vector<RowRange>& rows)
 try {
     QString text;
     for (const RowRange& range : rows) {

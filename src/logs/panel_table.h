@@ -87,6 +87,6 @@ private:
 /// What Copy puts on the clipboard: the rows in the order of the ranges, their cells separated by four
 /// blanks, each row ending in CR LF. Of a cell no more than 1022 units are taken. Fails where there isn't so
 /// much memory.
-Result<QString> ClipboardText(const PanelTable& table, const std::vector<RowRange>& rows);
+Result<QString> clipboardText(const PanelTable& table, const std::vector<RowRange>& rows);
 
 } // namespace quoril

@@ -108,8 +108,8 @@ char16_t* QuorilLog::Reader::Block::room(quint32 size)
     return reinterpret_cast<char16_t*>(units.get());
 }
 
-/// Reads behind the `size` units until the block is full or the device has ended. The result is the new size;
-/// an odd byte at the end is dropped.
+/// Reads on after the `size` units until the block is full or the device has ended. The result is the new
+/// size; an odd byte at the end is dropped.
 quint32 QuorilLog::Reader::fill(char16_t* units, quint32 size)
 {
     qint64 bytes = qint64(size) * 2;
@@ -175,7 +175,7 @@ QuorilLog::Chunk QuorilLog::Reader::parse(std::span<const char16_t> units)
     return chunk;
 }
 
-/// Adds the chunk behind the others, without the lines that belong to no message.
+/// Adds the chunk after the others, without the lines that belong to no message.
 void QuorilLog::Reader::append(Chunk chunk)
 {
     if (m_log.m_messageCount == 0)
@@ -272,17 +272,17 @@ void QuorilLog::clear()
 
 const QuorilLog::Chunk& QuorilLog::chunkOfLine(qsizetype line) const
 {
-    const auto behind = std::upper_bound(m_chunks.begin(), m_chunks.end(), line,
+    const auto next = std::upper_bound(m_chunks.begin(), m_chunks.end(), line,
         [](qsizetype wanted, const Chunk& chunk) { return wanted < chunk.firstLine; });
-    return *std::prev(behind);
+    return *std::prev(next);
 }
 
 const QuorilLog::Chunk& QuorilLog::chunkOfMessage(qsizetype message) const
 {
     // A chunk without headers has the first message of the chunk after it, so the last one of those is meant.
-    const auto behind = std::upper_bound(m_chunks.begin(), m_chunks.end(), message,
+    const auto next = std::upper_bound(m_chunks.begin(), m_chunks.end(), message,
         [](qsizetype wanted, const Chunk& chunk) { return wanted < chunk.firstMessage; });
-    return *std::prev(behind);
+    return *std::prev(next);
 }
 
 LogLine QuorilLog::line(qsizetype number) const
@@ -308,9 +308,9 @@ qsizetype QuorilLog::firstLineOf(qsizetype message) const
 qsizetype QuorilLog::messageOf(qsizetype line) const
 {
     const Chunk& chunk = chunkOfLine(line);
-    const auto behind
+    const auto next
         = std::upper_bound(chunk.headers.begin(), chunk.headers.end(), quint32(line - chunk.firstLine));
-    return chunk.firstMessage + (behind - chunk.headers.begin()) - 1;
+    return chunk.firstMessage + (next - chunk.headers.begin()) - 1;
 }
 
 QString QuorilLog::lineText(qsizetype number) const

@@ -25,7 +25,7 @@ class LogLine
 public:
     LogLine(const uchar* bytes, quint32 size, bool wide) : m_bytes(bytes), m_size(size), m_wide(wide) { }
 
-    /// Ends the line before its first zero unit, behind which nothing is text.
+    /// Ends the line before its first zero unit, after which nothing is text.
     void cutAtZero();
     quint32 size() const { return m_size; }
     char16_t operator[](quint32 column) const
@@ -40,7 +40,7 @@ public:
     std::array<qint32, 6> time() const;
     /// What the line has of the code's columns.
     QString codeText() const;
-    /// The number of the code, 0 if it begins with no hexadecimal digit behind its zeros.
+    /// The number of the code, 0 if it begins with no hexadecimal digit after its zeros.
     quint32 code() const;
     /// The line from a column on, up to its line end, at most 512 units.
     QString text(quint32 fromColumn) const;

@@ -75,7 +75,7 @@ CQuorilManagerView::~CQuorilManagerView() = default;
 
 void CQuorilManagerView::ShowLogTable(ServiceInfo& service)
 {
-    showTable(BuildLogTable(service), g_log_widths);
+    showTable(buildLogTable(service), g_log_widths);
     // The bar below takes its room first, or it would cover the last row.
     updateGeometries();
     goToRow(m_model->rowCount() - 1);
@@ -84,12 +84,12 @@ void CQuorilManagerView::ShowLogTable(ServiceInfo& service)
 
 void CQuorilManagerView::ShowEmptyLogTable()
 {
-    showTable(BuildEmptyLogTable(), g_log_widths);
+    showTable(buildEmptyLogTable(), g_log_widths);
 }
 
 void CQuorilManagerView::ShowConfigurationTable(const ServiceInfo& service)
 {
-    showTable(BuildConfigurationTable(service), g_configuration_widths);
+    showTable(buildConfigurationTable(service), g_configuration_widths);
     goToRow(0);
 }
 
@@ -148,13 +148,13 @@ std::vector<RowRange> CQuorilManagerView::selectedRanges() const
     return merged;
 }
 
-void CQuorilManagerView::Copy()
+void CQuorilManagerView::copy()
 {
     if (table().rowCount() == 0 || table().columnCount() == 0)
         return;
     const Result<QString> copied = [this] {
         const WaitCursor waiting;
-        return ClipboardText(table(), selectedRanges());
+        return clipboardText(table(), selectedRanges());
     }();
     if (copied)
         QGuiApplication::clipboard()->setText(*copied);
@@ -172,25 +172,25 @@ bool CQuorilManagerView::PrintPanel(QWidget* over)
     // Only now: rows may come and go while the dialog is open.
     request.selection = selectedRanges();
     if (!m_printing.hasPrinter()) {
-        ShowCodedMessage(u"0200003E"_s, LoadText(text::NoDefaultPrinter), ErrorSeverity, parent);
+        ShowCodedMessage(u"0200003E"_s, loadText(text::NoDefaultPrinter), ErrorSeverity, parent);
         return true;
     }
     const PrintOutcome outcome = [&] {
         const WaitCursor waiting;
         PagePainter painter(m_printing.printer());
-        return PrintRows(table(), request, LoadText(text::PrintDocumentName), painter);
+        return printRows(table(), request, loadText(text::PrintDocumentName), painter);
     }();
     if (outcome == PrintOutcome::DocumentNotStarted)
-        ShowCodedMessage(u"0200003F"_s, LoadText(text::PrinterNotInitialized), ErrorSeverity, parent);
+        ShowCodedMessage(u"0200003F"_s, loadText(text::PrinterNotInitialized), ErrorSeverity, parent);
     else if (outcome == PrintOutcome::PageNotStarted)
-        ShowCodedMessage(u"02000040"_s, LoadText(text::PageNotStarted), ErrorSeverity, parent);
+        ShowCodedMessage(u"02000040"_s, loadText(text::PageNotStarted), ErrorSeverity, parent);
     return true;
 }
 
 bool CQuorilManagerView::OnPreparePrinting(CPrintInfo& info)
 {
     if (table().rowCount() > 0)
-        info.maximumPage = PageCount(table().rowCount());
+        info.maximumPage = pageCount(table().rowCount());
     m_print_info = &info;
     return m_printing.printer().isValid();
 }
@@ -210,7 +210,7 @@ void CQuorilManagerView::contextMenuEvent(QContextMenuEvent* event)
     for (const MenuEntry& entry : popups.front().entries) {
         QAction* const action = popup->addAction(entry.caption);
         if (entry.command == command::CopySelection)
-            connect(action, &QAction::triggered, this, &CQuorilManagerView::Copy);
+            connect(action, &QAction::triggered, this, &CQuorilManagerView::copy);
     }
     popup->popup(event->reason() == QContextMenuEvent::Keyboard ? placeOfCurrentRow() : event->globalPos());
 }
@@ -239,7 +239,7 @@ void CQuorilManagerView::keyboardSearch(const QString& text)
 void CQuorilManagerView::keyPressEvent(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::Copy)) {
-        Copy();
+        copy();
         event->accept();
         return;
     }

@@ -39,7 +39,7 @@ public:
 
     /// Copies the selected rows to the clipboard as text, in list order. With no row in the list nothing
     /// happens, with none selected the clipboard gets an empty text.
-    void Copy();
+    void copy();
 
     /// Asks how to print, over the window or another one, then prints all rows or the selected ones. Failures
     /// are reported to the person. False if the person left the question.

@@ -12,7 +12,7 @@ namespace quoril {
 /// 2n + 1 are n and a quote of the text. In the program's name backslashes mean nothing of the kind.
 QStringList splitCommandLine(QStringView commandLine);
 
-/// One reading of a command line: the program that it means and what stands behind it.
+/// One reading of a command line: the program that it means and what follows it.
 struct ProgramCandidate
 {
     QString program;
@@ -32,7 +32,7 @@ QString withProgramExtension(const QString& program);
 /// without quotes each beginning that ends before a blank, the shortest first.
 QList<ProgramCandidate> programCandidates(QStringView commandLine);
 
-/// The arguments in the text behind the program, by the rules of splitCommandLine().
+/// The arguments in the text after the program, by the rules of splitCommandLine().
 QStringList splitArguments(QStringView rest);
 
 } // namespace quoril

@@ -16,7 +16,7 @@ public:
     virtual ~EventLog() = default;
 
     /// Reads the next entry whose time of generation lies within the span that the log was opened with. False
-    /// at the end of the log and at a failure, which are not told apart; the entry is then unspecified.
+    /// at the end of the log and at a failure alike; the entry is then unspecified.
     virtual bool next(EventEntry& entry) = 0;
 };
 

@@ -71,10 +71,10 @@ public:
     virtual Status removeTree(QStringView name) = 0;
 
     /// The name of the subkey at the index, counted from 0 in stored order. roomUnits is the longest name
-    /// that is taken, in UTF-16 units without the closing zero: 234 for a longer one, 259 behind the last.
+    /// that is taken, in UTF-16 units without the closing zero: 234 for a longer one, 259 after the last.
     virtual Result<QString> subkeyName(quint32 index, qsizetype roomUnits) const = 0;
 
-    /// The name of the value at the index, counted from 0; 259 behind the last.
+    /// The name of the value at the index, counted from 0; 259 after the last.
     virtual Result<QString> valueName(quint32 index) const = 0;
 
     /// The value of that name, an empty name being the key's default value. limitBytes is the size of the

@@ -19,7 +19,7 @@ inline constexpr quint16 Arm64 = 12;
 inline constexpr quint16 Unknown = 0xFFFF;
 } // namespace processor_architecture
 
-/// The operating system's version as the system tells it to programs.
+/// The operating system's version as the system reports it to programs.
 struct SystemVersion
 {
     static constexpr quint32 PlatformNt = 2;
@@ -36,7 +36,7 @@ struct SystemVersion
     quint16 suiteMask = 0;
     bool isServerR2 = false; ///< release 2 of the server of version 5.2
     quint16 nativeArchitecture = processor_architecture::Unknown;
-    quint32 productInfo = 0; ///< the edition's number, 0 if the system doesn't tell
+    quint32 productInfo = 0; ///< the edition's number, 0 if the system doesn't say
 };
 
 /// The processors as programs of this process's kind see them.
@@ -48,7 +48,7 @@ struct ProcessorInfo
     quint16 revision = 0;
 };
 
-/// What the system tells about itself.
+/// What the system reports about itself.
 class SystemInfo
 {
 public:

@@ -56,7 +56,7 @@ bool isWritable(const QString& name)
 
 } // namespace
 
-void SetPageUnits(QPainter& painter, const QPageLayout& paper, double dotsPerInch)
+void setPageUnits(QPainter& painter, const QPageLayout& paper, double dotsPerInch)
 {
     const double unit = dotsPerInch / page_geometry::UnitsPerInch;
     const Placement placement = placementOn(paper);
@@ -87,7 +87,7 @@ PageStart PagePainter::startPage()
     if (m_painter.isActive() ? !m_printer.newPage() : !m_painter.begin(&m_printer))
         return m_painter.isActive() ? PageStart::PageFailed : PageStart::DocumentFailed;
     m_painter.resetTransform();
-    SetPageUnits(m_painter, m_printer.pageLayout(), m_printer.resolution());
+    setPageUnits(m_painter, m_printer.pageLayout(), m_printer.resolution());
     return PageStart::Started;
 }
 

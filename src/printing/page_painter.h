@@ -11,7 +11,7 @@ namespace quoril {
 
 /// Lets the painter, which stands at the corner of the paper, draw in the units of the geometry, and gives it
 /// the font. Where a full page would not fit between the margins, all lines are drawn smaller.
-void SetPageUnits(QPainter& painter, const QPageLayout& paper, double dotsPerInch);
+void setPageUnits(QPainter& painter, const QPageLayout& paper, double dotsPerInch);
 
 /// Paints pages on a printer or a PDF file.
 class PagePainter : public PrintTarget

@@ -89,7 +89,7 @@ void PageSheet::paintEvent(QPaintEvent* event)
         painter.fillRect(sheet, Qt::white);
         painter.setClipRect(sheet);
         painter.translate(sheet.topLeft());
-        SetPageUnits(painter, m_paper, dotsPerInch);
+        setPageUnits(painter, m_paper, dotsPerInch);
         painter.setPen(Qt::black);
         SheetCanvas canvas(painter);
         m_draw(page, canvas);

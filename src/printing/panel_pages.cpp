@@ -54,7 +54,7 @@ PageStart printCopy(const PanelTable& table, const std::vector<RowRange>& rows, 
     Pages pages(target);
     for (const RowRange& range : rows) {
         for (qsizetype row = range.first; row <= range.last; ++row) {
-            const PageStart start = pages.add(PrintedLine(table, row));
+            const PageStart start = pages.add(printedLine(table, row));
             if (start != PageStart::Started)
                 return start;
         }
@@ -65,7 +65,7 @@ PageStart printCopy(const PanelTable& table, const std::vector<RowRange>& rows, 
 
 } // namespace
 
-QString PrintedLine(const PanelTable& table, qsizetype row)
+QString printedLine(const PanelTable& table, qsizetype row)
 {
     QString line;
     for (int column = 0; column < PrintedColumns; ++column)
@@ -73,12 +73,12 @@ QString PrintedLine(const PanelTable& table, qsizetype row)
     return line;
 }
 
-int PageCount(qsizetype rows)
+int pageCount(qsizetype rows)
 {
     return int((rows + LinesPerPage - 1) / LinesPerPage);
 }
 
-PrintOutcome PrintRows(
+PrintOutcome printRows(
     const PanelTable& table, const PrintRequest& request, const QString& documentName, PrintTarget& target)
 {
     if (!target.startDocument(documentName))
@@ -102,7 +102,7 @@ void DrawPage(const PanelTable& table, int page, PageCanvas& canvas)
     const qsizetype end = std::min(first + LinesPerPage, table.rowCount());
     for (qsizetype row = first; row < end; ++row) {
         const int top = Top + int(row - first) * LineStep;
-        canvas.drawText(QRect(QPoint(Left, top), QPoint(Right - 1, Bottom - 1)), PrintedLine(table, row));
+        canvas.drawText(QRect(QPoint(Left, top), QPoint(Right - 1, Bottom - 1)), printedLine(table, row));
     }
 }
 

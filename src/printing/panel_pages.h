@@ -24,10 +24,10 @@ inline constexpr int Bottom = 9000;
 } // namespace page_geometry
 
 /// The row as a line: the texts of the first three columns, each followed by three blanks.
-QString PrintedLine(const PanelTable& table, qsizetype row);
+QString printedLine(const PanelTable& table, qsizetype row);
 
 /// The pages that so many rows take; 0 for none.
-int PageCount(qsizetype rows);
+int pageCount(qsizetype rows);
 
 enum class PageStart
 {
@@ -67,7 +67,7 @@ struct PrintRequest
 };
 
 /// Prints the rows of the table, or those of the selection, as one document: each copy begins on a new page.
-PrintOutcome PrintRows(
+PrintOutcome printRows(
     const PanelTable& table, const PrintRequest& request, const QString& documentName, PrintTarget& target);
 
 /// What the preview knows of its pages while it asks for them.
@@ -86,7 +86,7 @@ public:
     virtual void drawText(const QRect& place, const QString& text) = 0;
 };
 
-/// Draws the page, from 1 on; nothing for a page behind the last one.
+/// Draws the page, from 1 on; nothing for a page after the last one.
 void DrawPage(const PanelTable& table, int page, PageCanvas& canvas);
 
 } // namespace quoril

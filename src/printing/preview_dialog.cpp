@@ -23,7 +23,7 @@ namespace {
 constexpr QSize FirstSize(820, 760);
 constexpr int MostZoom = 4;
 
-/// The pages in their area, which tells them its room.
+/// The pages in their area, which gives them their room.
 class PageArea : public QScrollArea
 {
 public:
@@ -56,7 +56,7 @@ PreviewDialog::PreviewDialog(
     , m_place(new QLabel(this))
 {
     m_area->setAccessibleName(windowTitle());
-    ShowFocusFrame(*m_area);
+    showFocusFrame(*m_area);
     m_place->setObjectName(QString::number(ids::Place));
 
     auto* const bar = new QHBoxLayout;
@@ -76,7 +76,7 @@ PreviewDialog::PreviewDialog(
     layout->addWidget(m_area, 1);
 
     connectKeys();
-    ResizeToScreen(*this, FirstSize);
+    resizeToScreen(*this, FirstSize);
     m_area->setFocus();
     goTo(1);
 }

@@ -36,7 +36,7 @@ QString proposedFile(const QPrinter& printer)
         return printer.outputFileName();
     const QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     return QDir::toNativeSeparators(
-        (folder.exists() ? folder : QDir::home()).filePath(LoadText(text::PrintDocumentName) + u".pdf"_s));
+        (folder.exists() ? folder : QDir::home()).filePath(loadText(text::PrintDocumentName) + u".pdf"_s));
 }
 
 } // namespace
@@ -127,7 +127,7 @@ bool PrintDialog::mayReplace(const QString& file)
 {
     if (file == m_confirmed || !QFileInfo(file).isFile())
         return true;
-    return DialogPrompts(this).ask(LoadText(text::ReplaceFile).replace(u"%s"_s, file));
+    return DialogPrompts(this).ask(loadText(text::ReplaceFile).replace(u"%s"_s, file));
 }
 
 void PrintDialog::accept()

@@ -48,7 +48,7 @@ bool PrinterDialogs::askHowToPrint(PrintRequest& request, QWidget* parent)
         return true;
 #ifdef Q_OS_WIN
     QPrintDialog dialog(&printer(), parent);
-    dialog.setWindowTitle(LoadText(text::Print));
+    dialog.setWindowTitle(loadText(text::Print));
     dialog.setOptions(QAbstractPrintDialog::PrintSelection | QAbstractPrintDialog::PrintCollateCopies);
     if (dialog.exec() != QDialog::Accepted)
         return false;

@@ -115,14 +115,14 @@ quint32 appMAPI::writeAttachment(
     for (int i = 0; i < NameTries && made.errorNumber() == error::FileExists; ++i) {
         const Result<QString> name = MakeTempName(prefix);
         if (!name) {
-            ShowError(LoadText(text::TemporaryNotCreated));
+            ShowError(loadText(text::TemporaryNotCreated));
             return name.errorNumber();
         }
         attachment = *name;
         made = file.create(attachment);
     }
     if (!made) {
-        ShowError(LoadText(text::AttachmentNotCreated));
+        ShowError(loadText(text::AttachmentNotCreated));
         return made.errorNumber();
     }
     const quint32 result = section(file);
@@ -131,7 +131,7 @@ quint32 appMAPI::writeAttachment(
     if (isReady)
         return result;
     QFile::remove(attachment);
-    ShowError(LoadText(text::AttachmentNotCreated));
+    ShowError(loadText(text::AttachmentNotCreated));
     return closed.errorNumber();
 }
 
@@ -168,7 +168,7 @@ quint32 appMAPI::WriteLogSections(QuorilMAPIData& data)
     const quint32 result = writeAttachment(data.TempPrefix, data.LogAttachment, data.LogReady,
         [&](ReportStream& out) { return writeLogs(out, data); });
     const bool isNamed = !data.LogAttachment.isEmpty();
-    // Of this stage a file that can't be made is told by a number of its own.
+    // In this stage a file that can't be made has a number of its own.
     return isNamed && !data.LogReady ? notMade : result;
 }
 
@@ -191,7 +191,7 @@ quint32 appMAPI::writeLogs(ReportStream& out, QuorilMAPIData& data)
     if (data.LogFileName.isEmpty()) {
         const auto file = machine().files().openForReading(data.ConfigFileName);
         if (!file) {
-            ShowError(LoadText(text::ConfigurationNotOpened) + u' ' + data.ConfigFileName);
+            ShowError(loadText(text::ConfigurationNotOpened) + u' ' + data.ConfigFileName);
             return 0;
         }
         data.LogFileName = findLogName(**file);
@@ -215,24 +215,24 @@ void appMAPI::SaveReport(QuorilMAPIData& data)
         return;
     const std::unique_ptr<QFile> file = openReport(path);
     if (!file) {
-        ShowError(LoadText(text::OutputNotOpened));
+        ShowError(loadText(text::OutputNotOpened));
         return;
     }
-    // What kept a stage from its part has been told: a report without it is not one that was stored.
+    // What kept a stage from its part has been reported: a report without it is not one that was stored.
     const bool hasStages = ErrorText.isEmpty();
     QFile& out = *file;
     BuildForm();
     const bool hasForm = writeUnits(out, FormText);
     const bool hasParts = copyParts(out, data);
-    RemoveAttachments(data);
+    removeAttachments(data);
     out.close();
     if (!hasParts)
         return;
     const bool isWritten = hasForm && out.error() == QFileDevice::NoError;
     if (isWritten && hasStages)
-        m_prompts.success(LoadText(text::ReportStored) + u" \""_s + path + u"\"."_s);
+        m_prompts.success(loadText(text::ReportStored) + u" \""_s + path + u"\"."_s);
     else if (!isWritten)
-        ShowError(LoadText(text::OutputNotWritten));
+        ShowError(loadText(text::OutputNotWritten));
 }
 
 /// False if any of the parts failed, which was shown then; each is tried.
@@ -253,11 +253,11 @@ bool appMAPI::copyParts(QIODevice& out, const QuorilMAPIData& data)
     const bool hasEnd
         = writeUnits(out, u"-------------------- End of Configuration file --------------------\r\n");
     if (isWhole && !(hasBegin && hasEnd))
-        ShowError(LoadText(text::OutputNotWritten));
+        ShowError(loadText(text::OutputNotWritten));
     return isWhole && hasBegin && hasEnd;
 }
 
-void appMAPI::RemoveAttachments(QuorilMAPIData& data)
+void appMAPI::removeAttachments(QuorilMAPIData& data)
 {
     const auto remove = [](const QString& attachment, bool& isReady) {
         if (isReady)
@@ -278,13 +278,13 @@ int appMAPI::copyBlocks(QIODevice& in, const std::function<bool(QByteArrayView)>
     qint64 got = 0;
     while ((got = in.read(bytes.data(), CopyBytes)) > 0) {
         if (!write(QByteArrayView(bytes.constData(), got))) {
-            ShowError(LoadText(text::OutputNotWritten));
+            ShowError(loadText(text::OutputNotWritten));
             return -1;
         }
     }
     if (got == 0)
         return 0;
-    ShowError(LoadText(text::TemporaryNotOpened));
+    ShowError(loadText(text::TemporaryNotOpened));
     return -1;
 }
 
@@ -294,7 +294,7 @@ int appMAPI::CopyTempFile(QIODevice* out, const QString& path)
         return -1;
     QFile in(path);
     if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        ShowError(LoadText(text::TemporaryNotOpened));
+        ShowError(loadText(text::TemporaryNotOpened));
         return -1;
     }
     // What the host doesn't copy is left for the blocks.
@@ -310,7 +310,7 @@ int appMAPI::CopyConfigFile(QIODevice* out, const QString& path)
         return -1;
     const auto in = machine().files().openForReading(path);
     if (!in) {
-        ShowError(LoadText(text::TemporaryNotOpened));
+        ShowError(loadText(text::TemporaryNotOpened));
         return -1;
     }
     QStringDecoder decode(QStringDecoder::System);

@@ -16,7 +16,7 @@ class ReportStream;
 class UserPrompts;
 
 /// Builds one problem report: its stages gather into temporary files of their own, and SaveReport puts the
-/// files behind a form. What fails is shown when it happens, and the report goes on without it.
+/// files after a form. What fails is shown when it happens, and the report goes on without it.
 class appMAPI
 {
 public:
@@ -27,12 +27,12 @@ public:
     appMAPI(UserPrompts& prompts, AskFileName askFileName);
 
     // The stages. Each makes its attachment, sets its Ready flag, and gives 0. A temporary file that can't be
-    // named or made, or not written to its end, is told and leaves the flag clear; nothing remains of it, and
-    // the result is the error's number.
+    // named or made, or not written to its end, is reported and leaves the flag clear; nothing remains of it,
+    // and the result is the error's number.
 
     quint32 WriteHardwareSection(QuorilMAPIData& data);
 
-    /// 62000, untold and with nothing made, if the services key can't be opened.
+    /// 62000, unreported and with nothing made, if the services key can't be opened.
     quint32 WriteRegistrySection(QuorilMAPIData& data);
 
     /// Takes the last three minutes' first seconds where the span has an end that is 0. Without a name of the
@@ -46,7 +46,7 @@ public:
     void SaveReport(QuorilMAPIData& data);
 
     /// Removes the attachments that are ready and clears the flags.
-    static void RemoveAttachments(QuorilMAPIData& data);
+    static void removeAttachments(QuorilMAPIData& data);
 
     void BuildForm();
 

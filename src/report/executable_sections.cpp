@@ -119,7 +119,7 @@ void DescribeExecutables(ReportStream& out, QStringView path)
     writeListing(out, folder, find, fileVersionOf);
 }
 
-void DescribeOwnExecutables(ReportStream& out, QStringView path)
+void describeOwnExecutables(ReportStream& out, QStringView path)
 {
     if (path != QCoreApplication::applicationFilePath()) {
         DescribeExecutables(out, path);
@@ -139,7 +139,7 @@ void DescribeOwnExecutables(ReportStream& out, QStringView path)
 void writeExecutableSections(ReportStream& out, QStringView guiExecutablePath, QStringView executablePath)
 {
     out.write(u"-------------------- QUORIL GUI Executable Description --------------------\r\n");
-    DescribeOwnExecutables(out, guiExecutablePath);
+    describeOwnExecutables(out, guiExecutablePath);
     out.write(u"-------------------- QUORIL Executable Description --------------------\r\n");
     DescribeExecutables(out, executablePath);
     out.write(u"-------------------- QUORIL DRIVERS --------------------\r\n");

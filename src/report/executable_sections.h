@@ -16,7 +16,7 @@ void DescribeExecutables(ReportStream& out, QStringView path);
 
 /// The same of the folder of the console's own program. Where that program lies outside the machine, its path
 /// is that of the host, and so is its folder.
-void DescribeOwnExecutables(ReportStream& out, QStringView path);
+void describeOwnExecutables(ReportStream& out, QStringView path);
 
 /// Reads the version of the file into the record; a file without one leaves the record as it is.
 void ReadFileVersion(QStringView file, VersionRecord& version);

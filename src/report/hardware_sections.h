@@ -15,7 +15,7 @@ struct HardwareSections
 };
 
 /// Writes the sections about executables and drivers where they are wanted, then the hardware block. All that
-/// the block tells is gathered before. What can't be found out stands as unknown; nothing here fails.
+/// the block says is gathered before. What can't be found out stands as unknown; nothing here fails.
 void writeHardwareSections(ReportStream& out, const HardwareSections& wanted);
 
 } // namespace quoril

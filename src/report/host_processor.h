@@ -10,7 +10,7 @@ struct ProcessorInfo;
 qint32 readCpuSpeed();
 
 /// The line "Host CPU: ...": name, vendor and identifier by the registry with the speed in MHz, or what the
-/// record tells if the registry's key can't be opened.
+/// record says if the registry's key can't be opened.
 QString describeProcessor(const ProcessorInfo& processors, qint32 cpuSpeed);
 
 } // namespace quoril

@@ -48,7 +48,7 @@ public:
     {
         while (accept(u' ') || accept(u'\t')) { }
     }
-    /// Goes behind the next line feed. False if there is none.
+    /// Goes past the next line feed. False if there is none.
     bool nextLine()
     {
         while (peek()) {

@@ -113,7 +113,7 @@ struct ProductInfoRow
     QStringView text;
 };
 
-/// What version 6.0 tells of its edition.
+/// What version 6.0 says of its edition.
 constexpr ProductInfoRow ProductInfoTexts[] = {
     {1, u" Ultimate Edition"},
     {2, u" Home Basic Edition"},
@@ -158,8 +158,8 @@ template <typename Table> QStringView textOf(const Table& table, const SystemVer
 QStringView productInfoText(const SystemVersion& version)
 {
     const auto found = std::ranges::find(ProductInfoTexts, version.productInfo, &ProductInfoRow::productInfo);
-    const bool tells = version.major == 6 && version.minor == 0;
-    return tells && found != std::end(ProductInfoTexts) ? found->text : QStringView();
+    const bool isNamed = version.major == 6 && version.minor == 0;
+    return isNamed && found != std::end(ProductInfoTexts) ? found->text : QStringView();
 }
 
 QString describeNt(const SystemVersion& version)

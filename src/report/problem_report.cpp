@@ -77,7 +77,7 @@ bool mailProblemReport(
     const bool hasAllParts = data.HardwareReady && data.RegistryReady && data.LogReady;
     report.SaveReport(data);
     if (request.removesLeftovers)
-        appMAPI::RemoveAttachments(data);
+        appMAPI::removeAttachments(data);
     return hasAllParts && report.ErrorText.isEmpty();
 }
 

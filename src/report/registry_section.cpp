@@ -21,7 +21,7 @@ constexpr qsizetype DeepestKey = 512;
 /// The names of the keys from the service's own down to the one being written; empty between reports.
 QStringList g_registry_path;
 
-/// The unit at the index of the data, 0 behind its end.
+/// The unit at the index of the data, 0 after its end.
 char16_t unitAt(const QByteArray& data, qsizetype index)
 {
     return 2 * index + 1 < data.size() ? char16_t(uchar(data[2 * index]) | uchar(data[2 * index + 1]) << 8)

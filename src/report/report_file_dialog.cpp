@@ -13,12 +13,12 @@ using namespace Qt::StringLiterals;
 
 QString askReportFile(QWidget* parent, const QString& proposedName)
 {
-    QFileDialog dialog(parent, LoadText(text::SaveReportTitle));
+    QFileDialog dialog(parent, loadText(text::SaveReportTitle));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setOption(QFileDialog::HideNameFilterDetails);
-    dialog.setNameFilters(fileFilters(LoadText(text::ReportFilter)));
+    dialog.setNameFilters(fileFilters(loadText(text::ReportFilter)));
     dialog.setDefaultSuffix(u"txt"_s);
     dialog.selectFile(proposedName);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())

@@ -6,8 +6,8 @@ class QIODevice;
 
 namespace quoril {
 
-/// Takes the text of a report section, in order. A failed write is kept by the stream and told by its owner
-/// when it closes; what is written after it is dropped.
+/// Takes the text of a report section, in order. A failed write is kept by the stream and reported by its
+/// owner when it closes; what is written after it is dropped.
 class ReportStream
 {
 public:

@@ -155,7 +155,7 @@ void ActivateResourceModule(ResourceModule module)
     activeModule() = module.loaded() ? std::move(module) : ResourceModule::builtIn();
 }
 
-QString LoadText(quint32 id)
+QString loadText(quint32 id)
 {
     return activeResources().string(id);
 }

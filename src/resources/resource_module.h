@@ -72,6 +72,6 @@ const ResourceModule& activeResources();
 void ActivateResourceModule(ResourceModule module);
 
 /// The text of a string id through the active module.
-QString LoadText(quint32 id);
+QString loadText(quint32 id);
 
 } // namespace quoril

@@ -49,8 +49,8 @@ ScheduleDialog::ScheduleDialog(
     : TemplateDialog(ids::Id, parent)
     , m_table(table)
     , m_selected(std::move(selected))
-    , m_time_value(now)
-    , m_date_value(LocalDate(now))
+    , m_timeValue(now)
+    , m_dateValue(localDate(now))
     , m_focus(focus)
     , m_date(new QDateEdit(this))
     , m_time(new QTimeEdit(this))
@@ -77,7 +77,7 @@ void ScheduleDialog::makePickers()
     m_date->setCalendarPopup(true);
     m_date->setDisplayFormat(dateFormat(locale()));
     m_time->setObjectName(QString::number(ids::Time));
-    m_time->setDisplayFormat(WithSeconds(locale().timeFormat(QLocale::ShortFormat)));
+    m_time->setDisplayFormat(withSeconds(locale().timeFormat(QLocale::ShortFormat)));
     m_time->setWrapping(true);
 }
 
@@ -98,7 +98,7 @@ void ScheduleDialog::makeList()
     m_list->header()->setMinimumSectionSize(1);
     m_list->installEventFilter(this);
     m_list->viewport()->installEventFilter(this);
-    ShowFocusFrame(*m_list);
+    showFocusFrame(*m_list);
     m_list->setAccessibleName(windowTitle());
 
     // Room for every text but a long name, in each language: the date has two parts of the width, the action
@@ -106,7 +106,7 @@ void ScheduleDialog::makeList()
     const QFontMetrics metrics = m_list->fontMetrics();
     int part = 0;
     for (const qint32 action : {0, schedule_action::Start, schedule_action::Stop})
-        part = std::max(part, metrics.horizontalAdvance(ScheduleActionText(action)));
+        part = std::max(part, metrics.horizontalAdvance(scheduleActionText(action)));
     for (int column = 0; column < ScheduleModel::ColumnCount; ++column) {
         const QString heading = m_model->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
         const int parts = column == ScheduleModel::Action ? 1 : 2;
@@ -158,16 +158,16 @@ void ScheduleDialog::OnInitDialog()
 
 bool ScheduleDialog::takePickers()
 {
-    m_date_value = m_date->date();
-    const std::optional<qint64> time = AtTimeOfDay(m_time_value, m_time->time());
-    m_time_value = time.value_or(m_time_value);
+    m_dateValue = m_date->date();
+    const std::optional<qint64> time = atTimeOfDay(m_timeValue, m_time->time());
+    m_timeValue = time.value_or(m_timeValue);
     return time.has_value();
 }
 
 void ScheduleDialog::showPickers()
 {
-    m_date->setDate(m_date_value);
-    m_time->setTime(LocalTimeOfDay(m_time_value));
+    m_date->setDate(m_dateValue);
+    m_time->setTime(localTimeOfDay(m_timeValue));
 }
 
 void ScheduleDialog::buildList()
@@ -222,19 +222,19 @@ void ScheduleDialog::addOrder()
 {
     if (!takePickers())
         return;
-    const std::optional<qint64> moment = ScheduleMoment(m_time_value, m_date_value);
+    const std::optional<qint64> moment = scheduleMoment(m_timeValue, m_dateValue);
     if (!moment)
         return;
     const ServiceInfo* const service = m_selected();
     if (!service)
         return;
     m_table.add({*service, *moment, IsStart ? schedule_action::Start : schedule_action::Stop});
-    m_time_value += NextProposal;
+    m_timeValue += NextProposal;
     buildList();
     showPickers();
     m_list->scrollToBottom();
     repaint();
-    DialogPrompts(this).inform(LoadText(text::WaitScheduling), PauseMilliseconds);
+    DialogPrompts(this).inform(loadText(text::WaitScheduling), PauseMilliseconds);
 }
 
 void ScheduleDialog::OnRemove()

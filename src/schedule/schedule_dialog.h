@@ -58,8 +58,8 @@ private:
 
     ScheduleTable& m_table;
     SelectedService m_selected;
-    qint64 m_time_value; ///< its time of day and daylight-saving flag are the order's
-    QDate m_date_value;
+    qint64 m_timeValue; ///< its time of day and daylight-saving flag are the order's
+    QDate m_dateValue;
     bool IsStart = false; ///< a start is being added
     FirstFocus m_focus;
 

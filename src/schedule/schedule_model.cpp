@@ -7,15 +7,15 @@
 
 namespace quoril {
 
-QString ScheduleActionText(qint32 action)
+QString scheduleActionText(qint32 action)
 {
     switch (action) {
     case schedule_action::Start:
-        return LoadText(text::ActionStart);
+        return loadText(text::ActionStart);
     case schedule_action::Stop:
-        return LoadText(text::ActionStop);
+        return loadText(text::ActionStop);
     default:
-        return LoadText(text::ActionUnknown);
+        return loadText(text::ActionUnknown);
     }
 }
 
@@ -44,9 +44,9 @@ QVariant ScheduleModel::data(const QModelIndex& index, int role) const
     const ScheduledOrder& order = m_orders[std::size_t(index.row())];
     QString text = shownText(order.name);
     if (index.column() == ScheduleDate)
-        text = ScheduleTimeText(order.time);
+        text = scheduleTimeText(order.time);
     else if (index.column() == Action)
-        text = ScheduleActionText(order.action);
+        text = scheduleActionText(order.action);
     return role == Qt::ToolTipRole ? text.toHtmlEscaped() : text;
 }
 
@@ -58,7 +58,7 @@ QVariant ScheduleModel::headerData(int section, Qt::Orientation orientation, int
         return {};
     if (role == Qt::TextAlignmentRole)
         return int(Qt::AlignLeft | Qt::AlignVCenter);
-    return role == Qt::DisplayRole ? LoadText(Headings[section]) : QVariant();
+    return role == Qt::DisplayRole ? loadText(Headings[section]) : QVariant();
 }
 
 } // namespace quoril

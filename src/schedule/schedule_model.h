@@ -37,6 +37,6 @@ private:
 };
 
 /// The text of an action number in the active language.
-QString ScheduleActionText(qint32 action);
+QString scheduleActionText(qint32 action);
 
 } // namespace quoril

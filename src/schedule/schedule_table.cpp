@@ -23,7 +23,7 @@ int carryOut(SchedStruct& order)
 
 ScheduleTable::~ScheduleTable()
 {
-    EndWorker();
+    endWorker();
     if (m_worker.joinable())
         m_worker.join();
 }
@@ -70,7 +70,7 @@ Status ScheduleTable::StartScheduleWorker()
     return *WorkerHandle;
 }
 
-void ScheduleTable::EndWorker()
+void ScheduleTable::endWorker()
 {
     {
         const std::lock_guard lock(m_guard);
@@ -84,13 +84,13 @@ void ScheduleTable::ScheduleWorker()
     std::unique_lock lock(m_guard);
     while (WorkerRun) {
         lock.unlock();
-        RunPass();
+        runPass();
         lock.lock();
         machine().clock().wait(PauseMilliseconds, lock, m_wake, [this] { return !WorkerRun; });
     }
 }
 
-void ScheduleTable::RunPass()
+void ScheduleTable::runPass()
 {
     for (const OrderId id : dueAt(machine().clock().now())) {
         std::optional<SchedStruct> order = take(id);

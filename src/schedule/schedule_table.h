@@ -35,8 +35,8 @@ public:
     qint32 Action = 0; ///< a number of schedule_action; any other does nothing
 };
 
-/// Tells one order from every other of the same table, for good: unlike its place it never changes, and it is
-/// never given again.
+/// Distinguishes one order from every other of the same table, for good: unlike its place it never changes,
+/// and it is never given again.
 using OrderId = quint64;
 
 /// What is shown of an order.
@@ -62,7 +62,7 @@ public:
     ScheduleTable(const ScheduleTable&) = delete;
     ScheduleTable& operator=(const ScheduleTable&) = delete;
 
-    /// What is called behind each order that was carried out, with the order's copy of the service and what
+    /// What is called after each order that was carried out, with the order's copy of the service and what
     /// its call gave: 0, or 1 with the failure's text in the copy. It is called from the worker's thread.
     using OutcomeObserver = std::function<void(OrderId id, const SchedStruct& order, int result)>;
 
@@ -84,13 +84,13 @@ public:
     Status StartScheduleWorker();
 
     /// Lets the worker end: at once from its pause, else after the pass that is under way. Doesn't wait.
-    void EndWorker();
+    void endWorker();
 
     /// One pass by the wall clock, which is read once: carries out what is due in the table's order, each
     /// call finished before the next begins, and purges it. Results of the calls are for the observer alone:
     /// an order fires once, whatever came of it. Orders that are added meanwhile wait for the next pass. The
     /// worker calls this once a second; no two passes may run at the same time.
-    void RunPass();
+    void runPass();
 
 private:
     enum class State

@@ -27,7 +27,7 @@ void setTimeOfDay(std::tm& parts, QTime timeOfDay)
 
 } // namespace
 
-void ReadTimeZone()
+void readTimeZone()
 {
 #ifdef Q_OS_WIN
     _tzset();
@@ -36,23 +36,23 @@ void ReadTimeZone()
 #endif
 }
 
-QDate LocalDate(qint64 moment)
+QDate localDate(qint64 moment)
 {
     const auto parts = localParts(moment);
     return parts ? QDate(parts->tm_year + 1900, parts->tm_mon + 1, parts->tm_mday) : QDate();
 }
 
-QTime LocalTimeOfDay(qint64 moment)
+QTime localTimeOfDay(qint64 moment)
 {
     const auto parts = localParts(moment);
     return parts ? QTime(parts->tm_hour, parts->tm_min, parts->tm_sec) : QTime();
 }
 
-std::optional<qint64> AtTimeOfDay(qint64 moment, QTime timeOfDay)
+std::optional<qint64> atTimeOfDay(qint64 moment, QTime timeOfDay)
 {
     auto parts = localParts(moment);
     // Made anew, a moment of the hour that comes twice in autumn could become the other of the two.
-    if (!parts || LocalTimeOfDay(moment) == timeOfDay)
+    if (!parts || localTimeOfDay(moment) == timeOfDay)
         return moment;
     setTimeOfDay(*parts, timeOfDay);
     parts->tm_isdst = -1;
@@ -60,7 +60,7 @@ std::optional<qint64> AtTimeOfDay(qint64 moment, QTime timeOfDay)
     return made < 0 ? std::nullopt : std::optional(made);
 }
 
-QString WithSeconds(QString shortTimeFormat)
+QString withSeconds(QString shortTimeFormat)
 {
     const qsizetype minutes = shortTimeFormat.indexOf(u"mm");
     if (shortTimeFormat.contains(u's'))
@@ -70,7 +70,7 @@ QString WithSeconds(QString shortTimeFormat)
     return shortTimeFormat.insert(minutes + 2, shortTimeFormat[minutes - 1] + QStringLiteral("ss"));
 }
 
-std::optional<qint64> ScheduleMoment(qint64 time, QDate date)
+std::optional<qint64> scheduleMoment(qint64 time, QDate date)
 {
     auto parts = localParts(time);
     if (!parts)
@@ -85,7 +85,7 @@ std::optional<qint64> ScheduleMoment(qint64 time, QDate date)
     return moment;
 }
 
-QString ScheduleTimeText(qint64 moment)
+QString scheduleTimeText(qint64 moment)
 {
     static constexpr const char16_t* Days[] = {u"Sun", u"Mon", u"Tue", u"Wed", u"Thu", u"Fri", u"Sat"};
     static constexpr const char16_t* Months[]

@@ -41,7 +41,7 @@ void InformDialog::OnInitDialog()
 {
     m_timer.start(machine().clock().timerInterval(m_period));
     m_waiting.emplace();
-    Announce(*m_text);
+    announceText(*m_text);
 }
 
 void InformDialog::done(int result)
@@ -61,8 +61,8 @@ void InformDialog::keyPressEvent(QKeyEvent* event)
 
 void InformDialog::OnTimer()
 {
-    m_text->setText(LoadText(text::Ready));
-    Announce(*m_text);
+    m_text->setText(loadText(text::Ready));
+    announceText(*m_text);
     repaint();
     machine().clock().sleep(ReadySecond);
     accept();

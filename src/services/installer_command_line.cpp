@@ -53,10 +53,10 @@ QString unsafeArgument(const InstallRequest& request)
     qsizetype length = QStringView(u"\"\" --install \"\" \"\"").size();
     for (const auto& [statement, argument] : arguments) {
         if (const quint32 fault = faultOf(argument))
-            return LoadText(statement).replace(u"%s"_s, LoadText(fault));
+            return loadText(statement).replace(u"%s"_s, loadText(fault));
         length += argument.size();
     }
-    return length > LongestCommandLine ? LoadText(text::CommandLineTooLong) : QString();
+    return length > LongestCommandLine ? loadText(text::CommandLineTooLong) : QString();
 }
 
 InstallerFile findInstallerFile(const QString& named)
@@ -66,12 +66,12 @@ InstallerFile findInstallerFile(const QString& named)
     const auto known = files.hostPath(name);
     const QString host = known ? *known : QFileInfo(name).absoluteFilePath();
     if (QFileInfo(host).isDir())
-        return {{}, LoadText(text::FileIsFolder).replace(u"%s"_s, name)};
+        return {{}, loadText(text::FileIsFolder).replace(u"%s"_s, name)};
     if (known ? !files.openForReading(name) : !QFileInfo(host).isFile())
-        return {{}, LoadText(text::DocumentNotFound).replace(u"%s"_s, name)};
+        return {{}, loadText(text::DocumentNotFound).replace(u"%s"_s, name)};
     const auto path = files.machinePath(host);
     if (!path)
-        return {{}, LoadText(text::FileOutsideMachine).replace(u"%s"_s, name)};
+        return {{}, loadText(text::FileOutsideMachine).replace(u"%s"_s, name)};
     return {*path, {}};
 }
 
@@ -87,8 +87,8 @@ int CheckedInstaller::InstallService(const QString& serviceName, const QString& 
     // An update begins with the removal of what is there.
     const Status runs = isUpdate ? machine().processes().canRun(withoutQuotes(imagePath)) : Status();
     if (!runs) {
-        const QString reason = LoadText(text::Reason) + ErrorText(runs.errorNumber());
-        prompts.message(LoadText(text::InstallationFailed) + reason);
+        const QString reason = loadText(text::Reason) + ErrorText(runs.errorNumber());
+        prompts.message(loadText(text::InstallationFailed) + reason);
         return -1;
     }
     const InstallOutcome outcome = installService(*this, request, prompts);

@@ -31,7 +31,7 @@ public:
 
     QPushButton* add(int id, quint32 textId, ButtonRole role)
     {
-        QPushButton* button = addButton(LoadText(textId), role);
+        QPushButton* button = addButton(loadText(textId), role);
         button->setObjectName(QString::number(id));
         return button;
     }
@@ -40,7 +40,7 @@ private:
     ArrowCursor m_waits;
 };
 
-void tell(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget* parent)
+void showBox(QMessageBox::Icon icon, const QString& title, const QString& text, QWidget* parent)
 {
     Box box(icon, title, text, parent);
     box.setEscapeButton(box.add(OkButton, text::Ok, QMessageBox::AcceptRole));
@@ -49,9 +49,9 @@ void tell(QMessageBox::Icon icon, const QString& title, const QString& text, QWi
 
 } // namespace
 
-void ShowErrorBox(QWidget* parent, const QString& text)
+void showErrorBox(QWidget* parent, const QString& text)
 {
-    tell(QMessageBox::Critical, LoadText(text::ErrorTitle), text, parent);
+    showBox(QMessageBox::Critical, loadText(text::ErrorTitle), text, parent);
 }
 
 void DialogPrompts::inform(const QString& text, quint32 periodMilliseconds)
@@ -61,17 +61,17 @@ void DialogPrompts::inform(const QString& text, quint32 periodMilliseconds)
 
 void DialogPrompts::message(const QString& text)
 {
-    tell(QMessageBox::Warning, LoadText(text::ApplicationTitle), text, m_parent);
+    showBox(QMessageBox::Warning, loadText(text::ApplicationTitle), text, m_parent);
 }
 
 void DialogPrompts::success(const QString& text)
 {
-    tell(QMessageBox::Information, LoadText(text::ApplicationTitle), text, m_parent);
+    showBox(QMessageBox::Information, loadText(text::ApplicationTitle), text, m_parent);
 }
 
 bool DialogPrompts::ask(const QString& question)
 {
-    Box box(QMessageBox::Question, LoadText(text::ApplicationTitle), question, m_parent);
+    Box box(QMessageBox::Question, loadText(text::ApplicationTitle), question, m_parent);
     const QPushButton* yes = box.add(YesButton, text::Yes, QMessageBox::YesRole);
     QPushButton* no = box.add(NoButton, text::No, QMessageBox::NoRole);
     box.setDefaultButton(no);

@@ -9,9 +9,9 @@ class QWidget;
 namespace quoril {
 
 /// The message box of a failure: the title "Error", the stop icon, an OK button.
-void ShowErrorBox(QWidget* parent, const QString& text);
+void showErrorBox(QWidget* parent, const QString& text);
 
-/// Tells and asks in real boxes over a window. Message boxes and questions carry the application's title; a
+/// Reports and asks in real boxes over a window. Message boxes and questions carry the application's title; a
 /// question answers No by Enter and Escape, since it guards what can't be undone.
 class DialogPrompts : public UserPrompts
 {

@@ -15,7 +15,7 @@ RemoveServiceDialog::RemoveServiceDialog(const QString& serviceName, QWidget* pa
     : TemplateDialog(ids::Id, parent)
 {
     QLineEdit* name = readOnlyEdit(ids::Name);
-    ShowInEdit(*name, serviceName);
+    showInEdit(*name, serviceName);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(label(ids::NameLabel, name));

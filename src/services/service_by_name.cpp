@@ -122,22 +122,22 @@ int ServiceApp::RemoveRegistration(const QString& serviceName, UserPrompts& prom
     else if (refusal && failure.textId == text::RemovalFailed)
         *refusal = outcome.errorNumber;
 
-    QString told = LoadText(failure.textId);
+    QString message = loadText(failure.textId);
     if (failure.reason)
-        told += LoadText(text::Reason) % ErrorText(failure.reason);
-    prompts.message(told);
+        message += loadText(text::Reason) % ErrorText(failure.reason);
+    prompts.message(message);
     return -1;
 }
 
 int ServiceApp::RemoveService(
     const QString& serviceName, bool ask, UserPrompts& prompts, quint32* refusal) const
 {
-    if (ask && !(prompts.confirmRemoval(serviceName) && prompts.ask(LoadText(text::RemovalQuestion))))
+    if (ask && !(prompts.confirmRemoval(serviceName) && prompts.ask(loadText(text::RemovalQuestion))))
         return 1;
     QString installed;
     (void)FindInstalledService(serviceName, installed);
     if (installed.isEmpty()) {
-        prompts.message(LoadText(text::ServiceNotInstalled));
+        prompts.message(loadText(text::ServiceNotInstalled));
         return -1;
     }
     return RemoveRegistration(serviceName, prompts, refusal);
@@ -158,18 +158,18 @@ int ServiceApp::FindInstalledService(const QString& serviceName, QString& instal
 QString ServiceApp::ErrorText(quint32 number)
 {
     const QString code = u"0x"_s + QString::number(number, 16).toUpper();
-    QString told = machine().systemInfo().errorText(number);
-    if (told.isEmpty())
+    QString text = machine().systemInfo().errorText(number);
+    if (text.isEmpty())
         return code;
-    told.chop(LineEndUnits);
-    return told % u" (" % code % u')';
+    text.chop(LineEndUnits);
+    return text % u" (" % code % u')';
 }
 
 int RunProcess(const QString& commandLine, UserPrompts& prompts)
 {
     const auto process = machine().processes().create({}, commandLine);
     if (!process) {
-        prompts.message(LoadText(text::CreateProcessFailed).replace(u"%s"_s, commandLine));
+        prompts.message(loadText(text::CreateProcessFailed).replace(u"%s"_s, commandLine));
         return ProcessNotCreated;
     }
     // A program that takes longer is left running.

@@ -23,8 +23,8 @@ private:
     QStringList m_names;
 };
 
-/// The operations on a service by name. It has no data: an operation tells the person what it has to tell,
-/// and its result is 0, or -1 if it failed and was told.
+/// The operations on a service by name. It has no data: an operation shows the person what it has to say,
+/// and its result is 0, or -1 if it failed and was reported.
 class ServiceApp
 {
 public:
@@ -35,7 +35,8 @@ public:
 
     /// Has the product's executable register the service; in an update the old service of that name is
     /// removed first. 0 if name or configuration file are empty, -1 after a success and where it stopped with
-    /// a message, else the executable's failing exit code, which was told; installService() tells them apart.
+    /// a message, else the executable's failing exit code, which was reported; installService() distinguishes
+    /// them.
     virtual int InstallService(const QString& serviceName, const QString& configurationFile, bool isUpdate,
         const QString& imagePath, UserPrompts& prompts);
 
@@ -57,7 +58,7 @@ public:
     int SetDependencies(const QString& serviceName) const;
 
     /// Deletes a stopped service through the service manager. `refusal` gets the error number of a deletion
-    /// that was refused, which the person isn't told.
+    /// that was refused, which is not reported to the person.
     int RemoveRegistration(
         const QString& serviceName, UserPrompts& prompts, quint32* refusal = nullptr) const;
 
@@ -74,8 +75,8 @@ public:
     static QString ErrorText(quint32 number);
 };
 
-/// Runs a program and waits for its end, at most 30 seconds: its exit code, 259 if it runs on, 2 (told) if it
-/// could not be created.
+/// Runs a program and waits for its end, at most 30 seconds: its exit code, 259 if it runs on, 2 (reported)
+/// if it could not be created.
 int RunProcess(const QString& commandLine, UserPrompts& prompts);
 
 } // namespace quoril

@@ -19,7 +19,7 @@ enum class DatabaseLocking
 enum class ManagerUse
 {
     CloseAtOnce, ///< closed as soon as the service is open
-    KeepOpen ///< closed behind the service
+    KeepOpen ///< closed after the service
 };
 
 /// What an operation needs of the service manager.

@@ -29,8 +29,8 @@ ServiceInstallDialog::ServiceInstallDialog(
 {
     m_name->setObjectName(QString::number(ids::Name));
     QLineEdit* product = disabledEdit(ids::Product);
-    ShowInEdit(*product, productName);
-    ShowInEdit(*m_configuration, configurationFile);
+    showInEdit(*product, productName);
+    showInEdit(*m_configuration, configurationFile);
     QPushButton* browse = button(ids::Browse);
 
     auto* layout = new QGridLayout(this);
@@ -58,7 +58,7 @@ void ServiceInstallDialog::accept()
 {
     DialogPrompts prompts(this);
     if (serviceName().isEmpty()) {
-        prompts.message(LoadText(text::EnterServiceName));
+        prompts.message(loadText(text::EnterServiceName));
         m_name->setFocus();
         return;
     }
@@ -73,19 +73,19 @@ void ServiceInstallDialog::OnBrowse()
     auto folder = files.hostPath(m_configuration->text().section(u'\\', 0, -2) + u'\\');
     if (!folder)
         folder = files.hostPath(u"C:\\");
-    QFileDialog picker(this, LoadText(text::OpenConfigurationTitle), folder ? *folder : QString());
+    QFileDialog picker(this, loadText(text::OpenConfigurationTitle), folder ? *folder : QString());
     picker.setFileMode(QFileDialog::ExistingFile);
     picker.setOption(QFileDialog::HideNameFilterDetails);
-    picker.setNameFilters(fileFilters(LoadText(text::ConfigurationFilter)));
+    picker.setNameFilters(fileFilters(loadText(text::ConfigurationFilter)));
     if (picker.exec() != Accepted)
         return;
     const QString chosen = picker.selectedFiles().value(0);
     const auto path = files.machinePath(chosen);
     if (!path) {
-        DialogPrompts(this).message(LoadText(text::FileOutsideMachine).replace(u"%s"_s, chosen));
+        DialogPrompts(this).message(loadText(text::FileOutsideMachine).replace(u"%s"_s, chosen));
         return;
     }
-    ShowInEdit(*m_configuration, *path);
+    showInEdit(*m_configuration, *path);
     m_install->setEnabled(true);
 }
 

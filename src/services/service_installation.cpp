@@ -29,7 +29,7 @@ constexpr qsizetype DriveUnits = 2;
 constexpr int InstalledCode = -1;
 constexpr int StoppedWithMessage = -1;
 
-/// The folder of a program, with the backslashes behind the drive doubled.
+/// The folder of a program, with the backslashes after the drive doubled.
 QString doubledDirectory(QStringView path)
 {
     const bool hasDrive = path.size() >= DriveUnits && path[DriveUnits - 1] == u':';
@@ -40,16 +40,16 @@ QString doubledDirectory(QStringView path)
     return drive % directory.replace(u"\\"_s, u"\\\\"_s);
 }
 
-InstallOutcome stop(InstallStep step, const QString& told, UserPrompts& prompts)
+InstallOutcome stop(InstallStep step, const QString& message, UserPrompts& prompts)
 {
-    prompts.message(told);
+    prompts.message(message);
     return {step, StoppedWithMessage};
 }
 
-/// What follows the executable's success. Only the success itself is told.
+/// What follows the executable's success. Only the success itself is reported.
 void announce(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts)
 {
-    prompts.success(LoadText(request.isUpdate ? text::ServiceUpdated : text::ServiceInstalled));
+    prompts.success(loadText(request.isUpdate ? text::ServiceUpdated : text::ServiceInstalled));
     machine().session().broadcast(NewServiceInstalledMessage,
         prompts.isWatched() ? HungWindows::AreAwaited : HungWindows::ArePassedOver);
     if (app.BuildDependencyList(request.serviceName) == 0)
@@ -63,17 +63,17 @@ InstallOutcome installService(const ServiceApp& app, const InstallRequest& reque
     if (request.serviceName.isEmpty() || request.configurationFile.isEmpty())
         return {InstallStep::Arguments, 0};
     if (request.imagePath.isEmpty())
-        return stop(InstallStep::ImagePath, LoadText(text::ExecutablePathMissing), prompts);
+        return stop(InstallStep::ImagePath, loadText(text::ExecutablePathMissing), prompts);
     const bool isQuoted = request.imagePath.startsWith(u'"');
     const QString imagePath = isQuoted ? request.imagePath : u'"' % request.imagePath % u'"';
     if (request.isUpdate && app.RemoveService(request.serviceName, false, prompts) != 0)
-        return stop(InstallStep::Removal, LoadText(text::InstallationFailed), prompts);
+        return stop(InstallStep::Removal, loadText(text::InstallationFailed), prompts);
 
     const QString ChDirStr = doubledDirectory(QStringView(imagePath).mid(1));
     if (!machine().files().setCurrentDirectory(ChDirStr)) {
-        const QString told = LoadText(text::DirectoryNotChanged) % LoadText(text::DestinationDirectory) % u'"'
-            % ChDirStr % u'"';
-        return stop(InstallStep::Directory, told, prompts);
+        const QString message = loadText(text::DirectoryNotChanged) % loadText(text::DestinationDirectory)
+            % u'"' % ChDirStr % u'"';
+        return stop(InstallStep::Directory, message, prompts);
     }
     const QString CmdLine
         = imagePath % u" --install \"" % request.serviceName % u"\" \"" % request.configurationFile % u'"';
@@ -83,7 +83,7 @@ InstallOutcome installService(const ServiceApp& app, const InstallRequest& reque
         return {InstallStep::Done, code};
     }
     const QString reason = ServiceApp::ErrorText(quint32(code));
-    prompts.message(LoadText(text::InstallationFailed) % LoadText(text::Reason) % reason);
+    prompts.message(loadText(text::InstallationFailed) % loadText(text::Reason) % reason);
     return {InstallStep::Executable, code};
 }
 

@@ -8,7 +8,7 @@ namespace quoril {
 class ServiceApp;
 class UserPrompts;
 
-/// The registered message that tells every program of a service that was installed.
+/// The registered message by which every program learns of a service that was installed.
 inline constexpr QStringView NewServiceInstalledMessage = u"WM_NEW_SERVICE_INSTALLED_MSG";
 
 /// What is to be installed.
@@ -39,7 +39,7 @@ struct InstallOutcome
 };
 
 /// Has the product's executable register a service, announces it to all programs and rewrites its dependency
-/// list. Tells the person of the success and of each failure but missing arguments. It blocks for up to 30
+/// list. Reports the success and each failure but missing arguments to the person. It blocks for up to 30
 /// seconds, and the current directory of machine paths stays the executable's folder.
 InstallOutcome installService(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts);
 

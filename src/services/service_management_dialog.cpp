@@ -50,7 +50,7 @@ constexpr std::array<quint32, 4> StatusTexts{
 QString statusText(qint32 status)
 {
     const bool known = status > 0 && std::size_t(status) < StatusTexts.size();
-    return LoadText(StatusTexts[known ? std::size_t(status) : 0]);
+    return loadText(StatusTexts[known ? std::size_t(status) : 0]);
 }
 
 } // namespace
@@ -100,7 +100,7 @@ void ServiceManagementDialog::buildLayout()
     // Room for the longest text, so that nothing moves when the status changes.
     int widest = 0;
     for (const quint32 id : StatusTexts)
-        widest = std::max(widest, m_status->fontMetrics().horizontalAdvance(LoadText(id)));
+        widest = std::max(widest, m_status->fontMetrics().horizontalAdvance(loadText(id)));
     m_status->setMinimumWidth(widest);
 
     auto* groups = new QHBoxLayout;
@@ -134,20 +134,20 @@ void ServiceManagementDialog::connectControls()
 void ServiceManagementDialog::SetService(ServiceInfo& service)
 {
     m_service = &service;
-    ShowInEdit(*m_name, service.Name);
-    ShowInEdit(*m_description, service.EmulationType);
-    ShowInEdit(*m_path, service.ImagePath);
+    showInEdit(*m_name, service.Name);
+    showInEdit(*m_description, service.EmulationType);
+    showInEdit(*m_path, service.ImagePath);
 }
 
 void ServiceManagementDialog::OnInitDialog()
 {
     m_timer.start(machine().clock().timerInterval(RefreshPeriod));
     if (m_service->QueryState() != 0)
-        ShowFailure();
-    ShowStatus();
+        showFailure();
+    showStatus();
     m_startType->clear();
     for (const auto& [textId, startType] : StartTypes)
-        m_startType->addItem(LoadText(textId), startType);
+        m_startType->addItem(loadText(textId), startType);
     m_startType->setCurrentIndex(std::max(0, m_startType->findData(m_service->StartType)));
     enable(*m_apply, false);
 }
@@ -169,9 +169,9 @@ void ServiceManagementDialog::OnTimer()
 {
     // Started anew, the timer goes on firing behind a box that this very tick shows.
     m_timer.start();
-    const bool tell = m_errorBoxes == 0;
-    Refresh(tell);
-    if (tell && m_timer.isActive())
+    const bool reportFailure = m_errorBoxes == 0;
+    refresh(reportFailure);
+    if (reportFailure && m_timer.isActive())
         m_timer.start();
 }
 
@@ -180,26 +180,26 @@ void ServiceManagementDialog::OnStart()
     const WaitCursor waiting;
     DialogPrompts prompts(this);
     if (m_service->StartPrerequisites(prompts) == NotStarted) {
-        ShowFailure();
+        showFailure();
         return;
     }
     const int started = m_service->StartNow();
-    prompts.inform(LoadText(text::WaitStarted), StartBox);
+    prompts.inform(loadText(text::WaitStarted), StartBox);
     if (started != 0)
-        ShowFailure();
+        showFailure();
     else
-        Refresh(true);
+        refresh(true);
 }
 
 void ServiceManagementDialog::OnStop()
 {
     const WaitCursor waiting;
     const int stopped = m_service->StopNow();
-    DialogPrompts(this).inform(LoadText(text::WaitStopped), StopBox);
+    DialogPrompts(this).inform(loadText(text::WaitStopped), StopBox);
     if (stopped != 0)
-        ShowFailure();
+        showFailure();
     else
-        Refresh(true);
+        refresh(true);
 }
 
 void ServiceManagementDialog::OnTypeSelected(int index)
@@ -217,25 +217,25 @@ void ServiceManagementDialog::OnApply()
     const int changed = m_service->SetStartType(NewStartType, prompts);
     TypeChanged = false;
     if (changed != 0)
-        ShowFailure();
+        showFailure();
 }
 
-void ServiceManagementDialog::Refresh(bool tellFailure)
+void ServiceManagementDialog::refresh(bool reportFailure)
 {
-    if (m_service->QueryState() != 0 && tellFailure)
-        ShowFailure();
-    ShowStatus();
+    if (m_service->QueryState() != 0 && reportFailure)
+        showFailure();
+    showStatus();
     repaint();
     if (m_frame)
         m_frame->setUpdatesEnabled(true);
 }
 
-void ServiceManagementDialog::ShowStatus()
+void ServiceManagementDialog::showStatus()
 {
     const qint32 status = m_service->Status;
     if (m_status->text() != statusText(status)) {
         m_status->setText(statusText(status));
-        Announce(*m_status);
+        announceText(*m_status);
     }
     constexpr qint32 paused = 1;
     constexpr qint32 started = 2;
@@ -246,10 +246,10 @@ void ServiceManagementDialog::ShowStatus()
     enable(*m_stop, status != stopped);
 }
 
-void ServiceManagementDialog::ShowFailure()
+void ServiceManagementDialog::showFailure()
 {
     ++m_errorBoxes;
-    ShowErrorBox(isVisible() ? this : m_frame, m_service->Message);
+    showErrorBox(isVisible() ? this : m_frame, m_service->Message);
     --m_errorBoxes;
 }
 

@@ -11,7 +11,7 @@ namespace quoril {
 class ServiceInfo;
 
 /// Starts and stops one service and changes its start type. A timer of four seconds keeps the shown status
-/// fresh, behind boxes too.
+/// fresh, also while a box is open.
 ///
 /// A status that can't be read shows the error box on each tick, but never two at a time: while an error box
 /// of this dialog stands, ticks only refresh, and behind a tick's box a whole period passes before the next
@@ -39,10 +39,10 @@ private:
     void OnStop();
     void OnApply();
     void OnTypeSelected(int index);
-    /// Shows Message if the status can't be read and the failure is to be told.
-    void Refresh(bool tellFailure);
-    void ShowStatus();
-    void ShowFailure();
+    /// Shows Message if the status can't be read and the failure is to be reported.
+    void refresh(bool reportFailure);
+    void showStatus();
+    void showFailure();
 
     QWidget* m_frame;
     ServiceInfo* m_service = nullptr;

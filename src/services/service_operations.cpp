@@ -16,8 +16,8 @@ namespace {
 
 constexpr qsizetype ConfigBytes = 4096;
 constexpr qsizetype DependencyBytes = 1023;
-constexpr quint32 SecondsBehindStart = 3;
-constexpr quint32 SecondsBehindStop = 1;
+constexpr quint32 SecondsAfterStart = 3;
+constexpr quint32 SecondsAfterStop = 1;
 constexpr quint32 PrerequisiteBox = 2000;
 constexpr quint32 ReconfigurationBox = 5000;
 constexpr quint32 PollInterval = 1000;
@@ -47,15 +47,15 @@ int report(ServiceInfo& record, const ServiceOutcome& outcome, const QString& ac
     case ServiceStep::Done:
         break;
     case ServiceStep::OpenManager:
-        record.Message = LoadText(text::ManagerConnectFailed);
+        record.Message = loadText(text::ManagerConnectFailed);
         break;
     case ServiceStep::LockDatabase:
     case ServiceStep::LockHeld:
     case ServiceStep::NoMemory:
-        record.Message = LoadText(text::DatabaseLockFailed);
+        record.Message = loadText(text::DatabaseLockFailed);
         break;
     case ServiceStep::OpenService:
-        record.Message = LoadText(text::ServiceConnectFailed) % u' ' % record.Name;
+        record.Message = loadText(text::ServiceConnectFailed) % u' ' % record.Name;
         break;
     case ServiceStep::Act:
         record.Message = actFailure;
@@ -66,7 +66,7 @@ int report(ServiceInfo& record, const ServiceOutcome& outcome, const QString& ac
 
 QString quoted(quint32 textId, const QString& name)
 {
-    return LoadText(textId) % u" \"" % name % u'"';
+    return loadText(textId) % u" \"" % name % u'"';
 }
 
 quint32 secondsNow()
@@ -86,7 +86,7 @@ enum class Waited
     QueryFailed = 2
 };
 
-/// Waits in whole seconds, without looking again behind the last one.
+/// Waits in whole seconds, without looking again after the last one.
 Waited waitUntilRunning(Service& service)
 {
     Clock& clock = machine().clock();
@@ -124,14 +124,14 @@ int ServiceInfo::QueryState()
     };
     constexpr quint32 rights = service_access::QueryConfig | service_access::QueryStatus;
     return report(
-        *this, operateService({Name, rights}, act), LoadText(text::ServiceQueryFailed) % u' ' % Name);
+        *this, operateService({Name, rights}, act), loadText(text::ServiceQueryFailed) % u' ' % Name);
 }
 
 int ServiceInfo::StartNow()
 {
     const auto act = [this](Service& service) {
         LogFrom = secondsNow();
-        LogTo = LogFrom + SecondsBehindStart;
+        LogTo = LogFrom + SecondsAfterStart;
         return service.start();
     };
     return report(
@@ -144,7 +144,7 @@ int ServiceInfo::StopNow()
         const auto stopped = service.control(ServiceControlStop);
         if (!stopped)
             return stopped.failure();
-        LogTo = secondsNow() + SecondsBehindStop;
+        LogTo = secondsNow() + SecondsAfterStop;
         return {};
     };
     return report(
@@ -178,7 +178,7 @@ int ServiceInfo::StartPrerequisite(const QString& name, UserPrompts& prompts)
         const auto before = service.queryStatus();
         if (!before || isRunning(before))
             return {};
-        prompts.inform(LoadText(text::WaitPrerequisite), PrerequisiteBox);
+        prompts.inform(loadText(text::WaitPrerequisite), PrerequisiteBox);
         // A refused start shows in the states that follow.
         (void)service.start();
         waited = waitUntilRunning(service);
@@ -192,7 +192,7 @@ int ServiceInfo::StartPrerequisite(const QString& name, UserPrompts& prompts)
         return int(outcome.errorNumber);
     if (waited == Waited::TooLong) {
         Reason = error::Success;
-        Message = LoadText(text::PrerequisiteStartFailed);
+        Message = loadText(text::PrerequisiteStartFailed);
     }
     return int(waited);
 }
@@ -204,11 +204,11 @@ int ServiceInfo::SetStartType(qint32 type, UserPrompts& prompts)
         change.startType = quint32(type);
         const auto changed = service.changeConfig(change);
         if (changed)
-            prompts.inform(LoadText(text::WaitReconfiguration), ReconfigurationBox);
+            prompts.inform(loadText(text::WaitReconfiguration), ReconfigurationBox);
         return changed;
     };
     const auto outcome = operateService({Name, service_access::ChangeConfig, DatabaseLocking::IfFree}, act);
-    return report(*this, outcome, LoadText(text::ServiceChangeFailed) % u' ' % Name);
+    return report(*this, outcome, loadText(text::ServiceChangeFailed) % u' ' % Name);
 }
 
 } // namespace quoril

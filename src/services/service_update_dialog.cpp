@@ -23,8 +23,8 @@ ServiceUpdateDialog::ServiceUpdateDialog(
     , m_product(disabledEdit(ids::Product))
     , m_configuration(disabledEdit(ids::Configuration))
 {
-    ShowInEdit(*m_product, productName);
-    ShowInEdit(*m_configuration, configurationFile);
+    showInEdit(*m_product, productName);
+    showInEdit(*m_configuration, configurationFile);
 
     auto* layout = new QGridLayout(this);
     layout->setColumnStretch(1, 1);
@@ -67,7 +67,7 @@ void ServiceUpdateDialog::accept()
 {
     DialogPrompts prompts(this);
     if (serviceName().isEmpty()) {
-        prompts.message(LoadText(text::EnterServiceName));
+        prompts.message(loadText(text::EnterServiceName));
         return;
     }
     const WaitCursor waiting;

@@ -12,17 +12,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-SetupArguments telling(SetupArguments::Kind kind, const QString& told)
+SetupArguments answer(SetupArguments::Kind kind, const QString& message)
 {
     SetupArguments arguments;
     arguments.kind = kind;
-    arguments.told = told;
+    arguments.message = message;
     return arguments;
 }
 
-SetupArguments wrong(const QString& told)
+SetupArguments wrong(const QString& message)
 {
-    return telling(SetupArguments::Kind::Wrong, told);
+    return answer(SetupArguments::Kind::Wrong, message);
 }
 
 } // namespace
@@ -46,23 +46,23 @@ SetupArguments SetupArguments::read(const QStringList& arguments, const QString&
     if (!parser.parse(arguments))
         return wrong(parser.errorText());
     if (parser.isSet(help))
-        return telling(Kind::Help, parser.helpText().trimmed());
+        return answer(Kind::Help, parser.helpText().trimmed());
     if (parser.isSet(version))
-        return telling(Kind::Help, u"QuorilSetup "_s + programVersion);
+        return answer(Kind::Help, u"QuorilSetup "_s + programVersion);
 
     SetupArguments run;
     run.productName = parser.value(product);
     run.configurationFile = parser.value(configuration);
     run.imagePath = parser.value(executable);
     if (const QStringList stray = parser.positionalArguments(); !stray.isEmpty())
-        return wrong(LoadText(text::StrayArgument).replace(u"%s"_s, stray.front()));
+        return wrong(loadText(text::StrayArgument).replace(u"%s"_s, stray.front()));
     QStringList missing;
     for (const QCommandLineOption& option : {product, configuration, executable}) {
         if (parser.value(option).isEmpty())
             missing.append(u"--"_s + option.names().constFirst());
     }
     if (!missing.isEmpty())
-        return wrong(LoadText(text::SetupArguments).replace(u"%s"_s, missing.join(u", "_s)));
+        return wrong(loadText(text::SetupArguments).replace(u"%s"_s, missing.join(u", "_s)));
     if (const QString refusal = unsafeArgument({{}, run.configurationFile, false, run.imagePath});
         !refusal.isEmpty())
         return wrong(refusal);

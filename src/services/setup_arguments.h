@@ -11,12 +11,12 @@ struct SetupArguments
     enum class Kind
     {
         Run,
-        Help, ///< told is for standard output
-        Wrong ///< told says what is wrong with the command line
+        Help, ///< the message is for standard output
+        Wrong ///< the message says what is wrong with the command line
     };
 
     Kind kind = Kind::Wrong;
-    QString told;
+    QString message;
 
     QString productName;
     QString configurationFile; ///< a full path of the machine, of a file that exists

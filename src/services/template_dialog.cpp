@@ -44,7 +44,7 @@ QLineEdit* TemplateDialog::readOnlyEdit(quint32 id)
     auto* made = new QLineEdit(this);
     made->setObjectName(QString::number(id));
     made->setReadOnly(true);
-    // The ground of the dialog tells that there is nothing to type into.
+    // On the ground of the dialog it is plain that there is nothing to type into.
     QPalette palette = made->palette();
     palette.setColor(QPalette::Base, palette.color(QPalette::Window));
     made->setPalette(palette);
@@ -108,13 +108,13 @@ QDialogButtonBox* TemplateDialog::closingButtons(quint32 accepting, quint32 reje
     return box;
 }
 
-void Announce(QLabel& label)
+void announceText(QLabel& label)
 {
     QAccessibleEvent spoken(&label, QAccessible::Alert);
     QAccessible::updateAccessibility(&spoken);
 }
 
-void ShowInEdit(QLineEdit& edit, const QString& text)
+void showInEdit(QLineEdit& edit, const QString& text)
 {
     edit.setText(text);
     edit.setCursorPosition(0);

@@ -37,7 +37,7 @@ protected:
     QLabel* label(quint32 id, QWidget* described);
     /// One line of text that can be selected and copied but not changed.
     QLineEdit* readOnlyEdit(quint32 id);
-    /// The same for what is only told: it can't be entered either, and stays as legible.
+    /// The same for what is only shown: it can't be entered either, and stays as legible.
     QLineEdit* disabledEdit(quint32 id);
     /// A list to choose from, which nothing can be typed into.
     QComboBox* comboBox(quint32 id);
@@ -62,9 +62,9 @@ private:
 };
 
 /// Has assistive tools say what the label shows, though it has not the focus.
-void Announce(QLabel& label);
+void announceText(QLabel& label);
 
 /// Puts a text into an edit so that its beginning is seen and the whole of it is in the tooltip.
-void ShowInEdit(QLineEdit& edit, const QString& text);
+void showInEdit(QLineEdit& edit, const QString& text);
 
 } // namespace quoril

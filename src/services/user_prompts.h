@@ -4,7 +4,7 @@
 
 namespace quoril {
 
-/// What an operation without a window tells or asks the person. The window shows boxes, the command-line
+/// What an operation without a window says or asks the person. The window shows boxes, the command-line
 /// program prints, a test records and answers.
 class UserPrompts
 {

@@ -21,10 +21,10 @@ namespace {
 /// The program's name, with the first two numbers of the version where that is known.
 QString programText(const VersionRecord& version)
 {
-    const QString name = LoadText(text::AboutText);
+    const QString name = loadText(text::AboutText);
     if (version.major <= 0)
         return name;
-    QString shown = LoadText(text::VersionTemplate);
+    QString shown = loadText(text::VersionTemplate);
     for (const qint32 number : {version.major, version.minor}) {
         if (const qsizetype place = shown.indexOf(u"%d"); place >= 0)
             shown.replace(place, 2, QString::number(number));

@@ -39,7 +39,7 @@ private:
 
 } // namespace
 
-void ShowFocusFrame(QAbstractScrollArea& area)
+void showFocusFrame(QAbstractScrollArea& area)
 {
     constexpr int Seen = 2;
     area.setFrameShape(QFrame::StyledPanel);

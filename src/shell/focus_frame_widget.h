@@ -6,6 +6,6 @@ namespace quoril {
 
 /// Paints the frame of a list, tree or text in the highlight's colour while it has the focus, which most
 /// styles leave unmarked.
-void ShowFocusFrame(QAbstractScrollArea& area);
+void showFocusFrame(QAbstractScrollArea& area);
 
 } // namespace quoril

@@ -28,7 +28,7 @@ QString readHelp(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return u"<p>"_s + LoadText(text::HelpNotFound).toHtmlEscaped() + u"</p><p>"_s + path.toHtmlEscaped()
+        return u"<p>"_s + loadText(text::HelpNotFound).toHtmlEscaped() + u"</p><p>"_s + path.toHtmlEscaped()
             + u"</p>"_s;
     return QString::fromUtf8(file.readAll());
 }
@@ -62,8 +62,8 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
     , m_contents(new QTreeWidget)
     , m_text(new QTextBrowser)
 {
-    setWindowTitle(LoadText(text::HelpTitle));
-    m_contents->setHeaderLabel(LoadText(text::HelpContents));
+    setWindowTitle(loadText(text::HelpTitle));
+    m_contents->setHeaderLabel(loadText(text::HelpContents));
     m_contents->setRootIsDecorated(true);
     m_text->setOpenExternalLinks(false);
     m_text->document()->setDocumentMargin(16);
@@ -79,8 +79,8 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(splitter);
 
-    ShowFocusFrame(*m_contents);
-    ShowFocusFrame(*m_text);
+    showFocusFrame(*m_contents);
+    showFocusFrame(*m_text);
     connect(new QShortcut(QKeySequence(Qt::Key_Escape), this), &QShortcut::activated, this, &QWidget::close);
 
     const QString html = readHelp(helpFile);
@@ -95,7 +95,7 @@ CHelpView::CHelpView(const QString& helpFile, QWidget* parent)
         if (item)
             m_text->scrollToAnchor(item->data(0, SectionRole).toString());
     });
-    ResizeToScreen(*this, HelpWindowSize);
+    resizeToScreen(*this, HelpWindowSize);
 }
 
 void CHelpView::fillContents(const QString& html)
@@ -135,7 +135,7 @@ QString CHelpView::link(quint32 command, const QString& name, const QString& pro
 {
     return u"<p><b>"_s + name.toHtmlEscaped() + u"</b></p><p>"_s + prompt.toHtmlEscaped()
         + u"</p><p><a href=\"#command-"_s + QString::number(command) + u"\">"_s
-        + LoadText(text::HelpTitle).toHtmlEscaped() + u"</a></p>"_s;
+        + loadText(text::HelpTitle).toHtmlEscaped() + u"</a></p>"_s;
 }
 
 } // namespace quoril

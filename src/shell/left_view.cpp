@@ -110,7 +110,7 @@ void CLeftView::FillTree()
     ClearTree();
     const auto computerName = machine().systemInfo().computerName();
     auto* root
-        = new QTreeWidgetItem(this, {computerName ? *computerName : LoadText(text::LocalComputerMissed)});
+        = new QTreeWidgetItem(this, {computerName ? *computerName : loadText(text::LocalComputerMissed)});
     root->setData(0, ItemDataRole, RootData);
     QList<QTreeWidgetItem*> children;
     children.reserve(qsizetype(m_document.m_services.size()));
@@ -148,9 +148,9 @@ void CLeftView::OnSelChanged()
     if (!item || !root)
         return;
     if (item == root) {
-        m_frame->SetServiceCommands(false);
+        m_frame->setServiceCommands(false);
         m_frame->ClearPanel();
-        m_document.SetTitle(LoadText(text::SelectService));
+        m_document.SetTitle(loadText(text::SelectService));
         if (CQuorilManagerView* const panel = m_frame->GetRightView()) {
             panel->SaveColumnWidths();
             panel->ShowEmptyLogTable();
@@ -160,7 +160,7 @@ void CLeftView::OnSelChanged()
     const ServiceInfo* const service = m_document.findService(item->text(0));
     if (!service)
         return;
-    m_frame->SetServiceCommands(true);
+    m_frame->setServiceCommands(true);
     m_frame->RefreshPanel();
     m_document.SetTitle(service->Name);
 }

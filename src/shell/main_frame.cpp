@@ -70,15 +70,15 @@ CMainFrame::CMainFrame(
     CQuorilManagerDoc& document, const VersionRecord& version, QString helpFile, SystemMonitor& monitor)
     : m_document(document)
     , m_version(version)
-    , m_help_file(std::move(helpFile))
+    , m_helpFile(std::move(helpFile))
     , m_monitor(monitor)
 {
     setObjectName(u"CMainFrame");
     setContextMenuPolicy(Qt::NoContextMenu);
     connect(&m_document, &CQuorilManagerDoc::titleChanged, this, &CMainFrame::updateCaption);
-    m_idle_lock = std::make_unique<IdleLockFrame>(
+    m_idleLock = std::make_unique<IdleLockFrame>(
         *this, [this] { return m_document.m_lock_timeout; }, [this] { LockNow(); });
-    ReadTimeZone();
+    readTimeZone();
 }
 
 CMainFrame::~CMainFrame() = default;
@@ -97,14 +97,14 @@ void CMainFrame::OnCreate()
     qApp->installEventFilter(this);
     m_commands->action(command::Toolbar)->setChecked(true);
     m_commands->action(command::StatusBar)->setChecked(true);
-    m_new_service_subscription
+    m_newServiceSubscription
         = machine().session().subscribe(NewServiceInstalledMessage, [this] { OnNewServiceInstalled(); });
     RefreshServiceList();
     checkPanelCommands(true);
     m_commands->update(m_flags);
-    const int width = firstWidth(*m_splitter, *m_right_view);
+    const int width = firstWidth(*m_splitter, *m_rightView);
     m_splitter->setSizes({LeftPaneWidth, width - LeftPaneWidth});
-    if (!ResizeToScreen(*this, {width, FirstHeight}))
+    if (!resizeToScreen(*this, {width, FirstHeight}))
         setWindowState(windowState() | Qt::WindowMaximized);
 }
 
@@ -112,49 +112,49 @@ void CMainFrame::OnCreateClient()
 {
     m_splitter = new QSplitter(Qt::Horizontal, this);
     m_splitter->setChildrenCollapsible(false);
-    m_left_view = new CLeftView(m_document, m_splitter);
-    m_left_view->setAccessibleName(LoadText(text::TreeName));
-    m_right_view = new CQuorilManagerView(m_splitter);
-    m_right_view->setAccessibleName(LoadText(text::PanelName));
+    m_leftView = new CLeftView(m_document, m_splitter);
+    m_leftView->setAccessibleName(loadText(text::TreeName));
+    m_rightView = new CQuorilManagerView(m_splitter);
+    m_rightView->setAccessibleName(loadText(text::PanelName));
     m_splitter->setStretchFactor(0, 0);
     m_splitter->setStretchFactor(1, 1);
-    ShowFocusFrame(*m_left_view);
-    ShowFocusFrame(*m_right_view);
+    showFocusFrame(*m_leftView);
+    showFocusFrame(*m_rightView);
     setCentralWidget(m_splitter);
 }
 
 void CMainFrame::createToolBar()
 {
-    m_tool_bar = addToolBar(LoadText(text::ToolbarName));
-    m_tool_bar->setObjectName(QString::number(command::Toolbar));
-    m_tool_bar->setIconSize(QSize(ToolbarIconSize, ToolbarIconSize));
-    m_tool_bar->setContextMenuPolicy(Qt::PreventContextMenu);
-    m_commands->buildToolBar(*m_tool_bar);
-    connect(m_tool_bar, &QToolBar::visibilityChanged, this,
-        [this] { m_commands->action(command::Toolbar)->setChecked(!m_tool_bar->isHidden()); });
+    m_toolBar = addToolBar(loadText(text::ToolbarName));
+    m_toolBar->setObjectName(QString::number(command::Toolbar));
+    m_toolBar->setIconSize(QSize(ToolbarIconSize, ToolbarIconSize));
+    m_toolBar->setContextMenuPolicy(Qt::PreventContextMenu);
+    m_commands->buildToolBar(*m_toolBar);
+    connect(m_toolBar, &QToolBar::visibilityChanged, this,
+        [this] { m_commands->action(command::Toolbar)->setChecked(!m_toolBar->isHidden()); });
 }
 
 void CMainFrame::createStatusBar()
 {
-    auto* message = new QLabel(LoadText(text::IdleMessage), this);
+    auto* message = new QLabel(loadText(text::IdleMessage), this);
     message->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     statusBar()->addWidget(message, 1);
     for (const quint32 id : {text::IndicatorCaps, text::IndicatorNum, text::IndicatorScroll}) {
-        auto* pane = new QLabel(LoadText(id), this);
+        auto* pane = new QLabel(loadText(id), this);
         pane->setFrameStyle(QFrame::Panel | QFrame::Sunken);
         pane->setMargin(2);
         statusBar()->addPermanentWidget(pane);
-        m_lock_key_panes.append(pane);
+        m_lockKeyPanes.append(pane);
     }
     showLockKeys();
 }
 
-void CMainFrame::BecomeMainWindow()
+void CMainFrame::becomeMainWindow()
 {
-    m_left_view->setMainWindow(this);
+    m_leftView->setMainWindow(this);
 }
 
-void CMainFrame::SetServiceCommands(bool enabled)
+void CMainFrame::setServiceCommands(bool enabled)
 {
     m_flags.setServiceCommands(enabled);
     m_commands->update(m_flags);
@@ -168,20 +168,20 @@ void CMainFrame::checkPanelCommands(bool eventLog)
 
 void CMainFrame::OnPrint()
 {
-    if (m_right_view)
-        m_right_view->PrintPanel();
+    if (m_rightView)
+        m_rightView->PrintPanel();
 }
 
 void CMainFrame::OnPrintPreview()
 {
-    if (m_left_view)
-        m_left_view->OnFilePrintPreview();
+    if (m_leftView)
+        m_leftView->OnFilePrintPreview();
 }
 
 void CMainFrame::OnPrintSetup()
 {
-    if (m_right_view)
-        m_right_view->printing().setUp(this);
+    if (m_rightView)
+        m_rightView->printing().setUp(this);
 }
 
 void CMainFrame::OnViewEventLog()
@@ -203,19 +203,19 @@ void CMainFrame::ShowEventLog()
     checkPanelCommands(true);
     const WaitCursor waiting;
     ClearPanel();
-    m_right_view->ShowLogTable(m_left_view->GetSelectedService());
+    m_rightView->ShowLogTable(m_leftView->GetSelectedService());
 }
 
 void CMainFrame::ShowConfiguration()
 {
     checkPanelCommands(false);
     const WaitCursor waiting;
-    m_right_view->ShowConfigurationTable(m_left_view->GetSelectedService());
+    m_rightView->ShowConfigurationTable(m_leftView->GetSelectedService());
 }
 
 void CMainFrame::ClearPanel()
 {
-    m_right_view->ClearList();
+    m_rightView->ClearList();
 }
 
 void CMainFrame::RefreshPanel()
@@ -236,9 +236,9 @@ void CMainFrame::RefreshServiceList()
 {
     const WaitCursor waiting;
     m_document.ClearServices();
-    m_left_view->ClearTree();
+    m_leftView->ClearTree();
     ScanServices();
-    m_left_view->FillTree();
+    m_leftView->FillTree();
 }
 
 int CMainFrame::ScanServices()
@@ -249,7 +249,7 @@ int CMainFrame::ScanServices()
 void CMainFrame::OnManageService()
 {
     ServiceManagementDialog dialog(this);
-    dialog.SetService(m_left_view->GetSelectedService());
+    dialog.SetService(m_leftView->GetSelectedService());
     if (dialog.exec() == QDialog::Accepted)
         ShowEventLog();
 }
@@ -258,11 +258,11 @@ void CMainFrame::OnRemoveService()
 {
     constexpr quint32 RemovalPauseMilliseconds = 2000;
     DialogPrompts prompts(this);
-    const QString name = m_left_view->GetSelectedService().Name;
+    const QString name = m_leftView->GetSelectedService().Name;
     if (ServiceApp().RemoveService(name, true, prompts) != 0)
         return;
-    prompts.inform(LoadText(text::WaitRemoved), RemovalPauseMilliseconds);
-    SetServiceCommands(false);
+    prompts.inform(loadText(text::WaitRemoved), RemovalPauseMilliseconds);
+    setServiceCommands(false);
     RefreshServiceList();
 }
 
@@ -280,7 +280,7 @@ void CMainFrame::runScheduleDialog(bool proposeStop)
 {
     using Focus = ScheduleDialog::FirstFocus;
     ScheduleDialog dialog(
-        SchedTable, [this] { return m_left_view ? &m_left_view->GetSelectedService() : nullptr; },
+        SchedTable, [this] { return m_leftView ? &m_leftView->GetSelectedService() : nullptr; },
         machine().clock().now(), proposeStop ? Focus::SetStop : Focus::Date, this);
     if (dialog.exec() == QDialog::Accepted)
         StartScheduleWorker();
@@ -288,7 +288,7 @@ void CMainFrame::runScheduleDialog(bool proposeStop)
 
 void CMainFrame::StartScheduleWorker()
 {
-    // There is no further attempt, and nobody is told.
+    // There is no further attempt, and no message.
     static_cast<void>(SchedTable.StartScheduleWorker());
 }
 
@@ -304,13 +304,13 @@ void CMainFrame::OnSecurity()
 
 void CMainFrame::OnMail()
 {
-    if (!m_left_view) {
-        ShowCodedMessage(u"02000042"_s, LoadText(text::UnexpectedError), 3, this);
+    if (!m_leftView) {
+        ShowCodedMessage(u"02000042"_s, loadText(text::UnexpectedError), 3, this);
         return;
     }
     DialogPrompts prompts(this);
     auto waiting = std::make_optional<WaitCursor>();
-    mailProblemReport(m_left_view->GetSelectedService(), prompts, [&](const QString& proposedName) {
+    mailProblemReport(m_leftView->GetSelectedService(), prompts, [&](const QString& proposedName) {
         // All gathering lies before the question.
         waiting.reset();
         auto file = askReportFile(this, proposedName);
@@ -321,12 +321,12 @@ void CMainFrame::OnMail()
 
 void CMainFrame::ArmIdleTimer()
 {
-    m_idle_lock->ArmIdleTimer();
+    m_idleLock->ArmIdleTimer();
 }
 
 void CMainFrame::KillIdleTimers()
 {
-    m_idle_lock->KillIdleTimers();
+    m_idleLock->KillIdleTimers();
 }
 
 void CMainFrame::LockNow()
@@ -337,14 +337,14 @@ void CMainFrame::LockNow()
 
 void CMainFrame::OnSystemMonitor()
 {
-    const QString failure = m_monitor.Show();
+    const QString failure = m_monitor.show();
     if (!failure.isEmpty())
         ShowFrameMessage(failure);
 }
 
 void CMainFrame::OnViewToolBar()
 {
-    m_tool_bar->setVisible(m_tool_bar->isHidden());
+    m_toolBar->setVisible(m_toolBar->isHidden());
 }
 
 void CMainFrame::OnViewStatusBar()
@@ -363,17 +363,17 @@ void CMainFrame::OnHelpFinder()
     // A modal window leaves only what belongs to itself to the person.
     QWidget* const modal = QApplication::activeModalWidget();
     QWidget* const owner = modal ? modal : this;
-    if (m_help_view && m_help_view->parentWidget() != owner)
-        delete m_help_view;
-    if (!m_help_view)
-        m_help_view = new CHelpView(m_help_file, owner);
-    m_help_view->open();
+    if (m_helpView && m_helpView->parentWidget() != owner)
+        delete m_helpView;
+    if (!m_helpView)
+        m_helpView = new CHelpView(m_helpFile, owner);
+    m_helpView->open();
 }
 
 void CMainFrame::showTopic(const QString& link)
 {
     OnHelpFinder();
-    m_help_view->goTo(link);
+    m_helpView->goTo(link);
 }
 
 void CMainFrame::OnContextHelp()
@@ -393,12 +393,12 @@ void CMainFrame::OnExit()
 
 void CMainFrame::OnNewServiceInstalled()
 {
-    DialogPrompts(this).success(LoadText(text::NewServiceInstalled));
+    DialogPrompts(this).success(loadText(text::NewServiceInstalled));
 }
 
 void CMainFrame::updateCaption(const QString& title)
 {
-    const QString program = LoadText(text::DocumentTemplate).section(u'\n', 0, 0);
+    const QString program = loadText(text::DocumentTemplate).section(u'\n', 0, 0);
     // The toolkit has a use of its own for this mark.
     QString shown = title;
     shown.replace(u"[*]"_s, u"[*][*]"_s);
@@ -409,8 +409,8 @@ void CMainFrame::showLockKeys()
 {
     const LockKeys keys = machine().session().lockKeys();
     const bool states[] = {keys.caps, keys.num, keys.scroll};
-    for (qsizetype i = 0; i < m_lock_key_panes.size(); ++i)
-        m_lock_key_panes[i]->setEnabled(states[i]);
+    for (qsizetype i = 0; i < m_lockKeyPanes.size(); ++i)
+        m_lockKeyPanes[i]->setEnabled(states[i]);
 }
 
 bool CMainFrame::eventFilter(QObject* watched, QEvent* event)
@@ -447,10 +447,10 @@ void CMainFrame::closeEvent(QCloseEvent* event)
 void CMainFrame::DestroyWindow()
 {
     // The worker may be in a pass: the table waits for it when the frame is destroyed.
-    SchedTable.EndWorker();
-    m_new_service_subscription.reset();
-    if (m_help_view)
-        m_help_view->close();
+    SchedTable.endWorker();
+    m_newServiceSubscription.reset();
+    if (m_helpView)
+        m_helpView->close();
 }
 
 } // namespace quoril

@@ -41,16 +41,16 @@ public:
     void OnCreate();
 
     /// From now on the frame is the application's main window, which the tree asks for.
-    void BecomeMainWindow();
+    void becomeMainWindow();
 
     CQuorilManagerDoc& document() { return m_document; }
-    CLeftView* GetLeftView() const { return m_left_view; }
-    CQuorilManagerView* GetRightView() const { return m_right_view; }
+    CLeftView* GetLeftView() const { return m_leftView; }
+    CQuorilManagerView* GetRightView() const { return m_rightView; }
     CommandActions& commands() { return *m_commands; }
     const CommandFlags& flags() const { return m_flags; }
 
     /// Sets the six flags of the commands that need a selected service.
-    void SetServiceCommands(bool enabled);
+    void setServiceCommands(bool enabled);
 
     /// Empties the panel, then shows the selected service by the panel mode.
     void RefreshPanel();
@@ -123,7 +123,7 @@ private:
 
     CQuorilManagerDoc& m_document;
     const VersionRecord& m_version;
-    QString m_help_file;
+    QString m_helpFile;
     SystemMonitor& m_monitor;
     CommandFlags m_flags;
     bool m_show_event_log = true;
@@ -131,13 +131,13 @@ private:
 
     std::unique_ptr<CommandActions> m_commands;
     QSplitter* m_splitter = nullptr;
-    QToolBar* m_tool_bar = nullptr;
-    QList<QLabel*> m_lock_key_panes;
-    CLeftView* m_left_view = nullptr;
-    CQuorilManagerView* m_right_view = nullptr;
-    QPointer<CHelpView> m_help_view;
-    std::unique_ptr<IdleLockFrame> m_idle_lock;
-    std::unique_ptr<MessageSubscription> m_new_service_subscription;
+    QToolBar* m_toolBar = nullptr;
+    QList<QLabel*> m_lockKeyPanes;
+    CLeftView* m_leftView = nullptr;
+    CQuorilManagerView* m_rightView = nullptr;
+    QPointer<CHelpView> m_helpView;
+    std::unique_ptr<IdleLockFrame> m_idleLock;
+    std::unique_ptr<MessageSubscription> m_newServiceSubscription;
 };
 
 } // namespace quoril

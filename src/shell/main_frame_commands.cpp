@@ -109,7 +109,7 @@ CommandActions::CommandActions(CMainFrame& frame)
 {
     for (const FrameCommand& command : Commands) {
         auto* action = new QAction(this);
-        const QString prompt = LoadText(command.id);
+        const QString prompt = loadText(command.id);
         const qsizetype lineEnd = prompt.indexOf(u'\n');
         action->setObjectName(QString::number(command.id));
         action->setStatusTip(prompt.left(lineEnd));

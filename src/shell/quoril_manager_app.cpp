@@ -23,12 +23,12 @@ namespace quoril {
 
 using namespace Qt::StringLiterals;
 
-CQuorilManagerApp::CQuorilManagerApp() : m_program_folder(QApplication::applicationDirPath() + u'/')
+CQuorilManagerApp::CQuorilManagerApp() : m_programFolder(QApplication::applicationDirPath() + u'/')
 {
-    Prepare();
+    prepare();
 }
 
-void CQuorilManagerApp::Prepare()
+void CQuorilManagerApp::prepare()
 {
 #ifndef Q_OS_WIN
     // The desktop's own dialogs may belong to another program, whose input nobody here sees.
@@ -43,11 +43,11 @@ void CQuorilManagerApp::Prepare()
 
 CQuorilManagerApp::~CQuorilManagerApp()
 {
-    if (m_stops_monitor)
+    if (m_stopsMonitor)
         m_monitor.StopMonitorAtExit();
 }
 
-LanguageChoice CQuorilManagerApp::ApplyLanguage(const QString& programFolder, QTranslator& dialogTexts)
+LanguageChoice CQuorilManagerApp::applyLanguage(const QString& programFolder, QTranslator& dialogTexts)
 {
     LanguageChoice language = LoadLanguageModule(programFolder);
     // The dialogs for files and printers come with their own texts.
@@ -60,12 +60,12 @@ LanguageChoice CQuorilManagerApp::ApplyLanguage(const QString& programFolder, QT
 
 bool CQuorilManagerApp::InitInstance(const QStringList& arguments)
 {
-    m_help_file = ApplyLanguage(m_program_folder, m_dialog_texts).helpFile;
-    if (m_help_file.isEmpty())
-        m_help_file = defaultHelpFile();
+    m_helpFile = applyLanguage(m_programFolder, m_dialogTexts).helpFile;
+    if (m_helpFile.isEmpty())
+        m_helpFile = defaultHelpFile();
     QApplication::setApplicationDisplayName({});
-    if (!InitCompoundDocuments()) {
-        DialogPrompts(nullptr).message(LoadText(text::OleInitFailed));
+    if (!initCompoundDocuments()) {
+        DialogPrompts(nullptr).message(loadText(text::OleInitFailed));
         return false;
     }
     ReadProgramVersion(arguments.value(0));
@@ -73,11 +73,11 @@ bool CQuorilManagerApp::InitInstance(const QStringList& arguments)
         return false;
     m_frame->show();
     m_frame->repaint();
-    m_stops_monitor = true;
+    m_stopsMonitor = true;
     return true;
 }
 
-bool CQuorilManagerApp::InitCompoundDocuments()
+bool CQuorilManagerApp::initCompoundDocuments()
 {
     return QGuiApplication::clipboard() != nullptr;
 }
@@ -91,18 +91,18 @@ void CQuorilManagerApp::ReadProgramVersion(const QString& path)
 bool CQuorilManagerApp::ProcessShellCommand(const QStringList& arguments)
 {
     m_document = std::make_unique<CQuorilManagerDoc>();
-    m_frame = std::make_unique<CMainFrame>(*m_document, m_version, m_help_file, m_monitor);
+    m_frame = std::make_unique<CMainFrame>(*m_document, m_version, m_helpFile, m_monitor);
     m_frame->OnCreate();
     const QString file = ParseCommandLine(arguments).fileName;
     if (file.isEmpty()) {
         m_document->OnNewDocument();
     } else if (const Status opened = m_document->OnOpenDocument(file); !opened) {
         const bool isMissing = opened.errorNumber() == error::FileNotFound;
-        DialogPrompts(nullptr).message(isMissing ? LoadText(text::DocumentNotFound).replace(u"%s"_s, file)
+        DialogPrompts(nullptr).message(isMissing ? loadText(text::DocumentNotFound).replace(u"%s"_s, file)
                                                  : file + u" : "_s + FormatSystemError(opened.errorNumber()));
         return false;
     }
-    m_frame->BecomeMainWindow();
+    m_frame->becomeMainWindow();
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
         m_frame.get(), [this] { OnIdle(); });
     return true;
@@ -115,7 +115,7 @@ void CQuorilManagerApp::OnIdle()
 
 QString CQuorilManagerApp::defaultHelpFile() const
 {
-    return m_program_folder + u"QuorilManager.hlp"_s;
+    return m_programFolder + u"QuorilManager.hlp"_s;
 }
 
 } // namespace quoril

@@ -25,11 +25,11 @@ public:
 
     /// Loads the language module beside the program, and with it the texts of the toolkit's dialogs, for as
     /// long as the translator lives.
-    static LanguageChoice ApplyLanguage(const QString& programFolder, QTranslator& dialogTexts);
+    static LanguageChoice applyLanguage(const QString& programFolder, QTranslator& dialogTexts);
 
     /// The icon of all programs with windows, and what the wheel does in them. Style and colours are the
     /// desktop's.
-    static void Prepare();
+    static void prepare();
 
     /// Brings up the main window; arguments as the process got them, the program first. False ends the
     /// process.
@@ -44,7 +44,7 @@ public:
 
 protected:
     /// Support for clipboard and drag and drop. Without it the program does not come up.
-    virtual bool InitCompoundDocuments();
+    virtual bool initCompoundDocuments();
 
 private:
     /// The event loop, that of a modal dialog too, has nothing left to do.
@@ -52,12 +52,12 @@ private:
     bool ProcessShellCommand(const QStringList& arguments);
     QString defaultHelpFile() const;
 
-    QString m_program_folder;
-    QString m_help_file;
-    QTranslator m_dialog_texts;
+    QString m_programFolder;
+    QString m_helpFile;
+    QTranslator m_dialogTexts;
     VersionRecord m_version;
     SystemMonitor m_monitor;
-    bool m_stops_monitor = false; ///< the start came to its end
+    bool m_stopsMonitor = false; ///< the start came to its end
     std::unique_ptr<CQuorilManagerDoc> m_document;
     std::unique_ptr<CMainFrame> m_frame;
 };

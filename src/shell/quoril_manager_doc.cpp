@@ -13,7 +13,7 @@ ServiceInfo g_no_service;
 void CQuorilManagerDoc::OnNewDocument()
 {
     m_lock_timeout = 0;
-    m_title_text = LoadText(text::SelectService);
+    m_title_text = loadText(text::SelectService);
     SetTitle(m_title_text);
 }
 

@@ -6,7 +6,7 @@
 
 namespace quoril {
 
-bool ResizeToScreen(QWidget& window, QSize size)
+bool resizeToScreen(QWidget& window, QSize size)
 {
     // The frame is known once the window is shown; the style's frames within a window come close to it.
     const int border = window.style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);

@@ -8,6 +8,6 @@ namespace quoril {
 
 /// Gives `window`, which is not shown yet, a size in device-independent pixels without its frame; less where
 /// it would be larger with a frame than the free part of its screen. Whether it has the whole size.
-bool ResizeToScreen(QWidget& window, QSize size);
+bool resizeToScreen(QWidget& window, QSize size);
 
 } // namespace quoril

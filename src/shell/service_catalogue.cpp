@@ -85,7 +85,7 @@ ServiceInfo readService(const InstanceVisit& visit, const InstanceParameters& pa
     }
     if (scan == CatalogueScan::Full) {
         ScanDevices(*parameters.key, service);
-        FillFixedDevices(*parameters.key, service);
+        fillFixedDevices(*parameters.key, service);
     }
     readServiceValues(visit.services, service);
     return service;

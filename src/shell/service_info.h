@@ -65,7 +65,7 @@ public:
     qint32 Status = 0; ///< 1 paused, 2 started, 3 stopped, 0 anything else
     qint32 StartType = 0; ///< 2 automatic, 3 manual, 4 disabled, as the service manager gives it
     quint32 ConfigError = 0; ///< why the last QueryState() could not read StartType, 0 if it could
-    ServiceStatus Reported; ///< what the service manager told of it last
+    ServiceStatus Reported; ///< what the service manager reported of it last
     quint32 LogFrom = 0; ///< the period for which the logs are read, in seconds since 1970 UTC
     quint32 LogTo = 0;
     std::array<DeviceList, FixedTableSize> pka;
@@ -78,7 +78,7 @@ public:
     NotCopied<AppEventLog> AppLog; ///< the event-log entries of the last display
 
     // The operations below open what they need with the least right, and close it before they come back.
-    // Their result is 0, or 1 with the failure's text in Message, unless another is told; a success leaves
+    // Their result is 0, or 1 with the failure's text in Message, unless another is named; a success leaves
     // Message.
 
     /// Reads Status, Reported and StartType. A configuration that can't be read leaves StartType and is no

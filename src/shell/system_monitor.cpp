@@ -10,9 +10,9 @@ namespace quoril {
 
 using namespace Qt::StringLiterals;
 
-QString SystemMonitor::Show()
+QString SystemMonitor::show()
 {
-    if (const auto window = machine().session().findWindow(LoadText(text::PerformanceMonitor))) {
+    if (const auto window = machine().session().findWindow(loadText(text::PerformanceMonitor))) {
         if (window->isIconic())
             window->restore();
         window->bringForward();
@@ -20,12 +20,12 @@ QString SystemMonitor::Show()
     }
     auto process = machine().processes().create(u"perfmon.exe", u"perfmon.exe");
     // A failed start drops an earlier monitor too: it is no longer ours to end.
-    m_monitor_process = nullptr;
+    m_monitorProcess = nullptr;
     if (process) {
-        m_monitor_process = *std::move(process);
+        m_monitorProcess = *std::move(process);
         return {};
     }
-    const QString statement = LoadText(text::MonitorNotStarted);
+    const QString statement = loadText(text::MonitorNotStarted);
     if (statement.isEmpty())
         return {};
     return statement + u" : "_s + FormatSystemError(process.failure().number);
@@ -33,11 +33,11 @@ QString SystemMonitor::Show()
 
 void SystemMonitor::StopMonitorAtExit()
 {
-    if (!m_monitor_process)
+    if (!m_monitorProcess)
         return;
     // The monitor may have ended by itself; there is nobody left to tell.
-    static_cast<void>(m_monitor_process->terminate(0));
-    m_monitor_process.reset();
+    static_cast<void>(m_monitorProcess->terminate(0));
+    m_monitorProcess.reset();
 }
 
 QString FormatSystemError(quint32 code)

@@ -11,7 +11,7 @@ bool isDigit(QChar unit)
     return unit >= u'0' && unit <= u'9';
 }
 
-/// Reads the number at the position and moves the position behind it; false where there is none.
+/// Reads the number at the position and moves the position past it; false where there is none.
 bool takeNumber(QStringView text, qsizetype& position, qint32& number)
 {
     constexpr qint64 limit = 0x80000000;

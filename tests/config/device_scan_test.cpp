@@ -17,7 +17,7 @@ protected:
         ServiceInfo service;
         const RegistryKeyHandle parameters = fake.fakeRegistry.key(u"P");
         ScanDevices(*parameters, service);
-        FillFixedDevices(*parameters, service);
+        fillFixedDevices(*parameters, service);
         return service;
     }
 
@@ -31,7 +31,7 @@ QString unit(const QString& component, int index, const QString& value)
 
 QStringList rowsOf(const ServiceInfo& service)
 {
-    const PanelTable table = BuildConfigurationTable(service);
+    const PanelTable table = buildConfigurationTable(service);
     QStringList rows;
     for (qsizetype row = 0; row < table.rowCount(); ++row) {
         EXPECT_EQ(table.colour(row), 0xE6FFFFu);
@@ -128,7 +128,7 @@ TEST_F(DeviceScan, ShowsTheFixedSettingsThatAreSet)
     EXPECT_EQ(rowsOf(service),
         QStringList({u"Emulation type|T"_s, u"Home directory|C:\\h\\"_s, u"Advanced CPU Emulation mode|yes"_s,
             u"RAM size|64"_s, u"ROM|rom.bin"_s, u"TOY|toy.bin"_s}));
-    const PanelTable table = BuildConfigurationTable(service);
+    const PanelTable table = buildConfigurationTable(service);
     EXPECT_EQ(table.column(0).heading + u'|' + table.column(1).heading, u"Component|Value"_s);
     // The report has labels of its own.
     EXPECT_EQ(configSummary(service),

@@ -31,7 +31,7 @@ protected:
     }
     QStringList rows()
     {
-        table = BuildLogTable(service);
+        table = buildLogTable(service);
         QStringList rows;
         for (qsizetype row = 0; row < table.rowCount(); ++row)
             rows.append(u"%1 %2|%3|%4"_s.arg(table.colour(row), 6, 16, QChar(u'0'))
@@ -66,7 +66,7 @@ TEST_F(LogTable, ShowsTheSourcesInOrderAndColour)
             u"e6ffff 2001-02-03 04:05:06|00000249|started"_s, u"2020ff 2001-02-03 04:05:06|0000ABCD|failed"_s,
             u"2020ff 2001-02-03 04:05:06|0000ABCD|badly"_s}));
     EXPECT_EQ(service.LogTo, quint32(Now + 3));
-    EXPECT_EQ(*ClipboardText(table, {{6, 6}, {8, 8}}),
+    EXPECT_EQ(*clipboardText(table, {{6, 6}, {8, 8}}),
         u"2001-02-03 04:05:06    00000249    started\r\n2001-02-03 04:05:06    0000ABCD    badly\r\n"_s);
     EXPECT_EQ(table.column(0).heading + u'|' + table.column(1).heading + u'|' + table.column(2).heading,
         u"Date:|Message ID:|Message text:"_s);
@@ -78,7 +78,7 @@ TEST_F(LogTable, ShowsTheSourcesInOrderAndColour)
     };
     PanelTable large(std::vector<PanelColumn>(1));
     large.addRows(std::make_shared<TooMuch>());
-    EXPECT_EQ(ClipboardText(large, {{0, 0}}).errorNumber(), error::NotEnoughMemory);
+    EXPECT_EQ(clipboardText(large, {{0, 0}}).errorNumber(), error::NotEnoughMemory);
 
     // A period that is not set shows no events; the table of before keeps its rows.
     service.LogFrom = service.LogTo = 0;
@@ -131,8 +131,8 @@ TEST_F(LogTable, TellsOfALogThatIsMissing)
 
 TEST_F(LogTable, WordsCodedMessages)
 {
-    EXPECT_EQ(CodedMessageText(u"0200003E"_s, u"text"_s, 3), u"ERROR: 0200003E, text"_s);
-    EXPECT_EQ(CodedMessageText(u"0200003E"_s, u"text"_s, 0), u" 0200003E, text"_s);
+    EXPECT_EQ(codedMessageText(u"0200003E"_s, u"text"_s, 3), u"ERROR: 0200003E, text"_s);
+    EXPECT_EQ(codedMessageText(u"0200003E"_s, u"text"_s, 0), u" 0200003E, text"_s);
 }
 
 } // namespace

@@ -83,7 +83,7 @@ TEST_F(QuorilManagerView, CopiesTheSelectedRows)
 {
     QClipboard* const clipboard = QApplication::clipboard();
     clipboard->setText(u"old"_s);
-    view.Copy();
+    view.copy();
     EXPECT_EQ(clipboard->text(), u"old"_s);
     view.ShowLogTable(service);
     Person::type(view, Qt::Key_Home);
@@ -94,7 +94,7 @@ TEST_F(QuorilManagerView, CopiesTheSelectedRows)
     Person::type(view, Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(view.selectedRanges(), (std::vector<RowRange>{{0, 500}}));
     view.clearSelection();
-    view.Copy();
+    view.copy();
     EXPECT_EQ(clipboard->text(), QString());
 }
 

@@ -60,12 +60,12 @@ QString page(int lines)
 
 TEST(PanelPages, PutSixtyTwoRowsOnEach)
 {
-    EXPECT_EQ(PageCount(0), 0);
-    EXPECT_EQ(PageCount(62), 1);
-    EXPECT_EQ(PageCount(63), 2);
+    EXPECT_EQ(pageCount(0), 0);
+    EXPECT_EQ(pageCount(62), 1);
+    EXPECT_EQ(pageCount(63), 2);
 
     Recorder all;
-    EXPECT_EQ(PrintRows(tableOf(63), {}, u"doc"_s, all), PrintOutcome::Printed);
+    EXPECT_EQ(printRows(tableOf(63), {}, u"doc"_s, all), PrintOutcome::Printed);
     EXPECT_EQ(all.did, u"<doc"_s + page(62) + page(1) + u'>');
     EXPECT_EQ(all.lines[0], u"0.0   0.1   0.2   "_s);
     EXPECT_EQ(all.lines.last(), u"62.0   62.1   62.2   "_s);
@@ -79,7 +79,7 @@ TEST(PanelPages, PutSixtyTwoRowsOnEach)
     EXPECT_EQ(preview.places, std::vector({QPoint(450, 300), QPoint(450, 400)}));
 
     Recorder copies;
-    EXPECT_EQ(PrintRows(tableOf(62, 2), {false, 3, {}}, u"doc"_s, copies), PrintOutcome::Printed);
+    EXPECT_EQ(printRows(tableOf(62, 2), {false, 3, {}}, u"doc"_s, copies), PrintOutcome::Printed);
     EXPECT_EQ(copies.did, u"<doc"_s + page(62) + page(62) + page(62) + u'>');
     EXPECT_EQ(copies.lines[0], u"0.0   0.1      "_s);
 }
@@ -88,13 +88,13 @@ TEST(PanelPages, TakeTheSelectedRowsInListOrder)
 {
     const PrintRequest request{true, 2, {{5, 6}, {100, 167}}};
     Recorder some;
-    EXPECT_EQ(PrintRows(tableOf(200), request, u"doc"_s, some), PrintOutcome::Printed);
+    EXPECT_EQ(printRows(tableOf(200), request, u"doc"_s, some), PrintOutcome::Printed);
     EXPECT_EQ(some.did, u"<doc"_s + page(62) + page(8) + page(62) + page(8) + u'>');
     EXPECT_TRUE(some.lines[1].startsWith(u"6.0"_s) && some.lines[2].startsWith(u"100.0"_s));
     EXPECT_EQ(some.places[62], QPoint(450, 300));
 
     Recorder none;
-    EXPECT_EQ(PrintRows(tableOf(3), {true, 1, {}}, u"doc"_s, none), PrintOutcome::Printed);
+    EXPECT_EQ(printRows(tableOf(3), {true, 1, {}}, u"doc"_s, none), PrintOutcome::Printed);
     EXPECT_EQ(none.did, u"<doc>"_s);
 }
 
@@ -102,21 +102,21 @@ TEST(PanelPages, EndWhereTheTargetFails)
 {
     Recorder document;
     document.failAt = 0;
-    EXPECT_EQ(PrintRows(tableOf(3), {}, u"doc"_s, document), PrintOutcome::DocumentNotStarted);
+    EXPECT_EQ(printRows(tableOf(3), {}, u"doc"_s, document), PrintOutcome::DocumentNotStarted);
     EXPECT_EQ(document.did, u"<doc"_s);
 
     Recorder secondPage;
     secondPage.failAt = 2;
-    EXPECT_EQ(PrintRows(tableOf(70), {}, u"doc"_s, secondPage), PrintOutcome::PageNotStarted);
+    EXPECT_EQ(printRows(tableOf(70), {}, u"doc"_s, secondPage), PrintOutcome::PageNotStarted);
     EXPECT_EQ(secondPage.did, u"<doc"_s + page(62) + u'[');
 
     Recorder firstPage;
     firstPage.failAt = 1;
     firstPage.failure = PageStart::DocumentFailed;
-    EXPECT_EQ(PrintRows(tableOf(70), {}, u"doc"_s, firstPage), PrintOutcome::DocumentNotStarted);
+    EXPECT_EQ(printRows(tableOf(70), {}, u"doc"_s, firstPage), PrintOutcome::DocumentNotStarted);
 
     Recorder empty;
-    EXPECT_EQ(PrintRows(tableOf(0), {}, u"doc"_s, empty), PrintOutcome::NothingToPrint);
+    EXPECT_EQ(printRows(tableOf(0), {}, u"doc"_s, empty), PrintOutcome::NothingToPrint);
     EXPECT_EQ(empty.did, u"<doc"_s);
 }
 

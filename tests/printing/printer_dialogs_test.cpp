@@ -131,7 +131,7 @@ TEST(PageUnits, LeaveTheMarginsOfThePaperFree)
         QPageLayout paper(QPageSize(id), across, {margin, margin, margin, margin}, QPageLayout::Inch);
         QImage image(1, 1, QImage::Format_RGB32);
         QPainter painter(&image);
-        SetPageUnits(painter, paper, 600);
+        setPageUnits(painter, paper, 600);
         const QRectF lines = painter.transform().mapRect(QRectF(450, 300, 10, 6200));
         EXPECT_GE(lines.top(), 600 * margin - 0.001);
         EXPECT_LE(lines.bottom(), 600 * (paper.fullRect().height() - margin) + 0.001);

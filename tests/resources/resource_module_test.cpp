@@ -131,7 +131,7 @@ TEST(LanguageModule, IsThatOfTheUserElseOfTheSystemAndTheHelpFileHasARuleOfItsOw
             QFile::copy(GermanFile, folder.filePath(u"QuorilManagerDEU.hlp"_s));
         const LanguageChoice choice = LoadLanguageModule(folder.path() + u'/');
         EXPECT_EQ(choice.moduleActive, isActive) << user << '/' << system;
-        EXPECT_EQ(LoadText(text::Ready), isActive ? u"Fertig"_s : u"Ready"_s);
+        EXPECT_EQ(loadText(text::Ready), isActive ? u"Fertig"_s : u"Ready"_s);
         EXPECT_EQ(choice.helpFile, help.isEmpty() ? QString() : folder.filePath(u"QuorilManagerDEU.hlp"_s));
         ActivateResourceModule(ResourceModule());
     }

@@ -82,13 +82,13 @@ TEST(ScheduleDialog, AddsAtOnceAMinuteApartAndKeepsWhatWasAddedAfterCancel)
         EXPECT_EQ(window.list.columnWidth(0), 2 * part);
         EXPECT_EQ(window.list.columnWidth(2), part);
         EXPECT_FALSE(window.canRemove());
-        EXPECT_EQ(window.date.date(), LocalDate(console.now));
+        EXPECT_EQ(window.date.date(), localDate(console.now));
         EXPECT_EQ(window.self.focusWidget(), &window.date);
         console.person.on(u"Please wait for service scheduling..."_s,
             [&](QWidget&) { EXPECT_EQ(console.table.orders().size(), 1U); });
         Person::press(window.self, SetStart);
         Person::press(window.self, SetStop);
-        EXPECT_EQ(window.time.time(), LocalTimeOfDay(console.now + 120));
+        EXPECT_EQ(window.time.time(), localTimeOfDay(console.now + 120));
         window.date.setDate({2030, 5, 6});
         window.time.setTime({23, 59, 10});
         Person::press(window.self, SetStart);
@@ -108,7 +108,7 @@ TEST(ScheduleDialog, AddsAtOnceAMinuteApartAndKeepsWhatWasAddedAfterCancel)
     EXPECT_EQ(console.run([&](Window window) {
         EXPECT_EQ(window.cells(0), QStringList(4, u"Quoril1"_s));
         EXPECT_EQ(window.cells(1),
-            (QStringList{ScheduleTimeText(console.now), ScheduleTimeText(console.now + 60),
+            (QStringList{scheduleTimeText(console.now), scheduleTimeText(console.now + 60),
                 u"Mon May 06 23:59:10 2030"_s, u"Mon May 06 00:00:10 2030"_s}));
         EXPECT_EQ(window.cells(2).mid(0, 2), (QStringList{u"to be Started"_s, u"to be Stopped"_s}));
         Person::press(window.self, Ok);
@@ -126,7 +126,7 @@ TEST(ScheduleDialog, RemovesExactlyTheOrdersOfTheSelectedRows)
         window.click(3, Qt::ControlModifier);
         window.click(4, Qt::ControlModifier);
         EXPECT_TRUE(window.canRemove());
-        console.table.RunPass(); // A is gone, and the rows stay where they were
+        console.table.runPass(); // A is gone, and the rows stay where they were
         EXPECT_EQ(window.cells(0).size(), 5);
         Person::press(window.self, Remove);
         EXPECT_EQ(window.cells(0), QStringList{u"C"_s});
@@ -141,7 +141,7 @@ TEST(ScheduleDialog, RemovesExactlyTheOrdersOfTheSelectedRows)
             QKeyEvent down(QEvent::KeyPress, Qt::Key_Down, Qt::ShiftModifier);
             QApplication::sendEvent(&window.list, &down);
         }
-        console.table.RunPass();
+        console.table.runPass();
         Person::press(window.self, Remove);
         EXPECT_EQ(window.cells(0), (QStringList{u"D"_s, u"E"_s}));
         Person::press(window.self, Ok);

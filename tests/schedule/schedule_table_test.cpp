@@ -47,7 +47,7 @@ struct Schedule : FakeMachine
     QStringList fired() { return calls.takeLog().filter(QRegularExpression(u"^(start|control) "_s)); }
     QString pass()
     {
-        table.RunPass();
+        table.runPass();
         return fired().join(u' ');
     }
     QString names() const
@@ -133,7 +133,7 @@ TEST(ScheduleTable, EndsPromptlyFromItsPauseAndWaitsForAPass)
         EXPECT_TRUE(worked.StartScheduleWorker());
         EXPECT_TRUE(worked.StartScheduleWorker());
         inCall.get_future().wait();
-        worked.EndWorker();
+        worked.endWorker();
     }
     EXPECT_EQ(schedule.fired().size(), 2);
     {

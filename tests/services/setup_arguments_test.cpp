@@ -27,7 +27,7 @@ TEST(SetupArguments, AreReadOrToldToBeWrong)
     EXPECT_EQ(good.productName, u"P 1"_s);
     EXPECT_EQ(good.configurationFile, u"C:\\a b\\JUNO.cfg"_s);
     EXPECT_EQ(good.imagePath, u"C:\\x.exe"_s);
-    EXPECT_EQ(read({u"--version"_s}).told, u"QuorilSetup 1.2.3.4"_s);
+    EXPECT_EQ(read({u"--version"_s}).message, u"QuorilSetup 1.2.3.4"_s);
     EXPECT_EQ(read({u"--help"_s}).kind, SetupArguments::Kind::Help);
 
     const std::pair<QStringList, const char*> wrong[] = {
@@ -44,7 +44,7 @@ TEST(SetupArguments, AreReadOrToldToBeWrong)
     for (const auto& [given, told] : wrong) {
         const SetupArguments arguments = read(given);
         EXPECT_EQ(arguments.kind, SetupArguments::Kind::Wrong) << told;
-        EXPECT_THAT(arguments.told.toStdString(), testing::HasSubstr(told));
+        EXPECT_THAT(arguments.message.toStdString(), testing::HasSubstr(told));
     }
 }
 

@@ -272,14 +272,14 @@ public:
     using CQuorilManagerApp::CQuorilManagerApp;
 
 protected:
-    bool InitCompoundDocuments() override { return false; }
+    bool initCompoundDocuments() override { return false; }
 };
 
 TEST(Start, EndsWithAMessageWhereItCanNotGoOn)
 {
     FakeMachine machine;
     Person person;
-    person.closes(u": "_s + LoadText(text::OleInitFailed));
+    person.closes(u": "_s + loadText(text::OleInitFailed));
     EXPECT_FALSE(NoCompoundDocuments().InitInstance({u"console"_s}));
     const QString folder = QCoreApplication::applicationDirPath();
     person.closes(u": no/such/file was not found."_s);

@@ -10,7 +10,7 @@ namespace quoril::test {
 inline void useTimeZone(const char* zone)
 {
     qputenv("TZ", zone);
-    ReadTimeZone();
+    readTimeZone();
 }
 
 } // namespace quoril::test

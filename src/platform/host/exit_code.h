@@ -12,7 +12,7 @@ inline constexpr QStringView ExitCodeVariable = u"QUORIL_EXIT_CODE_FD";
 /// The exit code of a program that a signal ended, as Windows has it for one that was broken off.
 inline constexpr quint32 StatusControlCExit = 0xC000013A;
 
-/// Tells whoever started this program the code that it is about to end with. Without somebody who asked for
+/// Gives whoever started this program the code that it is about to end with. Without somebody who asked for
 /// it nothing happens.
 void reportExitCode(quint32 code);
 

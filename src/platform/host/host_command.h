@@ -26,7 +26,7 @@ struct HostCommand
     QList<QByteArray> environment; // "NAME=value"
     QString folder;
     int output = -1; // a descriptor for its standard output, which else leads nowhere
-    bool asksForExitCode = false; // it may tell a code of 32 bits, as exit_code.h describes
+    bool asksForExitCode = false; // it may pass on a code of 32 bits, as exit_code.h describes
 };
 
 /// Starts a program of a tree. 193 for a file that the host can't run, 50 on a host that runs no program of a

@@ -35,7 +35,7 @@ Result<std::unique_ptr<QFile>> openRegularFile(const HostPlace& place, HostOpen 
 /// Whether nobody but this user and root can have written the file, by its owner and mode.
 bool isOnlyOurs(const QFile& file);
 
-/// Tells one state of a file from another, as far as the host tells them.
+/// Distinguishes one state of a file from another, as far as the host does.
 struct HostFileStamp
 {
     quint64 device = 0;

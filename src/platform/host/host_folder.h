@@ -19,7 +19,7 @@ public:
     static Result<HostFolder> open(const QString& hostPath);
 
     /// The folder of an absolute path on which nothing is a link, in one step. 50 where the host can't do
-    /// that, else any error: folder(), level by level, tells what it is.
+    /// that, else any error: folder(), level by level, finds what it is.
     static Result<HostFolder> openStraight(const QString& hostPath);
 
     /// The folder of that name in this one. A link is none: 3, as for a file; 2, 5.

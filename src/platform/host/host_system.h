@@ -10,7 +10,7 @@ namespace quoril {
 QString hostUserName();
 
 /// Has a write beyond a limit for the size of files end in an error, and not end the program.
-void tellFileSizeLimits();
+void reportFileSizeLimits();
 
 /// The host's whole physical memory in bytes.
 Result<quint64> hostMemory();

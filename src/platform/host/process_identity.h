@@ -6,8 +6,8 @@
 
 namespace quoril {
 
-/// What tells a process of the host from every other one, also from one that gets its number later: the
-/// number, the time of its start, the run of the host, and the program that it runs.
+/// What distinguishes a process of the host from every other one, also from one that gets its number later:
+/// the number, the time of its start, the run of the host, and the program that it runs.
 struct ProcessIdentity
 {
     int pid = 0;

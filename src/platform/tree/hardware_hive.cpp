@@ -26,7 +26,7 @@ QList<Facts> processorsOf(const QByteArray& cpuInfo)
         if (colon < 0)
             continue;
         const QString name = line.left(colon).trimmed();
-        // Some systems end the list with facts about the board, which stand behind a name of their own.
+        // Some systems end the list with facts about the board, which have a heading of their own.
         if (name == u"processor")
             processors.append(Facts());
         if (!processors.isEmpty())

@@ -36,7 +36,7 @@ void HiveFile::drop()
     put(std::nullopt);
 }
 
-void HiveFile::tellOnce(const Error& failure)
+void HiveFile::reportOnce(const Error& failure)
 {
     const QString text = m_machinePath + u": "_s
         + (failure.detail.isEmpty() ? windowsMessage(failure.number).trimmed() : failure.detail);
@@ -91,20 +91,20 @@ Status HiveFile::load(QFile& file, Stamp stamp)
     if (!hive)
         return hive.failure();
     if (recovery)
-        tellOnce({error::Success, recovery->summary()});
+        reportOnce({error::Success, recovery->summary()});
     m_losesChanges = recovery && recovery->losesChanges();
     m_stamp = std::move(stamp);
-    m_damageTold = false;
+    m_damageReported = false;
     put(*std::move(hive));
     return {};
 }
 
-void HiveFile::tellDamage()
+void HiveFile::reportDamage()
 {
-    if (m_damageTold || !hive() || !hive()->damaged())
+    if (m_damageReported || !hive() || !hive()->damaged())
         return;
-    m_damageTold = true;
-    tellOnce({error::RegistryCorrupt,
+    m_damageReported = true;
+    reportOnce({error::RegistryCorrupt,
         u"the hive is damaged ("_s + hive()->problems().value(0) + u"); what lies there is missing"_s});
 }
 
@@ -116,7 +116,7 @@ Status HiveFile::refresh()
     Status status = readIfReplaced();
     if (!status) {
         drop();
-        tellOnce(status.failure());
+        reportOnce(status.failure());
     }
     return status;
 }

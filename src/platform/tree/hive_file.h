@@ -24,22 +24,22 @@ public:
     HiveFile(const TreePaths& paths, const QString& name);
     ~HiveFile() override;
 
-    /// 2 no such file, 5, 1015 damage. Why a hive can't be opened is told once on standard error.
+    /// 2 no such file, 5, 1015 damage. Why a hive can't be opened is reported once on standard error.
     Status refresh() override;
 
     /// 5 and 19 where the tree can't be written, 32 when another program holds the lock for too long, 112,
     /// and 1015 for a hive of which a part can't be read: it would be lost in the new file.
     Status change(const Change& apply) override;
-    void tellDamage() override;
+    void reportDamage() override;
 
-    /// Begins a row of changes that become one new file with commit(). The caller holds the mutex until
+    /// Begins a series of changes that become one new file with commit(). The caller holds the mutex until
     /// commit() or rollBack(). Errors as change().
     Status begin();
     Status commit();
     void rollBack();
 
 private:
-    /// Tells one state of the file from another.
+    /// Distinguishes one state of the file from another.
     struct Stamp
     {
         HostFileStamp file;
@@ -53,20 +53,20 @@ private:
     Status refuseDamage();
     Status write();
     void drop();
-    void tellOnce(const Error& failure);
+    void reportOnce(const Error& failure);
     static Result<Stamp> stampNow(QFile& file);
 
     const TreePaths& m_paths;
     QString m_machinePath;
     QString m_hostPath; // where the hive was read last
-    bool m_isSettled = false; // its stamp alone tells whether it is still the same
+    bool m_isSettled = false; // its stamp alone says whether it is still the same
     std::optional<HostPlace>
         m_place; // of the hive that is changed, while a change or a series of them goes on
     Stamp m_stamp;
     QString m_told;
-    bool m_damageTold = false;
+    bool m_damageReported = false;
     bool m_losesChanges = false; // of a log that could not be applied
-    std::unique_ptr<FileLock> m_lock; // while a change or a row of them goes on
+    std::unique_ptr<FileLock> m_lock; // while a change or a series of them goes on
     bool m_inTransaction = false;
     bool m_isDirty = false;
 };

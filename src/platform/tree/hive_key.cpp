@@ -118,7 +118,7 @@ Result<RegistryKeyHandle> HiveKey::open(QStringView name, quint32 access) const
     if (!child && isLink(name))
         child = (*here)->child(name);
     if (!child) {
-        m_hive.store->tellDamage();
+        m_hive.store->reportDamage();
         return Error{error::FileNotFound, {}};
     }
     return handleOf(*child, access);
@@ -183,7 +183,7 @@ Result<QString> HiveKey::subkeyName(quint32 index, qsizetype roomUnits) const
     if (name.isEmpty()) {
         const regf::Key* child = (*here)->childAt(stored);
         if (!child) {
-            m_hive.store->tellDamage();
+            m_hive.store->reportDamage();
             return Error{error::NoMoreItems, {}};
         }
         name = child->name();

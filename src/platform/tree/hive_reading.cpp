@@ -74,7 +74,7 @@ Result<regf::Hive> readHive(QFile& file, const OpenHiveLog& openLog, std::option
     for (const HiveLog& log : logs)
         named.push_back({log.name, {log.bytes.data(), qsizetype(log.bytes.size())}});
     recovery.emplace(head, named);
-    // Without a base block there is no telling how long the hive is, and nothing to find its keys by.
+    // Without a base block nothing says how long the hive is, and nothing to find its keys by.
     const auto size = qint64(recovery->size());
     if (size == 0)
         return regf::Hive::parse(head);

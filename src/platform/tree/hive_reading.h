@@ -16,7 +16,7 @@ namespace quoril {
 using OpenHiveLog = std::function<Result<std::unique_ptr<QFile>>(QStringView suffix)>;
 
 /// Reads a hive from its open file, as far as its base block says that it goes. One that was not shut down
-/// cleanly gets the changes of the logs beside it, in memory alone; `recovery` then tells what was done, also
+/// cleanly gets the changes of the logs beside it, in memory alone; `recovery` then says what was done, also
 /// where the hive can't be read. 8 and 1015, and what the host gives for a file that can't be read.
 Result<regf::Hive> readHive(QFile& file, const OpenHiveLog& openLog, std::optional<regf::Recovery>& recovery);
 

@@ -28,7 +28,7 @@ public:
 
     /// Says once, on standard error, that the hive is damaged, as far as it was read up to now: damage shows
     /// only where somebody looks. To be called where a key turns out to be missing.
-    virtual void tellDamage() { }
+    virtual void reportDamage() { }
 
     /// To be called by a change that removes a key.
     void noteRemoval() { ++m_generation; }

@@ -27,7 +27,7 @@ struct CheckedFile
 };
 
 /// Reads all hives of the machine and of its users, the logs beside them, and all event logs. A missing
-/// SYSTEM hive is told as damaged: without it there is no machine.
+/// SYSTEM hive is reported as damaged: without it there is no machine.
 std::vector<CheckedFile> checkMachine(const TreePaths& paths);
 
 } // namespace quoril

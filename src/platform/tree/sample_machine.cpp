@@ -165,7 +165,7 @@ private:
 
 Status createSampleMachine(const QString& folder)
 {
-    tellFileSizeLimits();
+    reportFileSizeLimits();
     const QString place = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
     const QFileInfo info(place);
     if (!QDir().mkpath(info.path()))

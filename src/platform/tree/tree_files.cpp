@@ -31,11 +31,11 @@ bool matches(QStringView name, QStringView pattern)
     qsizetype at = 0;
     qsizetype inPattern = 0;
     qsizetype star = -1;
-    qsizetype behindStar = 0;
+    qsizetype afterStar = 0;
     while (at < name.size()) {
         if (inPattern < pattern.size() && pattern[inPattern] == u'*') {
             star = inPattern++;
-            behindStar = at;
+            afterStar = at;
         } else if (inPattern < pattern.size()
             && (pattern[inPattern] == u'?'
                 || upcase(pattern[inPattern].unicode()) == upcase(name[at].unicode()))) {
@@ -43,7 +43,7 @@ bool matches(QStringView name, QStringView pattern)
             ++inPattern;
         } else if (star >= 0) {
             inPattern = star + 1;
-            at = ++behindStar;
+            at = ++afterStar;
         } else {
             return false;
         }

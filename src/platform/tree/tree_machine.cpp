@@ -14,7 +14,7 @@ TreeMachine::TreeMachine(const QString& root, WorkstationLock lock)
     , m_session(openHostSession(m_paths.root(), lock))
     , m_services(makeTreeServiceControl(*this))
 {
-    tellFileSizeLimits();
+    reportFileSizeLimits();
 }
 
 TreeMachine::~TreeMachine() = default;

@@ -142,7 +142,7 @@ Result<QStringList> TreePaths::components(QStringView path) const
     return names;
 }
 
-/// Nothing tells here that the target stays what it is: the names are gone through like any others.
+/// Nothing ensures here that the target stays what it is: the names are gone through like any others.
 Result<QStringList> TreePaths::namesOfTarget(const HostPlace& link) const
 {
     const QString target = realHostPath(link.path());

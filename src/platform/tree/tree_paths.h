@@ -18,7 +18,7 @@ namespace quoril {
 /// holds its folder open, so that this stays so whoever exchanges a folder for a link afterwards.
 ///
 /// Paths come in the forms that a registry holds: "C:\dir\file" with either separator, "\dir\file" and
-/// "dir\file" against the current directory, "C:file", "\SystemRoot\file", and all of them behind "\??\",
+/// "dir\file" against the current directory, "C:file", "\SystemRoot\file", and all of them after "\??\",
 /// "\\?\" or "\\.\". It may be used from any thread.
 class TreePaths
 {

@@ -10,7 +10,7 @@ class TreePaths;
 
 /// Runs programs of the host that lie in the tree, under the machine's paths. They get the tree's folder in
 /// the environment variable QUORIL_MACHINE, the machine's current directory as theirs, and no open files but
-/// the one for the exit code. What ends with the exit status 255 and tells no code there has ended with
+/// the one for the exit code. What ends with the exit status 255 and gives no code there has ended with
 /// 0xFFFFFFFF, since a status of the host has eight bits.
 class TreeProcesses : public Processes
 {

@@ -13,7 +13,7 @@ class HiveFile;
 class HiveStore;
 class TreePaths;
 
-/// A row of changes to one hive that becomes one new file of it with commit(), or nothing. The changes are
+/// A series of changes to one hive that becomes one new file of it with commit(), or nothing. The changes are
 /// made through keys of the same registry and are seen there at once. Other threads and programs that want
 /// to change the hive wait. It ends in the thread where it began.
 class RegistryTransaction

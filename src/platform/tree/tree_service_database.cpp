@@ -75,7 +75,7 @@ Status setList(RegistryKey& key, QStringView name, const QStringList& texts)
     return status.errorNumber() == error::FileNotFound ? Status() : status;
 }
 
-/// The dependencies as they are stored: names, and apart from them the groups, which are told with a plus.
+/// The dependencies as they are stored: names, and apart from them the groups, which are marked with a plus.
 Status setDependencies(RegistryKey& key, const QStringList& dependencies)
 {
     QStringList names;
@@ -105,7 +105,7 @@ QStringList storedNames(TreeRegistry& registry)
     return names;
 }
 
-/// The first failure of a row of steps; what follows it is not done.
+/// The first failure of a series of steps; what follows it is not done.
 class Steps
 {
 public:
@@ -135,7 +135,7 @@ Status applyChange(RegistryKey& key, const ServiceConfigChange& change)
         .status;
 }
 
-/// The path with a folder that is told from the system's one, "System32\x.exe", in full.
+/// The path with a folder that is counted from the system's one, "System32\x.exe", in full.
 QString fromSystemRoot(const QString& commandLine)
 {
     const qsizetype begin = commandLine.startsWith(u'"') ? 1 : 0;

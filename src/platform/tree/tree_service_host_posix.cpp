@@ -61,7 +61,7 @@ public:
 
     void wait(const QDeadlineTimer& until)
     {
-        // A folder of another host may not tell of its files, and an old kernel not of the process.
+        // A folder of another host may not show its files, and an old kernel not of the process.
         const qint64 longest = m_ends[1].fd >= 0 ? 1000 : 20;
         const qint64 left = until.isForever() ? longest : std::min(longest, until.remainingTime() + 1);
         ::poll(m_ends.data(), m_ends.size(), static_cast<int>(left));

@@ -127,7 +127,7 @@ void DependencyWalk::push(const QString& name, bool isVital, const QStringList& 
 
 Error DependencyWalk::missing(const QString& name) const
 {
-    // The service that is to start tells what it lacks itself; one further down just fails to start.
+    // The service that is to start reports itself what it lacks; one further down just fails to start.
     return {m_stack.size() == 1 ? error::ServiceDependencyDeleted : error::ServiceDependencyFail, name};
 }
 

@@ -197,21 +197,22 @@ ServiceRecord ServiceFolder::current() const
         return *found;
     const bool hasHost = found->host && found->host->isAlive();
     const bool hasProcess = hasHost || (found->service && found->service->isAlive());
-    // Without its host a service still tells of itself, its end last: so this is read when it may have ended.
-    const auto told = hasHost ? std::nullopt : reported();
-    const bool hasTold = told && told->status.currentState == service_state::Stopped;
+    // Without its host a service still reports its status, its end last: so this is read when it may have
+    // ended.
+    const auto last = hasHost ? std::nullopt : reported();
+    const bool hasReportedEnd = last && last->status.currentState == service_state::Stopped;
     if (!hasProcess) {
         // The host records the end of the service before its own: it may have done so since.
         const auto again = recorded();
         if (again && again->status.currentState == service_state::Stopped)
             return *again;
-        const quint32 exitCode = hasTold ? told->status.win32ExitCode : error::ProcessAborted;
+        const quint32 exitCode = hasReportedEnd ? last->status.win32ExitCode : error::ProcessAborted;
         return {{service_state::Stopped, exitCode, 0, 0}, {}, {}};
     }
     ServiceRecord record = *found;
-    if (told)
-        record.status = told->status;
-    if (hasTold)
+    if (last)
+        record.status = last->status;
+    if (hasReportedEnd)
         record.status.currentState = service_state::StopPending;
     if (isStopAsked())
         record.status.currentState = service_state::StopPending;

@@ -17,7 +17,7 @@ namespace quoril {
 
 class TreePaths;
 
-/// What a service process tells of itself, and its host of both: the file "report" and the file "state" of
+/// What a service process reports of itself, and its host of both: the file "report" and the file "state" of
 /// the service's folder, as docs/service-handshake.md describes them.
 struct ServiceRecord
 {
@@ -55,7 +55,8 @@ public:
     void remove() const;
 
     /// What the host recorded last; none if the service was never started. What others than this user and
-    /// root could have written is none either, and that is told: it names processes that a stop would end.
+    /// root could have written is none either, and that is reported: it names processes that a stop would
+    /// end.
     std::optional<ServiceRecord> recorded() const;
     Status record(const ServiceRecord& state) const { return write(u"state", state); }
     /// What the service process reported last.

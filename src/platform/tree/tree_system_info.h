@@ -6,7 +6,7 @@ namespace quoril {
 
 class Registry;
 
-/// What the tree's registry tells about its system, and the English texts of error numbers.
+/// What the tree's registry says about its system, and the English texts of error numbers.
 class TreeSystemInfo : public SystemInfo
 {
 public:
@@ -14,9 +14,9 @@ public:
     explicit TreeSystemInfo(Registry& registry) : m_registry(registry) { }
 
     Result<QString> computerName() const override;
-    /// As the registry's files tell it.
+    /// As the registry's files have it.
     Result<SystemVersion> version() const override;
-    /// As the registry's files tell them, else those of the host.
+    /// As the registry's files have them, else those of the host.
     ProcessorInfo processors() const override;
     /// The host's.
     Result<quint64> physicalMemory() const override;

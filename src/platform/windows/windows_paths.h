@@ -7,7 +7,7 @@
 
 namespace quoril {
 
-/// The path as the calls take it whatever its length: a long one in its full form behind "\\?\". 123 for a
+/// The path as the calls take it whatever its length: a long one in its full form after "\\?\". 123 for a
 /// text that is no path.
 Result<QString> callPath(QStringView path);
 

@@ -22,7 +22,7 @@ QStringList textsOf(const wchar_t* multiString)
     return texts;
 }
 
-/// The texts one behind the other, each with its zero unit, and one more at the end.
+/// The texts one after the other, each with its zero unit, and one more at the end.
 QString multiStringOf(const QStringList& texts)
 {
     QString units;

@@ -15,8 +15,8 @@ namespace {
 constexpr DWORD ComputerNameUnits = 255;
 constexpr int ServerR2Metric = 89;
 
-/// What the system tells programs of its version: no more than their manifest says they know.
-std::optional<OSVERSIONINFOEXW> toldVersion()
+/// The version that the system reports to programs: none newer than their manifest says they know.
+std::optional<OSVERSIONINFOEXW> reportedVersion()
 {
     OSVERSIONINFOEXW version = {};
     version.dwOSVersionInfoSize = sizeof version;
@@ -62,17 +62,17 @@ Result<QString> WindowsSystemInfo::computerName() const
 
 Result<SystemVersion> WindowsSystemInfo::version() const
 {
-    const auto told = toldVersion();
-    if (!told)
+    const auto reported = reportedVersion();
+    if (!reported)
         return lastError();
     SystemVersion version;
-    version.platformId = told->dwPlatformId;
-    version.major = told->dwMajorVersion;
-    version.minor = told->dwMinorVersion;
-    version.build = told->dwBuildNumber;
-    version.servicePack = textOf(told->szCSDVersion);
-    version.productType = told->wProductType;
-    version.suiteMask = told->wSuiteMask;
+    version.platformId = reported->dwPlatformId;
+    version.major = reported->dwMajorVersion;
+    version.minor = reported->dwMinorVersion;
+    version.build = reported->dwBuildNumber;
+    version.servicePack = textOf(reported->szCSDVersion);
+    version.productType = reported->wProductType;
+    version.suiteMask = reported->wSuiteMask;
     version.isServerR2 = ::GetSystemMetrics(ServerR2Metric) != 0;
     version.nativeArchitecture = nativeArchitecture();
     version.productInfo = productInfo();

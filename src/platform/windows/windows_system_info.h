@@ -4,7 +4,7 @@
 
 namespace quoril {
 
-/// What the system that the program runs on tells about itself.
+/// What the system that the program runs on reports about itself.
 class WindowsSystemInfo : public SystemInfo
 {
 public:

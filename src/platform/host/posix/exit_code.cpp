@@ -21,7 +21,7 @@ void reportExitCode(quint32 code)
     if (qEnvironmentVariableIntValue(ExitCodeVariable.toLatin1().constData()) != ExitCodeDescriptor)
         return;
     const QByteArray text = QByteArray::number(code) + '\n';
-    // What can't be told is left to the status.
+    // What can't be passed on is left to the status.
     [[maybe_unused]] const auto written
         = ::write(ExitCodeDescriptor, text.constData(), static_cast<std::size_t>(text.size()));
 }

@@ -6,7 +6,7 @@
 
 namespace quoril {
 
-/// The Windows error of a host error number (errno); its text becomes the detail, behind the name of what it
+/// The Windows error of a host error number (errno); its text becomes the detail, after the name of what it
 /// is about where one is given.
 Error hostError(int number, const QString& about = {});
 

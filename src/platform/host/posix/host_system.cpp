@@ -19,7 +19,7 @@ QString hostUserName()
     return QString::fromLocal8Bit(host.data()) + u'\\' + name;
 }
 
-void tellFileSizeLimits()
+void reportFileSizeLimits()
 {
     std::signal(SIGXFSZ, SIG_IGN);
 }

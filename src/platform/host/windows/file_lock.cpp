@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// One byte behind every content: a lock keeps others from reading what it covers.
+// One byte beyond every content: a lock keeps others from reading what it covers.
 constexpr DWORD lockedOffset = 0x7FFFFFFF;
 
 OVERLAPPED lockedPlace()

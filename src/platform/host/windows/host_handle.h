@@ -40,7 +40,7 @@ private:
     QString m_path;
 };
 
-/// The error of the call that failed last on this thread, behind the name of what it is about.
+/// The error of the call that failed last on this thread, after the name of what it is about.
 Error lastHostError(const QString& about);
 
 } // namespace quoril

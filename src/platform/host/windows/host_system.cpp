@@ -18,7 +18,7 @@ QString hostUserName()
     return QString::fromWCharArray(host.data()) + u'\\' + QString::fromWCharArray(user.data());
 }
 
-void tellFileSizeLimits() { }
+void reportFileSizeLimits() { }
 
 Result<quint64> hostMemory()
 {
