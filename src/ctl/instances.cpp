@@ -61,7 +61,8 @@ template <std::size_t Size> QStringList wordsOf(const std::array<Word, Size>& wo
 
 bool Instances::read(Ctl& ctl, CatalogueScan scan)
 {
-    const Status scanned = ScanServices(m_document, scan);
+    const Status scanned
+        = scanInstances(scan, [this](const ServiceInfo& service) { m_services.push_back(service); });
     if (!scanned) {
         failure(ctl, u"The instances can't be listed."_s, scanned.errorNumber());
         if (scanned.errorNumber() == error::FileNotFound || scanned.errorNumber() == error::PathNotFound)
@@ -73,11 +74,11 @@ bool Instances::read(Ctl& ctl, CatalogueScan scan)
 
 ServiceInfo* Instances::lookUp(const QString& name)
 {
-    if (ServiceInfo* const exact = m_document.findService(name))
-        return exact;
-    const auto found = std::find_if(all().begin(), all().end(),
-        [&name](const ServiceInfo& service) { return foldedEquals(service.Name, name); });
-    return found != all().end() ? &*found : nullptr;
+    auto found = std::ranges::find(m_services, name, &ServiceInfo::Name);
+    if (found == m_services.end())
+        found = std::ranges::find_if(
+            m_services, [&name](const ServiceInfo& service) { return foldedEquals(service.Name, name); });
+    return found != m_services.end() ? &*found : nullptr;
 }
 
 ServiceInfo* Instances::find(Ctl& ctl, const QString& name)

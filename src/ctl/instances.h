@@ -1,12 +1,12 @@
 #pragma once
 
-#include "shell/quoril_manager_doc.h"
 #include "shell/service_catalogue.h"
 
 #include <QJsonObject>
 #include <QString>
 
 #include <optional>
+#include <vector>
 
 namespace quoril {
 
@@ -19,7 +19,7 @@ public:
     /// Reads them; a catalogue that can't be read is reported and counts as a failure.
     bool read(Ctl& ctl, CatalogueScan scan = CatalogueScan::WithoutDevices);
 
-    std::vector<ServiceInfo>& all() { return m_document.m_services; }
+    std::vector<ServiceInfo>& all() { return m_services; }
 
     /// The instance of that name, case counting only where two names differ by nothing else. Null, and
     /// reported, if there is none.
@@ -30,7 +30,7 @@ public:
     std::optional<std::vector<ServiceInfo*>> select(Ctl& ctl, const QStringList& names);
 
 private:
-    CQuorilManagerDoc m_document;
+    std::vector<ServiceInfo> m_services; // in the registry's order
 };
 
 /// The words of a state ("running", "start-pending") and of a start type ("automatic"); "unknown" for any

@@ -45,7 +45,7 @@ QString wordsOfCheck(const CheckedFile& file)
 
 int checkFiles(Ctl& ctl, const CheckOptions&)
 {
-    auto* const tree = dynamic_cast<TreeMachine*>(&machine());
+    TreeMachine* const tree = machine().tree();
     if (!tree)
         return failure(ctl, u"Only a tree can be checked; name one with --machine."_s, error::NotSupported);
     std::vector<CheckedFile> files;

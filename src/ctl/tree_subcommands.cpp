@@ -75,10 +75,10 @@ void declareExport(const CommandParser& parser, RegistryOptions& options)
 /// does the same.
 Result<TreeRegistry*> treeRegistry()
 {
-    auto* const registry = dynamic_cast<TreeRegistry*>(&machine().registry());
-    return registry ? Result<TreeRegistry*>(registry)
-                    : Error{error::NotSupported,
-                        u"only the registry of a tree is reached this way; name one with --machine"_s};
+    TreeMachine* const tree = machine().tree();
+    return tree ? Result<TreeRegistry*>(&tree->registry())
+                : Error{error::NotSupported,
+                    u"only the registry of a tree is reached this way; name one with --machine"_s};
 }
 
 /// What a device or a pipe gives may have no end. The text of a whole hive is shorter by far.

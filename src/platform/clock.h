@@ -18,7 +18,7 @@ public:
     /// Seconds since 1970-01-01 UTC by the wall clock.
     virtual qint64 now() const = 0;
 
-    /// Milliseconds since the machine's start; it never goes back.
+    /// Milliseconds since the machine's start, the time that it was suspended included; it never goes back.
     virtual quint64 tickCount() const = 0;
 
     /// Holds the calling thread.

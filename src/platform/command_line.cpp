@@ -1,5 +1,9 @@
 #include "platform/command_line.h"
 
+#include "platform/machine_path.h"
+
+#include <algorithm>
+
 namespace quoril {
 
 using namespace Qt::StringLiterals;
@@ -87,22 +91,20 @@ QStringList splitArguments(QStringView rest)
 
 bool hasFolder(QStringView program)
 {
-    return program.contains(u'\\') || program.contains(u'/') || program.contains(u':');
+    return program.contains(u':') || std::any_of(program.begin(), program.end(), isPathSeparator);
 }
 
 bool isFullPath(QStringView program)
 {
-    const auto isSeparator = [](QChar unit) { return unit == u'\\' || unit == u'/'; };
     if (program.size() < 3)
         return false;
-    const bool hasDrive = program[1] == u':' && isSeparator(program[2]);
-    return hasDrive || (isSeparator(program[0]) && isSeparator(program[1]));
+    const bool hasDrive = program[1] == u':' && isPathSeparator(program[2]);
+    return hasDrive || (isPathSeparator(program[0]) && isPathSeparator(program[1]));
 }
 
 QString withProgramExtension(const QString& program)
 {
-    const qsizetype name = qMax(program.lastIndexOf(u'\\'), program.lastIndexOf(u'/')) + 1;
-    return program.indexOf(u'.', name) < 0 ? program + u".exe"_s : program;
+    return !fileNameOf(program).contains(u'.') ? program + u".exe"_s : program;
 }
 
 QList<ProgramCandidate> programCandidates(QStringView commandLine)

@@ -12,6 +12,7 @@ class Registry;
 class ServiceControl;
 class Session;
 class SystemInfo;
+class TreeMachine;
 
 /// The machine that is managed: everything that the console knows or changes outside its own process goes
 /// through these interfaces. The references live as long as the machine. Registry, services, processes,
@@ -30,6 +31,9 @@ public:
     virtual SystemInfo& systemInfo() = 0;
     virtual Session& session() = 0;
     virtual Clock& clock() = 0;
+
+    /// Itself where it is a tree in a folder, else null: for what a live machine has no call for.
+    virtual TreeMachine* tree() { return nullptr; }
 };
 
 /// The machine in force. A program puts one in place before anything else runs.

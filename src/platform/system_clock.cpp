@@ -1,5 +1,7 @@
 #include "platform/system_clock.h"
 
+#include "platform/host/host_system.h"
+
 #include <QThread>
 
 #include <algorithm>
@@ -16,9 +18,7 @@ qint64 SystemClock::now() const
 
 quint64 SystemClock::tickCount() const
 {
-    // The steady clocks of both systems count from the start of the machine.
-    const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<quint64>(std::chrono::floor<std::chrono::milliseconds>(sinceStart).count());
+    return hostTickCount();
 }
 
 void SystemClock::sleep(quint32 milliseconds)

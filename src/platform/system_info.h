@@ -67,9 +67,10 @@ public:
     /// The system's folder as a machine path ("C:\Windows"), without a separator at its end.
     virtual QString windowsDirectory() const = 0;
 
-    /// The FileVersion string in the version block of the executable at the host path, by the block's first
-    /// translation; an error if the file has no such block.
-    virtual Result<QString> fileVersion(const QString& hostPath) const = 0;
+    /// The version of one of this program's own files, by its path on the host: the FileVersion string of its
+    /// version block, by the block's first translation. An error if it has none. Files::fileVersion() is for
+    /// the files of the machine.
+    virtual Result<QString> programVersion(const QString& hostPath) const = 0;
 
     /// The system's text of an error number, its line end (CR LF) included; empty if it has none, or one with
     /// a place for an insert, as 193.

@@ -2,6 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/machine.h"
+#include "platform/machine_path.h"
 #include "platform/registry.h"
 #include "platform/system_info.h"
 #include "report/report_stream.h"
@@ -37,16 +38,6 @@ QString numbersOf(const VersionRecord& version)
         .arg(version.minor)
         .arg(version.sub_minor)
         .arg(version.build);
-}
-
-/// The part of a path before the file's name: drive and directory with its last separator.
-QStringView folderOf(QStringView path)
-{
-    const auto isSeparator = [](QChar unit) { return unit == u'\\' || unit == u'/'; };
-    const auto last = std::find_if(path.rbegin(), path.rend(), isSeparator);
-    if (last != path.rend())
-        return path.left(last.base() - path.begin());
-    return path.size() > 1 && path[1] == u':' ? path.left(2) : QStringView();
 }
 
 /// Lists the executables, then the libraries, that are found in the folder. A file without a version shows
@@ -130,7 +121,7 @@ void describeOwnExecutables(ReportStream& out, QStringView path)
         return QDir(folder).entryList({pattern}, QDir::Files | QDir::Hidden, QDir::Name | QDir::IgnoreCase);
     };
     const auto versionOf = [](const QString& file) {
-        const auto text = machine().systemInfo().fileVersion(file);
+        const auto text = machine().systemInfo().programVersion(file);
         return text ? std::optional(text->left(VersionUnits)) : std::nullopt;
     };
     writeListing(out, folder, find, versionOf);

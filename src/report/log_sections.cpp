@@ -3,6 +3,7 @@
 #include "logs/app_event_log.h"
 #include "platform/files.h"
 #include "platform/machine.h"
+#include "platform/machine_path.h"
 #include "report/attachment_file.h"
 #include "report/report_stream.h"
 #include "report/unit_reader.h"
@@ -74,21 +75,6 @@ private:
     qsizetype m_place = 0;
 };
 
-/// A path of the machine in two: the drive, and the folder with its last separator.
-struct PathParts
-{
-    QStringView drive;
-    QStringView folder;
-};
-
-PathParts split(QStringView path)
-{
-    const qsizetype driveEnd = path.size() > 1 && path[1] == u':' ? 2 : 0;
-    const qsizetype folderEnd = std::max(path.lastIndexOf(u'\\'), path.lastIndexOf(u'/')) + 1;
-    const QStringView drive = path.first(driveEnd);
-    return {drive, folderEnd > driveEnd ? path.sliced(driveEnd, folderEnd - driveEnd) : QStringView()};
-}
-
 } // namespace
 
 bool WriteEventLog(ReportStream& out, QStringView log, qint64 from, qint64 to)
@@ -127,13 +113,11 @@ QString findLogName(QIODevice& configuration)
 
 QString resolveLogName(const QString& logName, const QString& configurationName)
 {
-    const PathParts log = split(logName);
-    const PathParts configuration = split(configurationName);
-    if (!log.drive.isEmpty())
+    if (!driveOf(logName).isEmpty())
         return logName;
-    if (!log.folder.isEmpty())
-        return configuration.drive.toString() + logName;
-    return configuration.drive.toString() + configuration.folder.toString() + logName;
+    const QStringView base
+        = directoryOf(logName).isEmpty() ? folderOf(configurationName) : driveOf(configurationName);
+    return base.toString() + logName;
 }
 
 } // namespace quoril

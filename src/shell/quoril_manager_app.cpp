@@ -84,8 +84,8 @@ bool CQuorilManagerApp::initCompoundDocuments()
 
 void CQuorilManagerApp::ReadProgramVersion(const QString& path)
 {
-    const auto fileVersion = machine().systemInfo().fileVersion(path);
-    m_version = fileVersion ? VersionRecord::parse(*fileVersion) : VersionRecord();
+    const auto version = machine().systemInfo().programVersion(path);
+    m_version = version ? VersionRecord::parse(*version) : VersionRecord();
 }
 
 bool CQuorilManagerApp::ProcessShellCommand(const QStringList& arguments)

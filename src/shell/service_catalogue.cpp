@@ -1,6 +1,7 @@
 #include "shell/service_catalogue.h"
 
 #include "config/device_scan.h"
+#include "platform/machine_path.h"
 #include "platform/registry.h"
 #include "services/service_walk.h"
 #include "shell/quoril_manager_doc.h"
@@ -32,11 +33,6 @@ constexpr std::array<Setting, 4> Settings = {{
     {u"toy", u"container", &ServiceInfo::ToyContainer},
 }};
 
-bool isSeparator(QChar unit)
-{
-    return unit == u'\\' || unit == u'/';
-}
-
 /// `Value` of a component's parameter, at index 0.
 Result<QString> ReadParameterValue(
     const RegistryKey& parameters, QStringView component, QStringView parameter)
@@ -54,7 +50,7 @@ void readHome(const RegistryKey& parameters, ServiceInfo& service)
     if (!home)
         return;
     service.HomeDir = *home;
-    if (home->isEmpty() || !isSeparator(home->back()))
+    if (home->isEmpty() || !isPathSeparator(home->back()))
         service.HomeDir += u'\\';
 }
 
@@ -105,20 +101,25 @@ QString withoutLastLevel(QString prefix)
 
 } // namespace
 
-Status ScanServices(CQuorilManagerDoc& document, CatalogueScan scan)
+Status scanInstances(CatalogueScan scan, const std::function<void(const ServiceInfo&)>& add)
 {
-    return walkInstances({NameRoomUnits, ValueLimitBytes}, [&document, scan](const InstanceVisit& visit) {
+    return walkInstances({NameRoomUnits, ValueLimitBytes}, [&](const InstanceVisit& visit) {
         if (const auto parameters = openParameters(visit.key, ValueLimitBytes))
-            document.AddService(readService(visit, *parameters, scan));
+            add(readService(visit, *parameters, scan));
         return Walk::Continue;
     });
+}
+
+Status ScanServices(CQuorilManagerDoc& document)
+{
+    return scanInstances(
+        CatalogueScan::Full, [&document](const ServiceInfo& service) { document.AddService(service); });
 }
 
 void MakeLogPathAbsolute(ServiceInfo& service)
 {
     QString& path = service.LogFile;
-    const bool hasDrive = path.size() > 1 && path[1] == u':';
-    const bool relative = !hasDrive && (path.isEmpty() || !isSeparator(path.front()));
+    const bool relative = driveOf(path).isEmpty() && (path.isEmpty() || !isPathSeparator(path.front()));
     bool oneLevelUp = false;
     if (path.startsWith(u"./") || path.startsWith(u".\\")) {
         path.remove(0, 2);

@@ -172,7 +172,7 @@ public:
         return m_calls.attempt<Result<quint64>>({}, [this] { return memory; });
     }
     QString windowsDirectory() const override { return QStringLiteral("C:\\Windows"); }
-    Result<QString> fileVersion(const QString& hostPath) const override
+    Result<QString> programVersion(const QString& hostPath) const override
     {
         return m_calls.attempt<Result<QString>>({}, [&]() -> Result<QString> {
             if (!fileVersions.contains(hostPath))

@@ -15,4 +15,7 @@ void reportFileSizeLimits();
 /// The host's whole physical memory in bytes.
 Result<quint64> hostMemory();
 
+/// Milliseconds since the host's start, the time that it was suspended included.
+quint64 hostTickCount();
+
 } // namespace quoril

@@ -3,6 +3,7 @@
 #include "formats/name_case.h"
 #include "formats/version_block.h"
 #include "platform/host/host_file.h"
+#include "platform/machine_path.h"
 #include "platform/tree/tree_paths.h"
 
 #include <QFile>
@@ -51,13 +52,6 @@ bool matches(QStringView name, QStringView pattern)
     return std::all_of(pattern.begin() + inPattern, pattern.end(), [](QChar unit) { return unit == u'*'; });
 }
 
-/// How much of the path stands before its last part.
-qsizetype folderSize(QStringView path)
-{
-    const auto isEnd = [](QChar unit) { return unit == u'\\' || unit == u'/' || unit == u':'; };
-    return std::find_if(path.rbegin(), path.rend(), isEnd).base() - path.begin();
-}
-
 } // namespace
 
 Result<std::unique_ptr<QIODevice>> TreeFiles::openForReading(QStringView path)
@@ -78,7 +72,7 @@ Status TreeFiles::remove(QStringView path)
 
 Result<QStringList> TreeFiles::find(QStringView pattern)
 {
-    const QStringView folder = pattern.left(folderSize(pattern));
+    const QStringView folder = folderOf(pattern);
     const Result<HostPlace> place = m_paths.existing(folder.isEmpty() ? QStringView(u".") : folder);
     if (!place)
         return place.errorNumber() == error::FileNotFound ? Error{error::PathNotFound, {}} : place.failure();

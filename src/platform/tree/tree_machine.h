@@ -34,6 +34,7 @@ public:
     SystemInfo& systemInfo() override { return m_systemInfo; }
     Session& session() override { return *m_session; }
     Clock& clock() override { return m_clock; }
+    TreeMachine* tree() override { return this; }
 
     /// The machine's paths and where they lie on the host.
     TreePaths& paths() { return m_paths; }

@@ -2,6 +2,7 @@
 
 #include "formats/name_case.h"
 #include "platform/host/host_file.h"
+#include "platform/machine_path.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,24 +19,14 @@ namespace {
 
 constexpr quint32 ErrorDirectory = 267;
 
-bool isSeparator(QChar unit)
-{
-    return unit == u'\\' || unit == u'/';
-}
-
-bool hasDrive(QStringView path)
-{
-    return path.size() >= 2 && path[1] == u':';
-}
-
 /// Takes the prefix away where the path begins with it, either separator counting.
 bool takePrefix(QStringView& path, QStringView prefix)
 {
     if (path.size() < prefix.size())
         return false;
     for (qsizetype i = 0; i < prefix.size(); ++i) {
-        const bool same
-            = isSeparator(prefix[i]) ? isSeparator(path[i]) : foldedEquals(path.mid(i, 1), prefix.mid(i, 1));
+        const bool same = isPathSeparator(prefix[i]) ? isPathSeparator(path[i])
+                                                     : foldedEquals(path.mid(i, 1), prefix.mid(i, 1));
         if (!same)
             return false;
     }
@@ -63,7 +54,7 @@ Status appendNames(QStringList& names, QStringView path)
     qsizetype at = 0;
     while (at < path.size()) {
         qsizetype end = at;
-        while (end < path.size() && !isSeparator(path[end]))
+        while (end < path.size() && !isPathSeparator(path[end]))
             ++end;
         const QStringView name = path.mid(at, end - at);
         at = end + 1;
@@ -122,17 +113,17 @@ Result<QStringList> TreePaths::components(QStringView path) const
     } else {
         const bool isFull
             = takePrefix(path, u"\\??\\") || takePrefix(path, u"\\\\?\\") || takePrefix(path, u"\\\\.\\");
-        if (isFull && !hasDrive(path))
+        if (isFull && driveOf(path).isEmpty())
             return Error{error::PathNotFound, {}};
-        const bool drive = hasDrive(path);
+        const bool drive = !driveOf(path).isEmpty();
         if (drive) {
             if (path[0] != u'C' && path[0] != u'c')
                 return Error{error::PathNotFound, {}};
             path = path.mid(2);
-        } else if (path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1])) {
+        } else if (path.size() >= 2 && isPathSeparator(path[0]) && isPathSeparator(path[1])) {
             return Error{error::PathNotFound, {}}; // a share of another machine
         }
-        if (path.isEmpty() || !isSeparator(path[0])) {
+        if (path.isEmpty() || !isPathSeparator(path[0])) {
             const std::lock_guard lock(m_mutex);
             names = m_current;
         }

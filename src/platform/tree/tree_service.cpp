@@ -1,6 +1,7 @@
+#include "platform/tree/tree_service.h"
+
 #include "platform/host/file_lock.h"
 #include "platform/tree/tree_machine.h"
-#include "platform/tree/tree_service_manager.h"
 #include "platform/tree/tree_service_start.h"
 
 #include <csignal>

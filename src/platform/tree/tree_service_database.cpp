@@ -2,6 +2,7 @@
 
 #include "formats/name_case.h"
 #include "platform/host/host_command.h"
+#include "platform/machine_path.h"
 #include "platform/tree/tree_machine.h"
 #include "platform/tree/tree_service_state.h"
 
@@ -147,9 +148,7 @@ QString fromSystemRoot(const QString& commandLine)
         return commandLine.first(begin) + u"C:\\Windows\\"_s + path.mid(root.size()).toString();
     if (path.startsWith(device))
         return commandLine.first(begin) + path.mid(device.size()).toString();
-    const qsizetype separator = std::find_if(path.begin(), path.end(), [](QChar unit) {
-        return unit == u'\\' || unit == u'/';
-    }) - path.begin();
+    const qsizetype separator = std::find_if(path.begin(), path.end(), isPathSeparator) - path.begin();
     const qsizetype colon = path.indexOf(u':');
     const qsizetype blank = path.indexOf(u' ');
     const bool isRelative = separator > 0 && separator < path.size() && (colon < 0 || colon > separator)

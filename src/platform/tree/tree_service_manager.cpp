@@ -4,6 +4,7 @@
 #include "platform/host/host_file.h"
 #include "platform/host/host_system.h"
 #include "platform/tree/tree_machine.h"
+#include "platform/tree/tree_service.h"
 
 #include <QDeadlineTimer>
 

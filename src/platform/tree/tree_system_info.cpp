@@ -52,7 +52,7 @@ QString TreeSystemInfo::windowsDirectory() const
     return QStringLiteral("C:\\Windows");
 }
 
-Result<QString> TreeSystemInfo::fileVersion(const QString& hostPath) const
+Result<QString> TreeSystemInfo::programVersion(const QString& hostPath) const
 {
     // A name without a folder is what a shell or a launcher found on its search path.
     const bool isBareName = QFileInfo(hostPath).fileName() == hostPath;

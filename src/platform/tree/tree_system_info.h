@@ -23,7 +23,7 @@ public:
     QString windowsDirectory() const override;
     /// The program that runs has the version that its build gave it; an executable of the host has no version
     /// block.
-    Result<QString> fileVersion(const QString& hostPath) const override;
+    Result<QString> programVersion(const QString& hostPath) const override;
     QString errorText(quint32 number) const override;
 
 private:

@@ -1,5 +1,6 @@
 #include "platform/windows/windows_system_info.h"
 
+#include "platform/host/host_system.h"
 #include "platform/windows/win32.h"
 #include "platform/windows/windows_version_block.h"
 
@@ -89,11 +90,7 @@ ProcessorInfo WindowsSystemInfo::processors() const
 
 Result<quint64> WindowsSystemInfo::physicalMemory() const
 {
-    MEMORYSTATUSEX status = {};
-    status.dwLength = sizeof status;
-    if (!::GlobalMemoryStatusEx(&status))
-        return lastError();
-    return quint64(status.ullTotalPhys);
+    return hostMemory();
 }
 
 QString WindowsSystemInfo::windowsDirectory() const
@@ -107,7 +104,7 @@ QString WindowsSystemInfo::windowsDirectory() const
     return folder;
 }
 
-Result<QString> WindowsSystemInfo::fileVersion(const QString& hostPath) const
+Result<QString> WindowsSystemInfo::programVersion(const QString& hostPath) const
 {
     return windowsFileVersion(QDir::toNativeSeparators(hostPath));
 }

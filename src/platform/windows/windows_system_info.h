@@ -13,7 +13,7 @@ public:
     ProcessorInfo processors() const override;
     Result<quint64> physicalMemory() const override;
     QString windowsDirectory() const override;
-    Result<QString> fileVersion(const QString& hostPath) const override;
+    Result<QString> programVersion(const QString& hostPath) const override;
     QString errorText(quint32 number) const override;
 };
 

@@ -199,7 +199,7 @@ TEST_F(MachineContract, TellsOfItsSystem)
     if (!contract->isWine()) {
         EXPECT_EQ(system.errorText(193) + system.errorText(216), QString());
     }
-    EXPECT_EQ(system.fileVersion(u"no such program"_s).errorNumber(), error::FileNotFound);
+    EXPECT_EQ(system.programVersion(u"no such program"_s).errorNumber(), error::FileNotFound);
 }
 
 TEST_F(MachineContract, HearsItsOwnBroadcastBeforeItReturns)

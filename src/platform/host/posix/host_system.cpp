@@ -24,6 +24,15 @@ void reportFileSizeLimits()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+quint64 hostTickCount()
+{
+    timespec time = {};
+    ::clock_gettime(CLOCK_BOOTTIME, &time);
+    constexpr quint64 perSecond = 1000;
+    constexpr quint64 nanosecondsEach = 1'000'000;
+    return quint64(time.tv_sec) * perSecond + quint64(time.tv_nsec) / nanosecondsEach;
+}
+
 Result<quint64> hostMemory()
 {
     const long pages = ::sysconf(_SC_PHYS_PAGES);

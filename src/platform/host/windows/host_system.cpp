@@ -20,6 +20,11 @@ QString hostUserName()
 
 void reportFileSizeLimits() { }
 
+quint64 hostTickCount()
+{
+    return ::GetTickCount64();
+}
+
 Result<quint64> hostMemory()
 {
     MEMORYSTATUSEX status = {};
