@@ -8,7 +8,7 @@
 #include "logs/quoril_manager_view.h"
 #include "platform/tree/tree_machine.h"
 #include "printing/printer_dialogs.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -22,7 +22,7 @@ if(QUORIL_SANITIZE)
 endif()
 
 # A file whose name ends in one of these words belongs to the gui layer, whatever its folder, and so does its test.
-set(QUORIL_GUI_WORDS "dialog|dialogs|view|frame|widget|painter|model|commands|app")
+set(QUORIL_GUI_WORDS "dialog|dialogs|view|frame|widget|painter|model|commands|manager_app")
 set(QUORIL_GUI_FILE "_(${QUORIL_GUI_WORDS})\\.(cpp|h)$")
 
 # quoril_sources(OUT CORE|GUI|ALL folder...): the sources of the folders (not of their subfolders).

@@ -18,10 +18,9 @@ constexpr int SmallestWidth = 320;
 
 SecurityDialog::SecurityDialog(QWidget* parent)
     : TemplateDialog(ids::Id, parent)
-    , m_choices(new QComboBox(this))
+    , m_choices(comboBox(ids::LockTime))
 {
     QGroupBox* const settings = groupBox(ids::SettingsGroup);
-    m_choices->setObjectName(QString::number(ids::LockTime));
     m_choices->setAccessibleName(settings->title());
     for (const LockChoice& choice : g_lock_choices) {
         if (choice.index >= 0)

@@ -9,7 +9,7 @@
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
 #include "services/inform_dialog.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 #include "services/service_install_dialog.h"
 #include "services/service_update_dialog.h"
 #include "services/update_or_install_service_dialog.h"

@@ -29,9 +29,13 @@ int runDialogs(const SetupArguments& arguments)
     dialog.ImagePath = arguments.imagePath;
     dialog.Installer = &installer;
     dialog.exec();
-    if (installer.installed() > 0 && hasStream(StandardStream::Output))
+    if (!dialog.Outcome)
+        return 0;
+    if (dialog.Outcome->step != InstallStep::Done)
+        return Failed;
+    if (hasStream(StandardStream::Output))
         say(dialog.ResultName, StandardStream::Output);
-    return installer.installed() == installer.asked() ? 0 : Failed;
+    return 0;
 }
 
 /// Says what the command line leads to instead of an installation, in English. Gives the exit code.

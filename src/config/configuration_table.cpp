@@ -2,7 +2,7 @@
 
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 
 #include <span>
 

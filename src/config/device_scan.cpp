@@ -4,8 +4,8 @@
 #include "platform/registry.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
+#include "services/service_info.h"
 #include "services/service_walk.h"
-#include "shell/service_info.h"
 
 #include <algorithm>
 #include <bitset>

@@ -6,7 +6,7 @@
 #include "platform/files.h"
 #include "platform/machine.h"
 #include "platform/processes.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 
 #include <QFileInfo>
 

@@ -10,7 +10,7 @@
 #include "platform/machine.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 
 #include <algorithm>
 
@@ -21,7 +21,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr quint32 PollInterval = 200;
-constexpr int NotStarted = 1;
 constexpr int NotRemoved = -1; ///< by a failure; a person may decline, too
 
 struct ControlOptions
@@ -119,7 +118,7 @@ int await(Ctl& ctl, ServiceInfo& service, const Goal& goal, quint32 timeoutSecon
 int startOne(Ctl& ctl, Instances&, ServiceInfo& service, const ControlOptions& options)
 {
     ConsolePrompts prompts(ctl.console);
-    if (!options.alone && service.StartPrerequisites(prompts) == NotStarted) {
+    if (!options.alone && service.StartPrerequisites(prompts) == ServiceInfo::PrerequisiteNotRunning) {
         instanceFailure(ctl, service);
         advisePrerequisites(ctl, service);
         return exit_code::Failed;

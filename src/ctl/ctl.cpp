@@ -4,7 +4,7 @@
 #include "platform/machine.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
@@ -108,8 +108,7 @@ int usageError(Ctl& ctl, const QString& text)
 
 int failure(Ctl& ctl, const QString& text, quint32 reason)
 {
-    const QString why = reason ? loadText(text::Reason) + ServiceApp::ErrorText(reason) : QString();
-    ctl.console.report(text + why);
+    ctl.console.report(withReason(text, reason));
     return exit_code::Failed;
 }
 

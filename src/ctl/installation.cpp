@@ -57,10 +57,10 @@ int run(Ctl& ctl, const InstallOptions& options, bool isUpdate)
         prompts.message(why);
         return exit_code::Failed;
     }
-    CheckedInstaller installer;
-    installer.InstallService(options.name, configuration.path, isUpdate, executable.path, prompts);
+    const InstallRequest request{options.name, configuration.path, isUpdate, executable.path};
+    const InstallOutcome outcome = CheckedInstaller().InstallService(request, prompts);
     Instances instances;
-    if (installer.installed() == 0) {
+    if (outcome.step != InstallStep::Done) {
         const bool isInstance = instances.read(ctl) && instances.lookUp(options.name);
         if (isUpdate && !isInstance)
             ctl.console.report(u"No instance \"%1\"; use \"quorilctl install\"."_s.arg(options.name));

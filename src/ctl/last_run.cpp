@@ -3,7 +3,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/machine.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 
 #include <QDateTime>
 #include <QIODevice>

@@ -8,7 +8,7 @@
 #include "platform/machine.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 
 #include <condition_variable>
 #include <deque>
@@ -74,8 +74,7 @@ Outcome outcomeOf(const SchedStruct& order, int result)
 {
     Outcome outcome{order.Name, order.Action, machine().clock().now(), {}};
     if (result != 0)
-        outcome.failure = order.Message
-            + (order.Reason ? loadText(text::Reason) + ServiceApp::ErrorText(order.Reason) : QString());
+        outcome.failure = withReason(order.Message, order.Reason);
     return outcome;
 }
 

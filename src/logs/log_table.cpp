@@ -6,7 +6,7 @@
 #include "platform/machine.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 
 #include <QDateTime>
 

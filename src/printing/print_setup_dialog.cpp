@@ -56,13 +56,6 @@ PrintSetupDialog::PrintSetupDialog(QPrinter& printer, QWidget* parent)
     m_printers->setFocus();
 }
 
-QComboBox* PrintSetupDialog::comboBox(quint32 id)
-{
-    auto* const box = new QComboBox(this);
-    box->setObjectName(QString::number(id));
-    return box;
-}
-
 void PrintSetupDialog::OnInitDialog()
 {
     const bool isFile = m_printer.outputFormat() != QPrinter::NativeFormat;

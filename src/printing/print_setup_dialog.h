@@ -28,7 +28,6 @@ protected:
     void OnInitDialog() override;
 
 private:
-    QComboBox* comboBox(quint32 id);
     void listPaper();
 
     QPrinter& m_printer;

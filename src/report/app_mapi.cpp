@@ -52,13 +52,6 @@ QString sixCharacters()
     return text;
 }
 
-/// Whether anything has the name, be it a link that leads nowhere.
-bool isTaken(const QString& hostPath)
-{
-    const QFileInfo file(hostPath);
-    return file.exists() || file.isSymLink();
-}
-
 constexpr QStringView ReportName = u"QuorilMailReport.txt";
 
 /// The file of the report, open for writing; null if it can't be. The proposed name is the program's and not
@@ -97,13 +90,8 @@ Result<QString> appMAPI::MakeTempName(const QString& prefix)
     ++TempCounter;
     if (!QFileInfo(directory).isDir())
         return Error{error::PathNotFound, directory};
-    for (int i = 0; i < NameTries; ++i) {
-        const QString name = prefix + sixCharacters() + QString::number(TempCounter);
-        QString path = QDir::toNativeSeparators(QDir(directory).filePath(name));
-        if (!isTaken(path))
-            return path;
-    }
-    return Error{error::FileExists, directory};
+    const QString name = prefix + sixCharacters() + QString::number(TempCounter);
+    return QDir::toNativeSeparators(QDir(directory).filePath(name));
 }
 
 quint32 appMAPI::writeAttachment(
@@ -111,7 +99,7 @@ quint32 appMAPI::writeAttachment(
 {
     AttachmentFile file;
     Status made = Error{error::FileExists, {}};
-    // A name that somebody takes between its making and the file's is given up for another.
+    // A name that is taken is given up for another.
     for (int i = 0; i < NameTries && made.errorNumber() == error::FileExists; ++i) {
         const Result<QString> name = MakeTempName(prefix);
         if (!name) {

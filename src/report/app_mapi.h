@@ -57,8 +57,8 @@ public:
     /// Appends the file at the machine path, a text in the system's own 8-bit encoding; as CopyTempFile.
     int CopyConfigFile(QIODevice* out, const QString& path);
 
-    /// A name in the user's temporary directory that is not taken: the prefix, six characters, and a number
-    /// that grows with each name of this process. The file is not made. Fails if there is no such directory.
+    /// A name in the user's temporary directory: the prefix, six random characters, and a number that grows
+    /// with each name of this process. The file is not made. Fails if there is no such directory.
     Result<QString> MakeTempName(const QString& prefix);
 
     void ShowError(const QString& text);

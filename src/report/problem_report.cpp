@@ -3,7 +3,7 @@
 #include "platform/files.h"
 #include "platform/machine.h"
 #include "report/attachment_file.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 
 #include <QCoreApplication>
 #include <QStringBuilder>

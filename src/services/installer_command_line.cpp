@@ -18,6 +18,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype LongestCommandLine = 32766;
+constexpr InstallOutcome Refusal = {InstallStep::Refused, -1};
 
 /// The text's number of what is wrong with a name or path, 0 for nothing.
 quint32 faultOf(QStringView argument)
@@ -75,26 +76,20 @@ InstallerFile findInstallerFile(const QString& named)
     return {*path, {}};
 }
 
-int CheckedInstaller::InstallService(const QString& serviceName, const QString& configurationFile,
-    bool isUpdate, const QString& imagePath, UserPrompts& prompts)
+InstallOutcome CheckedInstaller::InstallService(const InstallRequest& request, UserPrompts& prompts)
 {
-    ++m_asked;
-    const InstallRequest request{serviceName, configurationFile, isUpdate, imagePath};
     if (const QString refusal = unsafeArgument(request); !refusal.isEmpty()) {
         prompts.message(refusal);
-        return -1;
+        return Refusal;
     }
     // An update begins with the removal of what is there.
-    const Status runs = isUpdate ? machine().processes().canRun(withoutQuotes(imagePath)) : Status();
+    const Status runs
+        = request.isUpdate ? machine().processes().canRun(withoutQuotes(request.imagePath)) : Status();
     if (!runs) {
-        const QString reason = loadText(text::Reason) + ErrorText(runs.errorNumber());
-        prompts.message(loadText(text::InstallationFailed) + reason);
-        return -1;
+        prompts.message(withReason(loadText(text::InstallationFailed), runs.errorNumber()));
+        return Refusal;
     }
-    const InstallOutcome outcome = installService(*this, request, prompts);
-    if (outcome.step == InstallStep::Done)
-        ++m_installed;
-    return outcome.result;
+    return ServiceApp::InstallService(request, prompts);
 }
 
 } // namespace quoril

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 #include "services/service_installation.h"
 
 #include <QString>
@@ -29,18 +29,7 @@ InstallerFile findInstallerFile(const QString& named);
 class CheckedInstaller : public ServiceApp
 {
 public:
-    /// -1 if it is refused, too.
-    int InstallService(const QString& serviceName, const QString& configurationFile, bool isUpdate,
-        const QString& imagePath, UserPrompts& prompts) override;
-
-    /// How many installations were asked for and how many of them succeeded, which a result of -1 doesn't
-    /// tell.
-    int asked() const { return m_asked; }
-    int installed() const { return m_installed; }
-
-private:
-    int m_asked = 0;
-    int m_installed = 0;
+    InstallOutcome InstallService(const InstallRequest& request, UserPrompts& prompts) override;
 };
 
 } // namespace quoril

@@ -5,7 +5,7 @@
 #include "resources/file_filters.h"
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 #include "shell/wait_cursor_widget.h"
 
 #include <QDialogButtonBox>
@@ -30,7 +30,7 @@ ServiceInstallDialog::ServiceInstallDialog(
     m_name->setObjectName(QString::number(ids::Name));
     QLineEdit* product = disabledEdit(ids::Product);
     showInEdit(*product, productName);
-    showInEdit(*m_configuration, configurationFile);
+    showConfiguration(configurationFile);
     QPushButton* browse = button(ids::Browse);
 
     auto* layout = new QGridLayout(this);
@@ -63,14 +63,20 @@ void ServiceInstallDialog::accept()
         return;
     }
     const WaitCursor waiting;
-    (void)Installer->InstallService(serviceName(), m_configuration->text(), false, ImagePath, prompts);
+    Outcome = Installer->InstallService({serviceName(), m_configurationFile, false, ImagePath}, prompts);
     TemplateDialog::accept();
+}
+
+void ServiceInstallDialog::showConfiguration(const QString& path)
+{
+    m_configurationFile = path;
+    showInEdit(*m_configuration, path);
 }
 
 void ServiceInstallDialog::OnBrowse()
 {
     Files& files = machine().files();
-    auto folder = files.hostPath(m_configuration->text().section(u'\\', 0, -2) + u'\\');
+    auto folder = files.hostPath(m_configurationFile.section(u'\\', 0, -2) + u'\\');
     if (!folder)
         folder = files.hostPath(u"C:\\");
     QFileDialog picker(this, loadText(text::OpenConfigurationTitle), folder ? *folder : QString());
@@ -85,7 +91,7 @@ void ServiceInstallDialog::OnBrowse()
         DialogPrompts(this).message(loadText(text::FileOutsideMachine).replace(u"%s"_s, chosen));
         return;
     }
-    showInEdit(*m_configuration, *path);
+    showConfiguration(*path);
     m_install->setEnabled(true);
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "services/service_installation.h"
 #include "services/template_dialog.h"
+
+#include <optional>
 
 namespace quoril {
 
@@ -15,6 +18,7 @@ public:
 
     QString ImagePath; ///< of the product's executable, with or without double quotes
     ServiceApp* Installer = nullptr; ///< not owned; set before exec()
+    std::optional<InstallOutcome> Outcome; ///< none as long as nothing was asked of the installer
 
     QString serviceName() const;
 
@@ -24,8 +28,11 @@ private:
     /// The picker of the configuration file.
     void OnBrowse();
 
+    void showConfiguration(const QString& path);
+
     QLineEdit* m_name;
     QLineEdit* m_configuration;
+    QString m_configurationFile; ///< a path of the machine
     QPushButton* m_install = nullptr;
 };
 

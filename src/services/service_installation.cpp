@@ -3,17 +3,16 @@
 #include "formats/name_case.h"
 #include "platform/files.h"
 #include "platform/machine.h"
+#include "platform/machine_path.h"
 #include "platform/session.h"
 #include "resources/resource_module.h"
 #include "resources/text_ids.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 #include "services/service_walk.h"
 #include "services/user_prompts.h"
 
 #include <QStringBuilder>
 #include <QStringList>
-
-#include <algorithm>
 
 namespace quoril {
 
@@ -25,19 +24,14 @@ constexpr InstanceLimits WalkLimits = {.nameUnits = 255, .groupBytes = 2047};
 constexpr qsizetype ValueBytes = 2047;
 constexpr qsizetype ProductNameUnits = 255;
 constexpr qsizetype DirectoryUnits = 255;
-constexpr qsizetype DriveUnits = 2;
 constexpr int InstalledCode = -1;
 constexpr int StoppedWithMessage = -1;
 
 /// The folder of a program, with the backslashes after the drive doubled.
 QString doubledDirectory(QStringView path)
 {
-    const bool hasDrive = path.size() >= DriveUnits && path[DriveUnits - 1] == u':';
-    const QStringView drive = path.first(hasDrive ? DriveUnits : 0);
-    const QStringView rest = path.mid(drive.size());
-    const qsizetype end = std::max(rest.lastIndexOf(u'\\'), rest.lastIndexOf(u'/')) + 1;
-    QString directory = rest.first(std::min(end, DirectoryUnits)).toString();
-    return drive % directory.replace(u"\\"_s, u"\\\\"_s);
+    QString directory = directoryOf(path).left(DirectoryUnits).toString();
+    return driveOf(path) % directory.replace(u"\\"_s, u"\\\\"_s);
 }
 
 InstallOutcome stop(InstallStep step, const QString& message, UserPrompts& prompts)
@@ -58,7 +52,7 @@ void announce(const ServiceApp& app, const InstallRequest& request, UserPrompts&
 
 } // namespace
 
-InstallOutcome installService(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts)
+InstallOutcome ServiceApp::InstallService(const InstallRequest& request, UserPrompts& prompts)
 {
     if (request.serviceName.isEmpty() || request.configurationFile.isEmpty())
         return {InstallStep::Arguments, 0};
@@ -66,7 +60,7 @@ InstallOutcome installService(const ServiceApp& app, const InstallRequest& reque
         return stop(InstallStep::ImagePath, loadText(text::ExecutablePathMissing), prompts);
     const bool isQuoted = request.imagePath.startsWith(u'"');
     const QString imagePath = isQuoted ? request.imagePath : u'"' % request.imagePath % u'"';
-    if (request.isUpdate && app.RemoveService(request.serviceName, false, prompts) != 0)
+    if (request.isUpdate && RemoveService(request.serviceName, false, prompts) != 0)
         return stop(InstallStep::Removal, loadText(text::InstallationFailed), prompts);
 
     const QString ChDirStr = doubledDirectory(QStringView(imagePath).mid(1));
@@ -79,18 +73,11 @@ InstallOutcome installService(const ServiceApp& app, const InstallRequest& reque
         = imagePath % u" --install \"" % request.serviceName % u"\" \"" % request.configurationFile % u'"';
     const int code = RunProcess(CmdLine, prompts);
     if (code == InstalledCode) {
-        announce(app, request, prompts);
+        announce(*this, request, prompts);
         return {InstallStep::Done, code};
     }
-    const QString reason = ServiceApp::ErrorText(quint32(code));
-    prompts.message(loadText(text::InstallationFailed) % loadText(text::Reason) % reason);
+    prompts.message(loadText(text::InstallationFailed) % loadText(text::Reason) % ErrorText(quint32(code)));
     return {InstallStep::Executable, code};
-}
-
-int ServiceApp::InstallService(const QString& serviceName, const QString& configurationFile, bool isUpdate,
-    const QString& imagePath, UserPrompts& prompts)
-{
-    return installService(*this, {serviceName, configurationFile, isUpdate, imagePath}, prompts).result;
 }
 
 int ServiceApp::BuildDependencyList(const QString& serviceName) const

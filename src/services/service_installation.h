@@ -5,9 +5,6 @@
 
 namespace quoril {
 
-class ServiceApp;
-class UserPrompts;
-
 /// The registered message by which every program learns of a service that was installed.
 inline constexpr QStringView NewServiceInstalledMessage = u"WM_NEW_SERVICE_INSTALLED_MSG";
 
@@ -22,6 +19,7 @@ struct InstallRequest
 
 enum class InstallStep
 {
+    Refused, ///< by an installer that looks at names and paths first; nothing was changed
     Arguments, ///< name or configuration file are empty
     ImagePath, ///< the path of the executable is empty
     Removal, ///< the old service is still there
@@ -37,10 +35,5 @@ struct InstallOutcome
     InstallStep step = InstallStep::Done;
     int result = 0;
 };
-
-/// Has the product's executable register a service, announces it to all programs and rewrites its dependency
-/// list. Reports the success and each failure but missing arguments to the person. It blocks for up to 30
-/// seconds, and the current directory of machine paths stays the executable's folder.
-InstallOutcome installService(const ServiceApp& app, const InstallRequest& request, UserPrompts& prompts);
 
 } // namespace quoril

@@ -5,7 +5,7 @@
 #include "platform/services.h"
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 #include "shell/wait_cursor_widget.h"
 
 #include <QComboBox>
@@ -28,7 +28,6 @@ namespace {
 constexpr quint32 RefreshPeriod = 4000;
 constexpr quint32 StartBox = 7000;
 constexpr quint32 StopBox = 3000;
-constexpr int NotStarted = 1;
 constexpr int GroupMargin = 8;
 
 struct StartTypeChoice
@@ -179,7 +178,7 @@ void ServiceManagementDialog::OnStart()
 {
     const WaitCursor waiting;
     DialogPrompts prompts(this);
-    if (m_service->StartPrerequisites(prompts) == NotStarted) {
+    if (m_service->StartPrerequisites(prompts) == ServiceInfo::PrerequisiteNotRunning) {
         showFailure();
         return;
     }

@@ -2,7 +2,7 @@
 
 #include "resources/text_ids.h"
 #include "services/prompt_dialogs.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 #include "shell/wait_cursor_widget.h"
 
 #include <QComboBox>
@@ -20,18 +20,20 @@ ServiceUpdateDialog::ServiceUpdateDialog(
     const QString& productName, const QString& configurationFile, QWidget* parent)
     : TemplateDialog(ids::Id, parent)
     , m_services(comboBox(ids::Services))
-    , m_product(disabledEdit(ids::Product))
-    , m_configuration(disabledEdit(ids::Configuration))
+    , m_productName(productName)
+    , m_configurationFile(configurationFile)
 {
-    showInEdit(*m_product, productName);
-    showInEdit(*m_configuration, configurationFile);
+    QLineEdit* const product = disabledEdit(ids::Product);
+    QLineEdit* const configuration = disabledEdit(ids::Configuration);
+    showInEdit(*product, productName);
+    showInEdit(*configuration, configurationFile);
 
     auto* layout = new QGridLayout(this);
     layout->setColumnStretch(1, 1);
     int row = 0;
     for (const auto& [labelId, field] :
         std::initializer_list<std::pair<quint32, QWidget*>>{{ids::ServicesLabel, m_services},
-            {ids::ProductLabel, m_product}, {ids::ConfigurationLabel, m_configuration}}) {
+            {ids::ProductLabel, product}, {ids::ConfigurationLabel, configuration}}) {
         layout->addWidget(label(labelId, field), row, 0);
         layout->addWidget(field, row++, 1);
     }
@@ -56,7 +58,7 @@ int ServiceUpdateDialog::ListProductServices(const QString& productName)
 void ServiceUpdateDialog::OnInitDialog()
 {
     m_services->clear();
-    (void)ListProductServices(m_product->text());
+    (void)ListProductServices(m_productName);
     if (m_services->count() == 0)
         enable(*findChild<QPushButton*>(QString::number(ids::Update)), false);
     else
@@ -71,7 +73,7 @@ void ServiceUpdateDialog::accept()
         return;
     }
     const WaitCursor waiting;
-    (void)Installer->InstallService(serviceName(), m_configuration->text(), true, ImagePath, prompts);
+    Outcome = Installer->InstallService({serviceName(), m_configurationFile, true, ImagePath}, prompts);
     TemplateDialog::accept();
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "services/service_installation.h"
 #include "services/template_dialog.h"
+
+#include <optional>
 
 class QComboBox;
 
@@ -17,6 +20,7 @@ public:
 
     QString ImagePath; ///< of the product's executable, with or without double quotes
     ServiceApp* Installer = nullptr; ///< not owned; set before exec()
+    std::optional<InstallOutcome> Outcome; ///< none as long as nothing was asked of the installer
 
     QString serviceName() const;
     /// Fills the list; 0, or -1 if the services can't be walked.
@@ -29,8 +33,8 @@ protected:
 
 private:
     QComboBox* m_services;
-    QLineEdit* m_product;
-    QLineEdit* m_configuration;
+    QString m_productName;
+    QString m_configurationFile; ///< a path of the machine
 };
 
 } // namespace quoril

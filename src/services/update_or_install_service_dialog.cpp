@@ -44,26 +44,27 @@ UpdateOrInstallServiceDlg::UpdateOrInstallServiceDlg(QWidget* parent) : Template
     connect(leave, &QPushButton::clicked, this, &QDialog::accept);
 }
 
-void UpdateOrInstallServiceDlg::OnInstall()
+template <typename Dialog> void UpdateOrInstallServiceDlg::goOn()
 {
-    IsUpdate = false;
-    ServiceInstallDialog dialog(ProductName, CfgFile, this);
+    Dialog dialog(ProductName, CfgFile, this);
     dialog.ImagePath = ImagePath;
     dialog.Installer = Installer;
     if (dialog.exec() == Accepted)
         ResultName = dialog.serviceName();
+    Outcome = dialog.Outcome;
     accept();
+}
+
+void UpdateOrInstallServiceDlg::OnInstall()
+{
+    IsUpdate = false;
+    goOn<ServiceInstallDialog>();
 }
 
 void UpdateOrInstallServiceDlg::OnUpdate()
 {
     IsUpdate = true;
-    ServiceUpdateDialog dialog(ProductName, CfgFile, this);
-    dialog.ImagePath = ImagePath;
-    dialog.Installer = Installer;
-    if (dialog.exec() == Accepted)
-        ResultName = dialog.serviceName();
-    accept();
+    goOn<ServiceUpdateDialog>();
 }
 
 } // namespace quoril

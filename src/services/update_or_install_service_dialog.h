@@ -1,6 +1,9 @@
 #pragma once
 
+#include "services/service_installation.h"
 #include "services/template_dialog.h"
+
+#include <optional>
 
 namespace quoril {
 
@@ -19,6 +22,7 @@ public:
     bool IsUpdate = false; ///< which button was pressed
     QString ImagePath; ///< of the product's executable, with or without double quotes
     QString ResultName; ///< empty if the person left
+    std::optional<InstallOutcome> Outcome; ///< what came of it; none if the person left
     ServiceApp* Installer = nullptr; ///< not owned
 
     /// Escape and the window's button are the way back, too.
@@ -27,6 +31,7 @@ public:
 private:
     void OnInstall();
     void OnUpdate();
+    template <typename Dialog> void goOn();
 };
 
 } // namespace quoril

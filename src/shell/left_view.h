@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/service_info.h"
+#include "services/service_info.h"
 
 #include <QTreeWidget>
 

@@ -16,7 +16,7 @@
 #include "schedule/schedule_dialog.h"
 #include "schedule/schedule_time.h"
 #include "services/prompt_dialogs.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 #include "services/service_installation.h"
 #include "services/service_management_dialog.h"
 #include "shell/about_dialog.h"

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "schedule/schedule_table.h"
+#include "services/service_info.h"
 #include "shell/main_frame_commands.h"
-#include "shell/service_info.h"
 
 #include <QMainWindow>
 #include <QPointer>

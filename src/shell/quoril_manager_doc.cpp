@@ -8,8 +8,6 @@
 
 namespace quoril {
 
-ServiceInfo g_no_service;
-
 void CQuorilManagerDoc::OnNewDocument()
 {
     m_lock_timeout = 0;

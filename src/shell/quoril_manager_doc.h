@@ -1,7 +1,7 @@
 #pragma once
 
 #include "formats/error.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 
 #include <QObject>
 #include <QString>

@@ -2,7 +2,7 @@
 
 #include "config/configuration_table.h"
 #include "report/problem_report.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 #include "support/fake_machine.h"
 
 namespace quoril::test {

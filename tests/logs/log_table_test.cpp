@@ -1,6 +1,6 @@
 #include "logs/log_table.h"
 
-#include "shell/service_info.h"
+#include "services/service_info.h"
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
 #include "support/time_zone.h"

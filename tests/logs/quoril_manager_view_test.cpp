@@ -3,7 +3,7 @@
 #include "logs/panel_table_model.h"
 #include "logs/type_ahead_widget.h"
 #include "resources/resource_module.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 #include "support/fake_machine.h"
 #include "support/log_lines.h"
 #include "support/person.h"

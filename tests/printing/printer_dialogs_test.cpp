@@ -1,6 +1,6 @@
 #include "logs/quoril_manager_view.h"
 #include "printing/page_painter.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 #include "support/fake_machine.h"
 #include "support/person.h"
 #include "support/utf16.h"

@@ -4,7 +4,7 @@
 
 #include "report/attachment_file.h"
 #include "report/report_text.h"
-#include "shell/service_info.h"
+#include "services/service_info.h"
 #include "support/event_log_samples.h"
 #include "support/fake_machine.h"
 

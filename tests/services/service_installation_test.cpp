@@ -112,7 +112,7 @@ TEST(ServiceInstallation, EachEndHasItsMessagesItsResultAndItsStep)
         Bench bench;
         if (prepare)
             prepare(bench);
-        const InstallOutcome outcome = installService(ServiceApp(), request, bench.prompts);
+        const InstallOutcome outcome = ServiceApp().InstallService(request, bench.prompts);
         EXPECT_EQ(outcome.step, step) << what;
         EXPECT_EQ(outcome.result, result) << what;
         EXPECT_EQ(bench.log(), log) << what;
@@ -131,7 +131,7 @@ TEST(ServiceInstallation, TheFolderIsSplitOffAsTheRunTimeLibraryDoes)
     };
     for (const auto& [image, folder] : cases) {
         Bench bench;
-        (void)installService(ServiceApp(), {u"JUNO"_s, Configuration, false, image}, bench.prompts);
+        (void)ServiceApp().InstallService({u"JUNO"_s, Configuration, false, image}, bench.prompts);
         EXPECT_EQ(bench.machine.fakeFiles.currentDirectory.toStdString(), folder.toStdString());
     }
 }
@@ -227,16 +227,16 @@ TEST(InstallerCommandLine, RefusesWhatItCannotCarryBeforeAnythingIsChanged)
         for (const QString& part : refusal.split(u'*'))
             EXPECT_THAT(told, testing::HasSubstr(part.toStdString()));
         EXPECT_EQ(told.empty(), refusal.isEmpty()) << told;
-        CheckedInstaller installer;
-        (void)installer.InstallService(name, configuration, true, image, bench.prompts);
+        const InstallOutcome outcome
+            = CheckedInstaller().InstallService({name, configuration, true, image}, bench.prompts);
         const std::string log = bench.log();
         EXPECT_EQ(log == "message " + told, !refusal.isEmpty()) << log.substr(0, 200);
-        EXPECT_EQ(installer.installed(), name == u"JUNO" && refusal.isEmpty() ? 1 : 0) << log;
-        EXPECT_EQ(installer.asked(), 1);
+        EXPECT_EQ(outcome.step == InstallStep::Refused, !refusal.isEmpty()) << log;
     }
     Bench bench;
     bench.machine.fakeProcesses.unfitError = error::AccessDenied;
-    CheckedInstaller().InstallService(u"JUNO"_s, Configuration, true, u'"' + Image + u'"', bench.prompts);
+    (void)CheckedInstaller().InstallService(
+        {u"JUNO"_s, Configuration, true, u'"' + Image + u'"'}, bench.prompts);
     EXPECT_EQ(bench.log(), Failed + " Reason: Access is denied. (0x5)");
     // The longest line that Windows takes.
     const qsizetype rest = Configuration.size() + Image.size() + 18;

@@ -1,6 +1,6 @@
 #include "services/service_management_dialog.h"
 
-#include "shell/service_info.h"
+#include "services/service_info.h"
 #include "support/fake_machine.h"
 #include "support/person.h"
 

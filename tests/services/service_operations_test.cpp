@@ -1,6 +1,6 @@
 #include "resources/resource_module.h"
-#include "services/service_by_name.h"
-#include "shell/service_info.h"
+#include "services/service_app.h"
+#include "services/service_info.h"
 #include "support/fake_machine.h"
 
 namespace quoril::test {

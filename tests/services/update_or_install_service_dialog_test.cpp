@@ -69,7 +69,7 @@ TEST(UpdateOrInstallServiceDlg, InstallsByTheKeyboardAloneAndAsksForAName)
     EXPECT_EQ(bench.ran(), QStringList(u"create |\"C:\\x.exe\" --install \"New Juno\" \"C:\\a.cfg\""_s));
     EXPECT_EQ(bench.dialog.ResultName, u"New Juno"_s);
     EXPECT_FALSE(bench.dialog.IsUpdate);
-    EXPECT_EQ(bench.installer.installed(), 1);
+    EXPECT_EQ(bench.dialog.Outcome->step, InstallStep::Done);
 }
 
 TEST(UpdateOrInstallServiceDlg, UpdatesTheChosenServiceOfTheProduct)
@@ -115,7 +115,7 @@ TEST(UpdateOrInstallServiceDlg, LeavingInstallsNothing)
         EXPECT_EQ(bench.dialog.exec(), QDialog::Accepted);
         EXPECT_EQ(bench.ran(), QStringList());
         EXPECT_EQ(bench.dialog.ResultName, QString());
-        EXPECT_EQ(bench.installer.asked(), 0);
+        EXPECT_FALSE(bench.dialog.Outcome);
     }
     for (const bool byKey : {false, true}) {
         Bench bench;

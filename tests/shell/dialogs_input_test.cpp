@@ -1,7 +1,7 @@
 // What the wheel and Enter do in the dialogs, with input of the window system.
 
 #include "schedule/schedule_dialog.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 #include "services/service_management_dialog.h"
 #include "services/service_update_dialog.h"
 #include "shell/wheel_guard_widget.h"

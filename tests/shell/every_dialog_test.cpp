@@ -8,7 +8,7 @@
 #include "schedule/schedule_dialog.h"
 #include "schedule/schedule_table.h"
 #include "services/remove_service_dialog.h"
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 #include "services/service_install_dialog.h"
 #include "services/service_management_dialog.h"
 #include "services/service_update_dialog.h"

@@ -50,6 +50,13 @@ class ServiceInfo
 public:
     static constexpr int FixedTableSize = 8;
 
+    // The values of Status.
+    static constexpr qint32 Paused = 1;
+    static constexpr qint32 Started = 2;
+    static constexpr qint32 Stopped = 3;
+    /// What StartPrerequisites() gives where the service itself must not be started.
+    static constexpr int PrerequisiteNotRunning = 1;
+
     QString Name; ///< the service's key name, by which everything finds the record
     QString EmulationType; ///< `TargetPlatformEmulator` below `Parameters`
     QString ImagePath;
@@ -62,7 +69,7 @@ public:
     QString ToyContainer;
     QString Message; ///< text of the last failure of an operation on the service
     quint32 Reason = 0; ///< the Windows error number of that failure, 0 where there is none
-    qint32 Status = 0; ///< 1 paused, 2 started, 3 stopped, 0 anything else
+    qint32 Status = 0; ///< Paused, Started, Stopped, 0 anything else
     qint32 StartType = 0; ///< 2 automatic, 3 manual, 4 disabled, as the service manager gives it
     quint32 ConfigError = 0; ///< why the last QueryState() could not read StartType, 0 if it could
     ServiceStatus Reported; ///< what the service manager reported of it last
@@ -92,8 +99,8 @@ public:
     int StopNow();
 
     /// Starts the services named in this service's `DependOnService`, one level deep, in their order, and
-    /// gives the result of the last one tried: 1 if it did not come up, which ends the walk. -1 if the
-    /// registry can't be read. Any result but 1 means that the service itself may be started.
+    /// gives the result of the last one tried: PrerequisiteNotRunning if it did not come up, which ends the
+    /// walk. -1 if the registry can't be read. With any other result the service itself may be started.
     int StartPrerequisites(UserPrompts& prompts);
 
     /// Starts the named service unless it runs, and waits up to five seconds behind a box of two: 0 running

@@ -1,4 +1,4 @@
-#include "services/service_by_name.h"
+#include "services/service_app.h"
 
 #include "formats/name_case.h"
 #include "platform/machine.h"
@@ -31,26 +31,20 @@ qsizetype bytesOf(const QString& name)
 /// Why a service was not removed: a text, and the error number that is its reason, if any.
 struct RemovalFailure
 {
-    quint32 textId = 0;
+    quint32 textId = 0; ///< 0 for none
     quint32 reason = error::Success;
+    quint32 refusal = error::Success; ///< of the deletion itself, which the text doesn't show
 };
 
-/// Deletes a service that has stopped; the failure's text is left in the record.
-Status deleteStopped(Service& service, RemovalFailure& failure)
+RemovalFailure deleteStopped(Service& service)
 {
     const auto status = service.queryStatus();
-    if (!status) {
-        failure = {text::RemovalQueryFailed, status.errorNumber()};
-        return status.failure();
-    }
-    if (status->currentState != service_state::Stopped) {
-        failure = {text::RemovalStillRunning, error::Success};
-        return Error{error::ServiceCannotAcceptControl, {}};
-    }
+    if (!status)
+        return {text::RemovalQueryFailed, status.errorNumber()};
+    if (status->currentState != service_state::Stopped)
+        return {text::RemovalStillRunning};
     const Status deleted = service.markForDelete();
-    if (!deleted)
-        failure = {text::RemovalFailed, error::Success};
-    return deleted;
+    return deleted ? RemovalFailure() : RemovalFailure{text::RemovalFailed, {}, deleted.errorNumber()};
 }
 
 } // namespace
@@ -108,24 +102,22 @@ int ServiceApp::SetDependencies(const QString& serviceName) const
 int ServiceApp::RemoveRegistration(const QString& serviceName, UserPrompts& prompts, quint32* refusal) const
 {
     RemovalFailure failure;
-    const auto act = [&](Service& service) { return deleteStopped(service, failure); };
+    const auto act = [&](Service& service) {
+        failure = deleteStopped(service);
+        return Status();
+    };
     constexpr quint32 rights
         = service_access::Delete | service_access::QueryConfig | service_access::QueryStatus;
     const auto outcome = operateService({serviceName, rights}, act);
-    if (outcome.step == ServiceStep::Done)
-        return 0;
     if (outcome.step == ServiceStep::OpenManager)
         failure = {text::RemovalManagerConnectFailed, outcome.errorNumber};
     else if (outcome.step == ServiceStep::OpenService)
         failure = {text::RemovalServiceConnectFailed, outcome.errorNumber};
-
-    else if (refusal && failure.textId == text::RemovalFailed)
-        *refusal = outcome.errorNumber;
-
-    QString message = loadText(failure.textId);
-    if (failure.reason)
-        message += loadText(text::Reason) % ErrorText(failure.reason);
-    prompts.message(message);
+    if (failure.textId == 0)
+        return 0;
+    if (refusal && failure.refusal)
+        *refusal = failure.refusal;
+    prompts.message(withReason(loadText(failure.textId), failure.reason));
     return -1;
 }
 
@@ -163,6 +155,11 @@ QString ServiceApp::ErrorText(quint32 number)
         return code;
     text.chop(LineEndUnits);
     return text % u" (" % code % u')';
+}
+
+QString withReason(const QString& message, quint32 errorNumber)
+{
+    return errorNumber ? message % loadText(text::Reason) % ServiceApp::ErrorText(errorNumber) : message;
 }
 
 int RunProcess(const QString& commandLine, UserPrompts& prompts)

@@ -1,3 +1,4 @@
+#include "services/service_info.h"
 #include "platform/clock.h"
 #include "platform/machine.h"
 #include "resources/resource_module.h"
@@ -5,12 +6,13 @@
 #include "services/service_engine.h"
 #include "services/service_walk.h"
 #include "services/user_prompts.h"
-#include "shell/service_info.h"
 
 #include <QStringBuilder>
 #include <QStringList>
 
 namespace quoril {
+
+ServiceInfo g_no_service;
 
 namespace {
 
@@ -27,11 +29,11 @@ qint32 statusCode(quint32 currentState)
 {
     switch (currentState) {
     case service_state::Stopped:
-        return 3;
+        return ServiceInfo::Stopped;
     case service_state::Running:
-        return 2;
+        return ServiceInfo::Started;
     case service_state::Paused:
-        return 1;
+        return ServiceInfo::Paused;
     default:
         return 0;
     }
@@ -82,7 +84,7 @@ bool isRunning(const Result<ServiceStatus>& status)
 enum class Waited
 {
     Running = 0,
-    TooLong = 1,
+    TooLong = ServiceInfo::PrerequisiteNotRunning,
     QueryFailed = 2
 };
 

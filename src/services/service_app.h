@@ -1,5 +1,7 @@
 #pragma once
 
+#include "services/service_installation.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -33,12 +35,10 @@ public:
     ServiceApp(const ServiceApp&) = default;
     ServiceApp& operator=(const ServiceApp&) = default;
 
-    /// Has the product's executable register the service; in an update the old service of that name is
-    /// removed first. 0 if name or configuration file are empty, -1 after a success and where it stopped with
-    /// a message, else the executable's failing exit code, which was reported; installService() distinguishes
-    /// them.
-    virtual int InstallService(const QString& serviceName, const QString& configurationFile, bool isUpdate,
-        const QString& imagePath, UserPrompts& prompts);
+    /// Has the product's executable register a service, announces it to all programs and rewrites its
+    /// dependency list. Reports the success and each failure but missing arguments to the person. It blocks
+    /// for up to 30 seconds, and the current directory of machine paths stays the executable's folder.
+    virtual InstallOutcome InstallService(const InstallRequest& request, UserPrompts& prompts);
 
     /// The services of a product, in stored order: those whose emulation type is the product's name with "_"
     /// for its blanks, without regard to case. 0, or -1 if the services can't be walked. Nothing is shown.
@@ -74,6 +74,9 @@ public:
     /// The system's text of an error number and the number, "Access is denied. (0x5)", or the number alone.
     static QString ErrorText(quint32 number);
 };
+
+/// The message with the reason for it: " Reason: " and ErrorText() of the number, nothing for 0.
+QString withReason(const QString& message, quint32 errorNumber);
 
 /// Runs a program and waits for its end, at most 30 seconds: its exit code, 259 if it runs on, 2 (reported)
 /// if it could not be created.
