@@ -1,40 +1,28 @@
 #include "services/service_management_dialog.h"
 
-#include "services/service_info.h"
-#include "support/fake_machine.h"
 #include "support/person.h"
+#include "support/service_bench.h"
 
 #include <QComboBox>
-#include <QKeyEvent>
 #include <QLineEdit>
 
 namespace quoril::test {
-
-using testing::HasSubstr;
 
 namespace {
 
 constexpr int Ok = 1, Cancel = 2, Status = 1017, StartType = 1020, Start = 1021, Stop = 1022, Apply = 1024;
 const QString Title = u"Service management dialog: "_s;
+const QString QueryFailed = u"Error: SERVICE-MANAGER: Failed to query status of service Quoril1"_s;
+const QString StartBox = u"Information: SERVICE-MANAGER: Please wait while service started..."_s;
 
-struct Console
+struct Console : ServiceBench
 {
-    FakeMachine machine;
-    ServiceInfo record;
-    FakeServiceControl::Script& script;
+    using ServiceBench::ServiceBench;
     Person person;
     int result = 0;
 
-    explicit Console(const QStringList& prerequisites = {})
-        : script(machine.addInstance(u"Quoril1"_s, prerequisites))
-    {
-        record.Name = u"Quoril1"_s;
-        record.ImagePath = u"C:\\Quoril\\emulator.exe"_s;
-        // Four seconds are forty milliseconds.
-        machine.fakeClock.timerScale = 0.01;
-    }
     /// Runs the dialog with the person acting on it, and gives what was seen.
-    std::string run(Person::Action action)
+    QStringList run(Person::Action action)
     {
         person.on(Title, std::move(action));
         QWidget frame;
@@ -42,22 +30,25 @@ struct Console
         ServiceManagementDialog dialog(&frame);
         dialog.SetService(record);
         result = dialog.exec();
-        EXPECT_EQ(person.left(), 0U);
-        EXPECT_EQ(machine.calls.open(), 0);
-        return person.seen.join(u'\n').toStdString();
+        return person.seen;
     }
+    static QString status(QWidget& window) { return Person::control<QLabel>(window, Status).text(); }
     void note(QWidget& window)
     {
-        const auto enabled = [&](int id) {
-            return window.findChild<QPushButton*>(QString::number(id))->isEnabled() ? u'+' : u'-';
-        };
-        person.seen.append(window.findChild<QLabel*>(QString::number(Status))->text() + enabled(Start)
-            + enabled(Stop) + enabled(Apply));
+        QString shown = status(window);
+        for (const int id : {Start, Stop, Apply})
+            shown += Person::control<QPushButton>(window, quint32(id)).isEnabled() ? u'+' : u'-';
+        person.seen.append(shown);
     }
-    static void pick(QWidget& window, Qt::Key key)
+    static void pickNext(QWidget& window)
     {
-        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
-        QApplication::sendEvent(window.findChild<QComboBox*>(QString::number(StartType)), &press);
+        Person::control<QComboBox>(window, StartType).setFocus();
+        Person::type(window, Qt::Key_Down);
+    }
+    static void pressEnabled(QWidget& window, int id)
+    {
+        Person::control<QPushButton>(window, quint32(id)).setEnabled(true);
+        Person::press(window, id);
     }
 };
 
@@ -74,28 +65,29 @@ TEST(ServiceManagementDialog, ShowsTheServiceAsItIs)
     const struct
     {
         quint32 state, startType;
-        const char* status;
+        QString status;
         int index;
     } cases[] = {
-        {service_state::Stopped, start_type::Automatic, "Stopped+--", 0},
-        {service_state::Running, start_type::Manual, "Started-+-", 1},
-        {service_state::Paused, start_type::Disabled, "Paused++-", 2},
-        {service_state::StartPending, start_type::Boot, "Unknown status++-", 0},
+        {service_state::Stopped, start_type::Automatic, u"Stopped+--"_s, 0},
+        {service_state::Running, start_type::Manual, u"Started-+-"_s, 1},
+        {service_state::Paused, start_type::Disabled, u"Paused++-"_s, 2},
+        {service_state::StartPending, start_type::Boot, u"Unknown status++-"_s, 0},
     };
     for (const auto& [state, startType, status, index] : cases) {
         Console console;
+        console.record.ImagePath = u"C:\\Quoril\\emulator.exe"_s;
         console.script.states = {state};
         console.script.config.startType = startType;
-        const std::string seen = console.run([&, index = index](QWidget& window) {
+        const QStringList seen = console.run([&, index = index](QWidget& window) {
             console.note(window);
-            EXPECT_EQ(window.findChild<QComboBox*>(QString::number(StartType))->currentIndex(), index);
-            EXPECT_EQ(window.findChild<QLineEdit*>(u"1003"_s)->text(), u"Quoril1"_s);
-            EXPECT_EQ(window.findChild<QLineEdit*>(u"1012"_s)->text(), console.record.ImagePath);
+            EXPECT_EQ(Person::control<QComboBox>(window, StartType).currentIndex(), index);
+            EXPECT_EQ(Person::control<QLineEdit>(window, 1003).text(), u"Quoril1");
+            EXPECT_EQ(Person::control<QLineEdit>(window, 1012).text(), console.record.ImagePath);
             Person::press(window, Ok);
         });
-        EXPECT_EQ(seen, Title.toStdString() + '\n' + status);
+        EXPECT_EQ(seen, QStringList({Title, status}));
         EXPECT_EQ(console.result, QDialog::Accepted);
-        EXPECT_THAT(console.machine.calls.takeLog().join(u' ').toStdString(), Not(HasSubstr("changeConfig")));
+        EXPECT_EQ(console.log(u"changeConfig"_s), QString());
     }
 }
 
@@ -103,13 +95,12 @@ TEST(ServiceManagementDialog, TheTimerFollowsTheStateAndAPauseLeavesTheButtons)
 {
     Console console;
     console.script.states = {service_state::Running};
-    const std::string seen = console.run([&](QWidget& window) {
-        auto* status = window.findChild<QLabel*>(QString::number(Status));
+    const QStringList seen = console.run([&](QWidget& window) {
         for (const quint32 state :
             {service_state::Paused, service_state::Stopped, service_state::StopPending}) {
-            const QString before = status->text();
+            const QString before = Console::status(window);
             console.script.states = {state};
-            EXPECT_TRUE(Person::waitFor([&] { return status->text() != before; }));
+            EXPECT_TRUE(Person::waitFor([&] { return Console::status(window) != before; }));
             console.note(window);
         }
         EXPECT_TRUE(window.parentWidget()->updatesEnabled());
@@ -117,16 +108,16 @@ TEST(ServiceManagementDialog, TheTimerFollowsTheStateAndAPauseLeavesTheButtons)
         EXPECT_TRUE(timer && timer->timerType() == Qt::PreciseTimer);
         Person::press(window, Cancel);
     });
-    EXPECT_EQ(seen, Title.toStdString() + "\nPaused-+-\nStopped+--\nUnknown status++-");
-    EXPECT_EQ(console.machine.fakeClock.timers, std::vector<quint32>{4000});
+    EXPECT_EQ(seen, QStringList({Title, u"Paused-+-"_s, u"Stopped+--"_s, u"Unknown status++-"_s}));
+    EXPECT_EQ(console.fakeClock.timers, std::vector<quint32>{4000});
 }
 
 TEST(ServiceManagementDialog, StartAndStopShowTheirBoxesInOrder)
 {
     Console console({u"Pre"_s});
-    console.machine.fakeServices.service(u"Pre"_s);
-    console.machine.fakeClock.onSleep = [] { EXPECT_EQ(cursor(), Qt::WaitCursor); };
-    const std::string seen = console.run([&](QWidget& window) {
+    auto& pre = console.fakeServices.service(u"Pre"_s);
+    console.fakeClock.onSleep = [] { EXPECT_EQ(cursor(), Qt::WaitCursor); };
+    const QStringList seen = console.run([&](QWidget& window) {
         Person::press(window, Start);
         console.note(window);
         console.script.errors[u"start"_s] = error::ServiceAlreadyRunning;
@@ -134,126 +125,94 @@ TEST(ServiceManagementDialog, StartAndStopShowTheirBoxesInOrder)
             EXPECT_EQ(cursor(), Qt::ArrowCursor) << "it waits for the person";
             Person::press(error, Ok);
         });
-        window.findChild<QPushButton*>(QString::number(Start))->setEnabled(true);
-        Person::press(window, Start);
+        Console::pressEnabled(window, Start);
         Person::press(window, Stop);
         console.note(window);
         console.script.errors[u"control"_s] = error::ServiceNotActive;
         console.person.on(u"Error"_s, Person::presses(Ok));
-        window.findChild<QPushButton*>(QString::number(Stop))->setEnabled(true);
-        Person::press(window, Stop);
-        Person::press(window, Cancel);
-    });
-    EXPECT_EQ(seen,
-        Title.toStdString()
-            + "\nInformation: SERVICE-MANAGER: Wait until pre-requisite service started"
-              "\nInformation: SERVICE-MANAGER: Please wait while service started..."
-              "\nStarted-+-"
-              "\nInformation: SERVICE-MANAGER: Please wait while service started..."
-              "\nError: Failed to start the service \"Quoril1\""
-              "\nInformation: Please wait while service stopped..."
-              "\nStopped+--"
-              "\nInformation: Please wait while service stopped..."
-              "\nError: Failed to stop the service \"Quoril1\"");
-    const auto& timers = console.machine.fakeClock.timers;
-    EXPECT_EQ(timers, (std::vector<quint32>{4000, 2000, 7000, 7000, 3000, 3000}));
-}
-
-TEST(ServiceManagementDialog, APrerequisiteThatStaysDownEndsTheStart)
-{
-    Console console({u"Pre"_s});
-    console.machine.fakeServices.service(u"Pre"_s).afterStart = {service_state::StartPending};
-    console.person.on(Title, [&](QWidget& window) {
-        console.person.on(
-            u"Error: SERVICE-MANAGER: Failed to start pre-requisite service"_s, Person::presses(Ok));
+        Console::pressEnabled(window, Stop);
+        pre.states = pre.afterStart = {service_state::StartPending};
+        console.log();
+        console.person.on(u"Error"_s, Person::presses(Ok));
         Person::press(window, Start);
+        EXPECT_EQ(console.log(u"start Quoril1"_s), QString()) << "its prerequisite stays down";
         Person::press(window, Cancel);
     });
-    QWidget frame;
-    ServiceManagementDialog dialog(&frame);
-    dialog.SetService(console.record);
-    EXPECT_EQ(dialog.exec(), QDialog::Rejected);
-    EXPECT_EQ(console.person.seen.size(), 3);
-    EXPECT_THAT(console.machine.calls.takeLog().join(u' ').toStdString(), Not(HasSubstr("start Quoril1")));
+    const QString preBox = u"Information: SERVICE-MANAGER: Wait until pre-requisite service started"_s;
+    const QString stopBox = u"Information: Please wait while service stopped..."_s;
+    EXPECT_EQ(seen,
+        QStringList({Title, preBox, StartBox, u"Started-+-"_s, StartBox,
+            u"Error: Failed to start the service \"Quoril1\""_s, stopBox, u"Stopped+--"_s, stopBox,
+            u"Error: Failed to stop the service \"Quoril1\""_s, preBox,
+            u"Error: SERVICE-MANAGER: Failed to start pre-requisite service"_s}));
+    EXPECT_EQ(console.fakeClock.timers, (std::vector<quint32>{4000, 2000, 7000, 7000, 3000, 3000, 2000}));
 }
 
 TEST(ServiceManagementDialog, AChosenStartTypeIsAppliedByApplyAndOkAndDroppedByCancel)
 {
+    const QString failure = u"Error: SERVICE-MANAGER: Failed to reconfigurate service Quoril1"_s;
     const struct
     {
         std::vector<int> buttons;
         quint32 startType;
         std::vector<quint32> timers;
+        QString seen = {};
+        std::map<QString, quint32> errors = {};
     } cases[] = {
         {{Cancel}, start_type::Manual, {4000}},
         {{Ok}, start_type::Disabled, {4000, 5000}},
         {{Apply, Ok}, start_type::Disabled, {4000, 5000}},
+        {{Ok}, start_type::Manual, {4000}, failure, {{u"changeConfig"_s, error::ServiceMarkedForDelete}}},
     };
-    for (const auto& [buttons, startType, timers] : cases) {
+    for (const auto& [buttons, startType, timers, seen, errors] : cases) {
         Console console;
-        console.run([&, &pressed = buttons](QWidget& window) {
-            Console::pick(window, Qt::Key_Down);
+        console.script.errors = errors;
+        console.run([&, &pressed = buttons, &error = seen](QWidget& window) {
+            Console::pickNext(window);
             console.note(window);
+            if (!error.isEmpty())
+                console.person.on(error, Person::presses(Ok));
             for (const int id : pressed)
                 Person::press(window, id);
         });
-        EXPECT_EQ(console.person.seen.value(1), u"Stopped+-+"_s);
+        EXPECT_EQ(console.person.seen.value(1), u"Stopped+-+");
         EXPECT_EQ(console.script.config.startType, startType);
-        EXPECT_EQ(console.machine.fakeClock.timers, timers);
+        EXPECT_EQ(console.fakeClock.timers, timers);
+        EXPECT_EQ(console.result, int(buttons.back() == Ok));
     }
-    Console console;
-    console.script.errors[u"changeConfig"_s] = error::ServiceMarkedForDelete;
-    console.run([&](QWidget& window) {
-        console.person.on(
-            u"Error: SERVICE-MANAGER: Failed to reconfigurate service Quoril1"_s, Person::presses(Ok));
-        Console::pick(window, Qt::Key_Down);
-        Person::press(window, Ok);
-    });
-    EXPECT_EQ(console.result, QDialog::Accepted);
 }
 
-TEST(ServiceManagementDialog, ALastingFailureShowsOneBoxAtATimeAndRefreshesBehindIt)
+TEST(ServiceManagementDialog, ALastingFailureShowsOneBoxAtATimeAndRefreshesUnderIt)
 {
     Console console;
-    const QString box = u"Error: SERVICE-MANAGER: Failed to query status of service Quoril1"_s;
-    int ticksBehind = 0;
     console.script.errors[u"queryStatus"_s] = error::AccessDenied;
-    console.person.on(box, Person::presses(Ok));
-    const std::string seen = console.run([&](QWidget& window) {
-        console.person.on(box, [&](QWidget& error) {
-            console.machine.calls.takeLog();
-            const auto queries = [&, log = QStringList()]() mutable {
-                log += console.machine.calls.takeLog().filter(u"queryStatus"_s);
-                ticksBehind = int(log.size());
-                return ticksBehind >= 3;
-            };
-            EXPECT_TRUE(Person::waitFor(queries));
+    console.person.on(QueryFailed, Person::presses(Ok));
+    const QStringList seen = console.run([&](QWidget& window) {
+        console.person.on(QueryFailed, [&](QWidget& error) {
+            console.log();
+            EXPECT_TRUE(Person::waitFor([&, ticks = 0LL]() mutable {
+                return (ticks += console.calls.takeLog(u"queryStatus"_s).size()) >= 3;
+            }));
             EXPECT_EQ(QApplication::activeModalWidget(), &error);
             console.script.errors.clear();
             console.script.states = {service_state::Running};
-            auto* status = window.findChild<QLabel*>(QString::number(Status));
-            EXPECT_TRUE(Person::waitFor([&] { return status->text() == u"Started"_s; }));
+            EXPECT_TRUE(Person::waitFor([&] { return Console::status(window) == u"Started"; }));
             Person::press(error, Ok);
         });
         EXPECT_TRUE(Person::waitFor([&] { return console.person.left() == 0; }));
         console.note(window);
         Person::press(window, Cancel);
     });
-    EXPECT_EQ(seen, (box + u'\n' + Title + u'\n' + box + u"\nStarted-+-"_s).toStdString());
+    EXPECT_EQ(seen, QStringList({QueryFailed, Title, QueryFailed, u"Started-+-"_s}));
 }
 
 TEST(ServiceManagementDialog, AFailureShownOverAWaitHoldsTheStartUntilItIsSeen)
 {
     Console console;
-    const QString box = u"Error: SERVICE-MANAGER: Failed to query status of service Quoril1"_s;
-    QStringList log;
-    const std::string seen = console.run([&](QWidget& window) {
+    const QStringList seen = console.run([&](QWidget& window) {
         console.script.errors[u"queryStatus"_s] = error::AccessDenied;
-        console.person.on(box, [&](QWidget& error) {
-            EXPECT_TRUE(Person::waitFor([&] {
-                log += console.machine.calls.takeLog();
-                return log.contains(u"sleep 1000"_s);
-            }));
+        console.person.on(QueryFailed, [&](QWidget& error) {
+            EXPECT_TRUE(Person::waitFor([&] { return !console.log(u"sleep 1000"_s).isEmpty(); }));
             console.script.errors.clear();
             Person::press(error, Ok);
         });
@@ -261,10 +220,7 @@ TEST(ServiceManagementDialog, AFailureShownOverAWaitHoldsTheStartUntilItIsSeen)
         console.note(window);
         Person::press(window, Cancel);
     });
-    EXPECT_EQ(seen,
-        (Title + u"\nInformation: SERVICE-MANAGER: Please wait while service started...\n"_s + box
-            + u"\nStarted-+-"_s)
-            .toStdString());
+    EXPECT_EQ(seen, QStringList({Title, StartBox, QueryFailed, u"Started-+-"_s}));
 }
 
 } // namespace quoril::test

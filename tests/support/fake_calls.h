@@ -2,8 +2,10 @@
 
 #include "formats/error.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 
@@ -17,12 +19,9 @@ public:
     /// Counts a call that can fail, and logs it unless the text is empty. The error that the plan has for it.
     std::optional<Error> note(const QString& call)
     {
-        const std::lock_guard lock(m_mutex);
         if (!call.isEmpty())
-            m_log.append(call);
-        if (++m_count != m_failAt)
-            return std::nullopt;
-        return Error{m_failWith, {}};
+            log(call);
+        return ++m_count == m_failAt ? std::make_optional(Error{m_failWith, {}}) : std::nullopt;
     }
     /// What a call that can fail gives: the error that the plan has for it, or what it makes.
     template <typename Given, typename Make> Given attempt(const QString& call, const Make& make)
@@ -41,55 +40,59 @@ public:
     /// Makes the n-th call from now on fail, counted from 1; 0 for none.
     void failAt(int n, quint32 number = error::AccessDenied)
     {
-        const std::lock_guard lock(m_mutex);
         m_count = 0;
         m_failAt = n;
         m_failWith = number;
     }
     /// The calls since the last failAt().
-    int count() const
+    int count() const { return m_count; }
+    /// The log so far, or what the pattern is found in of it; the log begins anew.
+    QStringList takeLog(const QString& pattern = {})
     {
         const std::lock_guard lock(m_mutex);
-        return m_count;
-    }
-    /// The log so far; it begins anew.
-    QStringList takeLog()
-    {
-        const std::lock_guard lock(m_mutex);
-        return std::exchange(m_log, {});
+        return std::exchange(m_log, {}).filter(QRegularExpression(pattern));
     }
     /// Handles, keys, locks, logs and files that are open.
-    int open() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_open;
-    }
-    void opened(int by)
-    {
-        const std::lock_guard lock(m_mutex);
-        m_open += by;
-    }
+    int open() const { return m_open; }
+    void opened(int by) { m_open += by; }
 
 private:
-    mutable std::mutex m_mutex;
+    std::mutex m_mutex;
     QStringList m_log;
-    int m_count = 0;
-    int m_failAt = 0;
-    quint32 m_failWith = error::AccessDenied;
-    int m_open = 0;
+    std::atomic<int> m_count = 0, m_failAt = 0, m_open = 0;
+    std::atomic<quint32> m_failWith = error::AccessDenied;
 };
 
 /// Counts as open for as long as it lives.
 class OpenMark
 {
 public:
-    explicit OpenMark(FakeCalls& calls) : m_calls(&calls) { calls.opened(1); }
-    ~OpenMark() { m_calls->opened(-1); }
+    explicit OpenMark(FakeCalls& calls) : m_calls(calls) { calls.opened(1); }
+    ~OpenMark() { m_calls.opened(-1); }
     OpenMark(const OpenMark&) = delete;
-    OpenMark& operator=(const OpenMark&) = delete;
 
 private:
-    FakeCalls* m_calls;
+    FakeCalls& m_calls;
+};
+
+/// A part of a FakeMachine.
+template <typename Interface> class FakePart : public Interface
+{
+public:
+    explicit FakePart(FakeCalls& calls) : m_calls(calls) { }
+
+protected:
+    FakeCalls& m_calls;
+};
+
+/// What a part has opened.
+template <typename Interface> class FakeHandle : public FakePart<Interface>
+{
+protected:
+    using FakePart<Interface>::FakePart;
+
+private:
+    OpenMark m_mark{this->m_calls};
 };
 
 } // namespace quoril::test

@@ -23,10 +23,10 @@
 namespace quoril::test {
 
 /// Time by hand. A sleep takes no time of its own: it is logged ("sleep 1000") and moves the clock.
-class FakeClock : public Clock
+class FakeClock : public FakePart<Clock>
 {
 public:
-    explicit FakeClock(FakeCalls& calls) : m_calls(calls) { }
+    using FakePart::FakePart;
 
     /// Sets the wall clock, in seconds since 1970-01-01 UTC.
     void setNow(qint64 seconds) { m_milliseconds = seconds * 1000; }
@@ -41,11 +41,17 @@ public:
     double timerScale = 0;
     /// The periods that window timers were asked for, in order.
     mutable std::vector<quint32> timers;
+    std::function<void()> onNow; ///< called when somebody asks for the wall clock
     std::function<void()> onSleep; ///< called while somebody sleeps
     /// Real milliseconds per millisecond of an interruptible wait. Not changed while a thread may wait.
     double waitScale = 0.01;
 
-    qint64 now() const override { return m_milliseconds / 1000; }
+    qint64 now() const override
+    {
+        if (onNow)
+            onNow();
+        return m_milliseconds / 1000;
+    }
     quint64 tickCount() const override { return m_ticks; }
     void sleep(quint32 milliseconds) override
     {
@@ -66,20 +72,18 @@ public:
     }
 
 private:
-    FakeCalls& m_calls;
     std::atomic<qint64> m_milliseconds{1'700'000'000'000};
     std::atomic<quint64> m_ticks{1000};
 };
 
-class FakeProcess : public Process
+class FakeProcess : public FakeHandle<Process>
 {
 public:
     FakeProcess(FakeCalls& calls, FakeClock& clock, quint32 exitCode, quint32 runsFor)
-        : m_calls(calls)
+        : FakeHandle(calls)
         , m_clock(clock)
         , m_exitCode(exitCode)
         , m_end(clock.tickCount() + runsFor)
-        , m_mark(calls)
     {
     }
 
@@ -96,29 +100,24 @@ public:
         return m_calls.attempt<Result<quint32>>(
             {}, [this] { return m_clock.tickCount() < m_end ? StillActive : m_exitCode; });
     }
+    // Nobody above the platform looks at what was ended.
     Status terminate(quint32 exitCode) override
     {
-        return m_calls.attempt<Status>(u"terminate "_s + QString::number(exitCode), [&] {
-            m_end = m_clock.tickCount();
-            m_exitCode = exitCode;
-            return Status();
-        });
+        return m_calls.attempt<Status>(u"terminate "_s + QString::number(exitCode), [] { return Status(); });
     }
 
 private:
-    FakeCalls& m_calls;
     FakeClock& m_clock;
     quint32 m_exitCode;
     quint64 m_end;
-    OpenMark m_mark;
 };
 
 /// Processes that run for a time of the manual clock and end with an exit code. Log: "create APP|COMMAND
 /// LINE", "wait 30000", "terminate CODE".
-class FakeProcesses : public Processes
+class FakeProcesses : public FakePart<Processes>
 {
 public:
-    FakeProcesses(FakeCalls& calls, FakeClock& clock) : m_calls(calls), m_clock(clock) { }
+    FakeProcesses(FakeCalls& calls, FakeClock& clock) : FakePart(calls), m_clock(clock) { }
 
     quint32 createError = error::Success;
     quint32 unfitError = error::Success; ///< of what canRun() is asked about
@@ -131,29 +130,25 @@ public:
         return m_calls.attempt<Given>(u"create "_s % applicationName % u'|' % commandLine, [this]() -> Given {
             if (createError)
                 return Error{createError, {}};
-            return std::unique_ptr<Process>(
-                std::make_unique<FakeProcess>(m_calls, m_clock, exitCode, runsFor));
+            return Given(std::make_unique<FakeProcess>(m_calls, m_clock, exitCode, runsFor));
         });
     }
     Status canRun(QStringView) const override { return unfitError ? Error{unfitError, {}} : Status(); }
 
 private:
-    FakeCalls& m_calls;
     FakeClock& m_clock;
 };
 
-class FakeSystemInfo : public SystemInfo
+class FakeSystemInfo : public FakePart<SystemInfo>
 {
 public:
-    explicit FakeSystemInfo(FakeCalls& calls) : m_calls(calls) { }
+    using FakePart::FakePart;
 
     QString name = QStringLiteral("HOST");
     /// The system's texts, without the line end that errorText() adds.
     QHash<quint32, QString> texts{{error::FileNotFound, QStringLiteral("File not found.")},
         {error::AccessDenied, QStringLiteral("Access is denied.")}};
-
     QHash<QString, QString> fileVersions; ///< by host path
-
     SystemVersion systemVersion;
     ProcessorInfo processorInfo;
     quint64 memory = 0;
@@ -184,56 +179,38 @@ public:
     {
         return texts.contains(number) ? texts.value(number) + u"\r\n"_s : QString();
     }
-
-private:
-    FakeCalls& m_calls;
 };
 
-class FakeWindow : public ForeignWindow
+class FakeWindow : public FakePart<ForeignWindow>
 {
 public:
-    FakeWindow(FakeCalls& calls, QString title, bool& iconic)
-        : m_calls(calls)
-        , m_title(std::move(title))
+    FakeWindow(FakeCalls& calls, QStringView title, bool iconic)
+        : FakePart(calls)
+        , m_title(title.toString())
         , m_iconic(iconic)
     {
     }
     bool isIconic() const override { return m_iconic; }
-    void restore() override
-    {
-        m_iconic = false;
-        m_calls.log(u"restore "_s + m_title);
-    }
+    void restore() override { m_calls.log(u"restore "_s + m_title); }
     void bringForward() override { m_calls.log(u"bring forward "_s + m_title); }
 
 private:
-    FakeCalls& m_calls;
     QString m_title;
-    bool& m_iconic;
-};
-
-class FakeSubscription : public MessageSubscription
-{
-public:
-    explicit FakeSubscription(std::function<void()> end) : m_end(std::move(end)) { }
-    ~FakeSubscription() override { m_end(); }
-
-private:
-    std::function<void()> m_end;
+    bool m_iconic;
 };
 
 /// The session. Log: "broadcast MESSAGE [past hung windows]", "lock workstation", "restore TITLE", "bring
 /// forward TITLE".
-class FakeSession : public Session
+class FakeSession : public FakePart<Session>
 {
 public:
-    explicit FakeSession(FakeCalls& calls) : m_calls(calls) { }
+    using FakePart::FakePart;
 
     QString userLanguage = QStringLiteral("ENU");
     QString systemLanguage = QStringLiteral("ENU");
     QHash<QString, bool> windows; ///< title to whether it is iconic
 
-    int subscriptions() const { return int(m_handlers->size()); }
+    int subscriptions() const { return int(m_handlers.size()); }
 
     QString abbreviatedLanguageName(Locale locale) const override
     {
@@ -242,22 +219,24 @@ public:
     std::unique_ptr<ForeignWindow> findWindow(QStringView title) override
     {
         const auto found = windows.find(title.toString());
-        return found == windows.end() ? nullptr : std::make_unique<FakeWindow>(m_calls, found.key(), *found);
+        return found == windows.end() ? nullptr : std::make_unique<FakeWindow>(m_calls, title, *found);
     }
     std::unique_ptr<MessageSubscription> subscribe(
         QStringView message, std::function<void()> handler) override
     {
-        const int id = m_nextHandler++;
-        m_handlers->emplace(id, std::pair(message.toString(), std::move(handler)));
-        return std::make_unique<FakeSubscription>([handlers = m_handlers, id] { handlers->erase(id); });
+        m_handlers.push_back(std::make_shared<Handler>(message.toString(), std::move(handler)));
+        const auto end = [this, handler = m_handlers.back()](void*) { std::erase(m_handlers, handler); };
+        auto subscription = std::make_unique<Subscription>();
+        subscription->end = std::shared_ptr<void>(nullptr, end);
+        return subscription;
     }
     void broadcast(QStringView message, HungWindows hung) override
     {
         m_calls.log(
             u"broadcast "_s % message % (hung == HungWindows::AreAwaited ? u""_s : u" past hung windows"_s));
-        for (const auto& [id, subscription] : Handlers(*m_handlers)) {
-            if (subscription.first == message)
-                subscription.second();
+        for (const auto& handler : std::vector(m_handlers)) {
+            if (handler->first == message)
+                handler->second();
         }
     }
     LockKeys lockKeys() const override { return {}; }
@@ -267,20 +246,21 @@ public:
     }
 
 private:
-    using Handlers = std::map<int, std::pair<QString, std::function<void()>>>;
-    FakeCalls& m_calls;
-    std::shared_ptr<Handlers> m_handlers = std::make_shared<Handlers>();
-    int m_nextHandler = 0;
+    using Handler = std::pair<QString, std::function<void()>>;
+    struct Subscription : MessageSubscription
+    {
+        std::shared_ptr<void> end; ///< its deleter takes the handler away
+    };
+    std::vector<std::shared_ptr<Handler>> m_handlers;
 };
 
-class FakeEventLog : public EventLog
+class FakeEventLog : public FakeHandle<EventLog>
 {
 public:
     FakeEventLog(FakeCalls& calls, const std::vector<EventEntry>& entries, EventSpan span)
-        : m_calls(calls)
+        : FakeHandle(calls)
         , m_entries(entries)
         , m_span(span)
-        , m_mark(calls)
     {
     }
     bool next(EventEntry& entry) override
@@ -296,20 +276,17 @@ public:
     }
 
 private:
-    FakeCalls& m_calls;
     const std::vector<EventEntry>& m_entries;
     EventSpan m_span;
     std::size_t m_next = 0;
-    OpenMark m_mark;
 };
 
 /// Event logs in memory, "System" and "Application".
-class FakeEventLogs : public EventLogs
+class FakeEventLogs : public FakePart<EventLogs>
 {
 public:
+    using FakePart::FakePart;
     using Entries = std::vector<EventEntry>;
-
-    explicit FakeEventLogs(FakeCalls& calls) : m_calls(calls) { }
 
     /// The entries by the log's name, the oldest first. A log that isn't there can't be opened.
     std::map<QString, Entries> logs{{QStringLiteral("System"), {}}, {QStringLiteral("Application"), {}}};
@@ -321,21 +298,21 @@ public:
             const auto found = logs.find(name.toString());
             if (found == logs.end())
                 return Error{error::FileNotFound, {}};
-            return std::unique_ptr<EventLog>(std::make_unique<FakeEventLog>(m_calls, found->second, span));
+            return Given(std::make_unique<FakeEventLog>(m_calls, found->second, span));
         });
     }
     // Nobody above the platform reports an event.
     Status report(QStringView, const EventEntry&) override { return Error{error::AccessDenied, {}}; }
-
-private:
-    FakeCalls& m_calls;
 };
 
 /// A machine that holds nothing but what a test puts into it. All its parts share one log, one count of open
-/// handles and one plan of failure. It is in force while it lives; make one for each case.
+/// handles and one plan of failure. It is in force while it lives, and all must be closed at its end; make one
+/// for each case.
 class FakeMachine : public Machine
 {
 public:
+    ~FakeMachine() override { EXPECT_EQ(calls.open(), 0) << "left open"; }
+
     FakeCalls calls;
     FakeClock fakeClock{calls};
     FakeRegistry fakeRegistry{calls};
@@ -347,13 +324,13 @@ public:
     FakeEventLogs fakeEventLogs{calls};
 
     /// Registers a stopped emulator service, in the registry and with the manager, with its prerequisites.
-    FakeServiceControl::Script& addInstance(const QString& name, const QStringList& prerequisites = {})
+    ServiceScript& addInstance(const QString& name, const QStringList& prerequisites = {})
     {
         const QString path = u"SYSTEM\\CurrentControlSet\\Services\\"_s + name;
         fakeRegistry.load(
             u"[%1]\nGroup=TargetPlatformEmulator\nDependOnService=multi:%2\n[%1\\Parameters]\nTargetPlatformEmulator=sample"_s
                 .arg(path, prerequisites.join(u'|')));
-        FakeServiceControl::Script& service = fakeServices.service(name);
+        ServiceScript& service = fakeServices.service(name);
         service.config.dependencies = prerequisites;
         return service;
     }

@@ -11,16 +11,16 @@ namespace quoril::test {
 
 using namespace Qt::StringLiterals;
 
-using ServiceStates = std::vector<quint32>;
-
 /// What a service does.
 struct ServiceScript
 {
-    ServiceStates states{service_state::Stopped}; ///< one for each query, the last one stays
-    ServiceStates afterStart{service_state::Running}; ///< the states from an accepted start on
-    ServiceStates afterStop{service_state::Stopped};
+    using States = std::vector<quint32>;
+
+    States states{service_state::Stopped}; ///< one for each query, the last one stays
+    States afterStart{service_state::Running}; ///< the states from an accepted start on
+    States afterStop{service_state::Stopped};
     ServiceConfig config{0x10, start_type::Manual, 1, {}, {}, {}, {}};
-    /// The error of an operation by its word in the log: open, queryStatus, queryConfig, start, control,
+    /// The error of an operation by its word in the log: queryStatus, queryConfig, start, control,
     /// changeConfig, delete.
     std::map<QString, quint32> errors;
     bool deleted = false;
@@ -28,15 +28,14 @@ struct ServiceScript
 };
 
 /// An open service.
-class FakeService : public Service
+class FakeService : public FakeHandle<Service>
 {
 public:
-    FakeService(FakeCalls& calls, ServiceScript& script, QString name, quint32 rights)
-        : m_calls(calls)
+    FakeService(FakeCalls& calls, ServiceScript& script, QStringView name, quint32 rights)
+        : FakeHandle(calls)
         , m_script(script)
-        , m_name(std::move(name))
+        , m_name(name.toString())
         , m_rights(rights)
-        , m_mark(calls)
     {
     }
 
@@ -82,8 +81,6 @@ public:
         return with<Status>(u"changeConfig"_s, service_access::ChangeConfig, what, [&] {
             if (change.startType != ServiceNoChange)
                 m_script.config.startType = change.startType;
-            if (change.dependencies)
-                m_script.config.dependencies = *change.dependencies;
             return Status();
         });
     }
@@ -108,21 +105,23 @@ private:
         });
     }
 
-    FakeCalls& m_calls;
     ServiceScript& m_script;
     QString m_name;
     quint32 m_rights;
-    OpenMark m_mark;
+};
+
+/// What the service managers work on.
+struct FakeDatabase
+{
+    std::map<QString, ServiceScript> services; ///< by name in upper case
+    bool locked = false; ///< by whomever
 };
 
 /// The lock of the database.
-class FakeLock : public ServiceDatabaseLock
+class FakeLock : public FakeHandle<ServiceDatabaseLock>
 {
 public:
-    FakeLock(FakeCalls& calls, bool& locked) : m_calls(calls), m_locked(locked), m_mark(calls)
-    {
-        m_locked = true;
-    }
+    FakeLock(FakeCalls& calls, bool& locked) : FakeHandle(calls), m_locked(locked) { m_locked = true; }
     ~FakeLock() override
     {
         m_locked = false;
@@ -130,25 +129,14 @@ public:
     }
 
 private:
-    FakeCalls& m_calls;
     bool& m_locked;
-    OpenMark m_mark;
 };
 
 /// An open service manager.
-class FakeManager : public ServiceManager
+class FakeManager : public FakeHandle<ServiceManager>
 {
 public:
-    struct Database
-    {
-        std::map<QString, ServiceScript> services; ///< by name in upper case
-        bool locked = false; ///< by whomever
-    };
-
-    FakeManager(FakeCalls& calls, Database& database)
-        : m_calls(calls)
-        , m_database(database)
-        , m_mark(calls) { }
+    FakeManager(FakeCalls& calls, FakeDatabase& database) : FakeHandle(calls), m_database(database) { }
     ~FakeManager() override { m_calls.log(u"close manager"_s); }
 
     Result<std::unique_ptr<Service>> openService(QStringView name, quint32 access) override
@@ -159,11 +147,7 @@ public:
             const auto found = m_database.services.find(upcase(name));
             if (found == m_database.services.end() || found->second.deleted)
                 return Error{error::ServiceDoesNotExist, {}};
-            if (const auto scripted = found->second.errors.find(u"open"_s);
-                scripted != found->second.errors.end())
-                return Error{scripted->second, {}};
-            return std::unique_ptr<Service>(
-                std::make_unique<FakeService>(m_calls, found->second, name.toString(), access));
+            return Given(std::make_unique<FakeService>(m_calls, found->second, name, access));
         });
     }
     // Nobody above the platform registers a service.
@@ -174,8 +158,7 @@ public:
         return m_calls.attempt<Given>(u"lock"_s, [this]() -> Given {
             if (m_database.locked)
                 return Error{error::ServiceDatabaseLocked, {}};
-            return std::unique_ptr<ServiceDatabaseLock>(
-                std::make_unique<FakeLock>(m_calls, m_database.locked));
+            return Given(std::make_unique<FakeLock>(m_calls, m_database.locked));
         });
     }
     QueryBlock allocate(std::size_t bytes) override
@@ -184,42 +167,31 @@ public:
     }
     Result<ServiceLockStatus> queryLockStatus(const QueryBlock&) override
     {
-        return m_calls.attempt<Result<ServiceLockStatus>>(u"queryLockStatus"_s, [this] {
-            return ServiceLockStatus{m_database.locked, u"HOST\\operator"_s, 1};
-        });
+        return m_calls.attempt<Result<ServiceLockStatus>>(
+            u"queryLockStatus"_s, [] { return ServiceLockStatus(); });
     }
 
 private:
-    FakeCalls& m_calls;
-    Database& m_database;
-    OpenMark m_mark;
+    FakeDatabase& m_database;
 };
 
 /// A service manager that follows a script. Each call is logged in the form "start A"; an open service and
 /// the manager with the rights asked for, "open A 0x14".
-class FakeServiceControl : public ServiceControl
+class FakeServiceControl : public FakePart<ServiceControl>
 {
 public:
-    using States = ServiceStates;
-    using Script = ServiceScript;
+    using FakePart::FakePart;
 
-    explicit FakeServiceControl(FakeCalls& calls) : m_calls(calls) { }
-
+    FakeDatabase database;
     /// The service of that name, made when there is none. Names match without regard to case.
-    Script& service(const QString& name) { return database.services[upcase(name)]; }
-
-    FakeManager::Database database;
+    ServiceScript& service(const QString& name) { return database.services[upcase(name)]; }
 
     Result<std::unique_ptr<ServiceManager>> openManager(quint32 access) override
     {
-        return m_calls.attempt<Result<std::unique_ptr<ServiceManager>>>(
-            u"manager 0x"_s + QString::number(access, 16), [this] {
-                return std::unique_ptr<ServiceManager>(std::make_unique<FakeManager>(m_calls, database));
-            });
+        using Given = Result<std::unique_ptr<ServiceManager>>;
+        return m_calls.attempt<Given>(u"manager 0x"_s + QString::number(access, 16),
+            [this] { return Given(std::make_unique<FakeManager>(m_calls, database)); });
     }
-
-private:
-    FakeCalls& m_calls;
 };
 
 } // namespace quoril::test
