@@ -176,19 +176,20 @@ TEST(InstallerCommandLine, RefusesWhatItCannotCarryBeforeAnythingIsChanged)
     };
     for (const auto& [name, configuration, image, refusal] : cases) {
         ServiceBench bench;
-        const QString told = unsafeArgument({name, configuration, true, image});
-        EXPECT_EQ(told.isEmpty(), refusal.isEmpty()) << told;
-        EXPECT_TRUE(told.contains(QRegularExpression(refusal))) << told;
-        CheckedInstaller installer;
-        (void)installer.InstallService(name, configuration, true, image, bench.prompts);
+        const InstallRequest request{name, configuration, true, image};
+        const QString fault = unsafeArgument(request);
+        EXPECT_EQ(fault.isEmpty(), refusal.isEmpty()) << fault;
+        EXPECT_TRUE(fault.contains(QRegularExpression(refusal))) << fault;
+        const InstallStep step = CheckedInstaller().InstallService(request, bench.prompts).step;
+        EXPECT_EQ(step == InstallStep::Refused, !refusal.isEmpty());
+        EXPECT_EQ(step == InstallStep::Done, name == u"Quoril1");
         const QString events = eventsOn(bench);
-        EXPECT_EQ(events == u"message "_s + told, !refusal.isEmpty()) << events.left(200);
-        EXPECT_EQ(installer.installed(), int(name == u"Quoril1")) << events.left(200);
-        EXPECT_EQ(installer.asked(), 1);
+        EXPECT_EQ(events == u"message "_s + fault, !refusal.isEmpty()) << events.left(200);
     }
     ServiceBench bench;
     bench.fakeProcesses.unfitError = error::AccessDenied;
-    CheckedInstaller().InstallService(u"Quoril1"_s, Configuration, true, u'"' + Image + u'"', bench.prompts);
+    (void)CheckedInstaller().InstallService(
+        {u"Quoril1"_s, Configuration, true, u'"' + Image + u'"'}, bench.prompts);
     EXPECT_EQ(eventsOn(bench), Failed + u" Reason: Access is denied. (0x5)"_s);
     // The longest line that Windows takes.
     const qsizetype rest = Configuration.size() + Image.size() + 18;

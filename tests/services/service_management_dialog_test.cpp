@@ -212,7 +212,9 @@ TEST(ServiceManagementDialog, AFailureShownOverAWaitHoldsTheStartUntilItIsSeen)
     const QStringList seen = console.run([&](QWidget& window) {
         console.script.errors[u"queryStatus"_s] = error::AccessDenied;
         console.person.on(QueryFailed, [&](QWidget& error) {
-            EXPECT_TRUE(Person::waitFor([&] { return !console.log(u"sleep 1000"_s).isEmpty(); }));
+            EXPECT_TRUE(Person::waitFor([&, log = QStringList()]() mutable {
+                return (log += console.calls.takeLog()).contains(u"sleep 1000"_s);
+            }));
             console.script.errors.clear();
             Person::press(error, Ok);
         });

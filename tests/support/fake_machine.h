@@ -306,8 +306,8 @@ public:
 };
 
 /// A machine that holds nothing but what a test puts into it. All its parts share one log, one count of open
-/// handles and one plan of failure. It is in force while it lives, and all must be closed at its end; make one
-/// for each case.
+/// handles and one plan of failure. It is in force while it lives, and all must be closed at its end; make
+/// one for each case.
 class FakeMachine : public Machine
 {
 public:
