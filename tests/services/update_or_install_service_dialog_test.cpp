@@ -17,12 +17,6 @@ namespace {
 
 namespace choice = update_or_install_dialog;
 
-void type(QWidget& window, const QString& text)
-{
-    for (const QChar unit : text)
-        Person::type(window, unit.unicode(), {}, QString(unit));
-}
-
 /// The choice for the product "Sample" on a machine whose executable succeeds.
 struct Bench
 {
@@ -39,7 +33,7 @@ struct Bench
         dialog.ImagePath = u"C:\\x.exe"_s;
         dialog.Installer = &installer;
     }
-    QStringList ran() { return machine.calls.takeLog().filter(u"create "_s); }
+    QStringList ran() { return machine.calls.takeLog(u"^create "_s); }
 };
 
 } // namespace
@@ -60,7 +54,7 @@ TEST(UpdateOrInstallServiceDlg, InstallsByTheKeyboardAloneAndAsksForAName)
         EXPECT_EQ(Person::control<QLineEdit>(window, install_dialog::Product).text(), u"Sample"_s);
         EXPECT_FALSE(Person::control<QLineEdit>(window, install_dialog::Configuration).isEnabled());
         Person::type(window, Qt::Key_Return);
-        type(window, u"New Juno"_s);
+        Person::type(window, Qt::Key_N, {}, u"New Juno"_s);
         Person::type(window, Qt::Key_Return);
     });
     bench.person.closes(u"Please, entry the new Service name."_s);
@@ -82,7 +76,7 @@ TEST(UpdateOrInstallServiceDlg, UpdatesTheChosenServiceOfTheProduct)
         auto& services = Person::control<QComboBox>(window, update_dialog::Services);
         EXPECT_EQ(services.count(), 2);
         EXPECT_EQ(services.currentText(), u"ZETA"_s);
-        type(window, u"x"_s);
+        Person::type(window, Qt::Key_X, {}, u"x"_s);
         EXPECT_EQ(services.currentText(), u"ZETA"_s);
         Person::type(window, Qt::Key_Down);
         EXPECT_FALSE(Person::control<QPushButton>(window, update_dialog::Update).isDefault());
@@ -117,11 +111,9 @@ TEST(UpdateOrInstallServiceDlg, LeavingInstallsNothing)
         EXPECT_EQ(bench.dialog.ResultName, QString());
         EXPECT_FALSE(bench.dialog.Outcome);
     }
-    for (const bool byKey : {false, true}) {
+    for (const auto& leave : {Person::types(Qt::Key_Escape), Person::presses(choice::Return)}) {
         Bench bench;
-        bench.person.on(u"Update / Install"_s, [&](QWidget& window) {
-            byKey ? Person::type(window, Qt::Key_Escape) : Person::press(window, choice::Return);
-        });
+        bench.person.on(u"Update / Install"_s, leave);
         EXPECT_EQ(bench.dialog.exec(), QDialog::Accepted);
         EXPECT_EQ(bench.person.seen.size(), 1);
     }

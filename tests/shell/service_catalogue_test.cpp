@@ -8,41 +8,19 @@
 namespace quoril::test {
 namespace {
 
-class ServiceCatalogueTest : public testing::Test
+struct Catalogue : FakeMachine
 {
-protected:
-    FakeMachine m_machine;
-    CQuorilManagerDoc m_document;
+    CQuorilManagerDoc document;
 
-    QStringList scan()
+    Catalogue()
     {
-        m_document.ClearServices();
-        EXPECT_TRUE(ScanServices(m_document));
-        EXPECT_EQ(m_machine.calls.open(), 0);
-        QStringList names;
-        for (const ServiceInfo& service : m_document.m_services)
-            names.append(service.Name);
-        return names;
-    }
-};
-
-const QString Full = QStringLiteral(R"([SYSTEM\CurrentControlSet\Services\Zeta]
+        fakeRegistry.load(uR"([SYSTEM\CurrentControlSet\Services\Zeta]
 Group=TargetPlatformEmulator
 ImagePath=C:\q\emu.exe -x
 DisplayName=The Zeta
 [SYSTEM\CurrentControlSet\Services\Zeta\Parameters]
 TargetPlatformEmulator=Platform_1
 Home=C:\a
-[SYSTEM\CurrentControlSet\Services\Zeta\Parameters\session\log\0]
-Value=..\z.log
-[SYSTEM\CurrentControlSet\Services\Zeta\Parameters\ram\size\0]
-Value=512
-[SYSTEM\CurrentControlSet\Services\Zeta\Parameters\cpu\ace_enable\0]
-Value=yes
-[SYSTEM\CurrentControlSet\Services\Zeta\Parameters\rom\container\0]
-Value=rom.bin
-[SYSTEM\CurrentControlSet\Services\Zeta\Parameters\toy\container\0]
-Value=toy.bin
 [SYSTEM\CurrentControlSet\Services\Other]
 Group=Network
 [SYSTEM\CurrentControlSet\Services\Alpha]
@@ -56,110 +34,109 @@ Group=TargetPlatformEmulator
 [SYSTEM\CurrentControlSet\Services\NoValue\Parameters]
 Home=C:\b
 )");
-
-TEST_F(ServiceCatalogueTest, ListsTheInstancesInStoredOrderWithTheirSettings)
-{
-    m_machine.fakeRegistry.load(Full);
-    EXPECT_EQ(scan(), QStringList({QStringLiteral("Zeta"), QStringLiteral("Alpha")}));
-    const ServiceInfo& full = m_document.m_services[0];
-    EXPECT_EQ(QStringList({full.EmulationType, full.ImagePath, full.DisplayName, full.HomeDir, full.LogFile,
-                  full.RamSize, full.AceEnable, full.RomContainer, full.ToyContainer}),
-        QStringLiteral("Platform_1|C:\\q\\emu.exe -x|The Zeta|C:\\a\\|C:\\z.log|512|yes|rom.bin|toy.bin")
-            .split(u'|'));
-    const ServiceInfo& bare = m_document.m_services[1];
-    EXPECT_EQ(bare.HomeDir + bare.LogFile + bare.RamSize + bare.ImagePath + bare.DisplayName, QString());
-
-    for (const bool wow64 : {false, true}) {
-        m_machine.fakeRegistry.wow64 = wow64;
-        m_machine.fakeRegistry.asked.clear();
-        scan();
-        const QString mask = wow64 ? QStringLiteral(" 0xf013f") : QStringLiteral(" 0xf003f");
-        EXPECT_EQ(m_machine.fakeRegistry.asked.filter(mask), m_machine.fakeRegistry.asked);
-        EXPECT_GT(m_machine.fakeRegistry.asked.size(), 30);
+        for (const auto& [place, value] : {std::pair(u"session\\log"_s, u"..\\z.log"_s),
+                 {u"ram\\size"_s, u"512"_s}, {u"cpu\\ace_enable"_s, u"yes"_s},
+                 {u"rom\\container"_s, u"rom.bin"_s}, {u"toy\\container"_s, u"toy.bin"_s}})
+            EXPECT_TRUE(
+                fakeRegistry.key(Zeta + u"\\Parameters\\"_s + place + u"\\0"_s)->setText(u"Value", value));
     }
-}
-
-TEST_F(ServiceCatalogueTest, BuffersHaveTheirLimitsInBytes)
-{
-    m_machine.fakeRegistry.load(Full);
-    const auto setText = [this](QStringView name, const QString& value) {
-        return m_machine.fakeRegistry.key(u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters")
-            ->setText(name, value)
-            .ok();
-    };
-    // 254 units and the closing zero are 510 bytes; one more unit is too much for 511.
-    ASSERT_TRUE(setText(u"Home", QString(254, u'h')));
-    scan();
-    EXPECT_EQ(m_document.m_services[0].HomeDir, QString(254, u'h') + u'\\');
-    ASSERT_TRUE(setText(u"Home", QString(255, u'h')));
-    ASSERT_TRUE(setText(u"TargetPlatformEmulator", QString(510, u't')));
-    scan();
-    EXPECT_EQ(m_document.m_services[0].HomeDir, QString());
-    EXPECT_EQ(m_document.m_services[0].LogFile, QStringLiteral("\\z.log"));
-    EXPECT_EQ(m_document.m_services[0].EmulationType.size(), 510);
-    ASSERT_TRUE(setText(u"TargetPlatformEmulator", QString(511, u't')));
-    EXPECT_EQ(scan(), QStringList(QStringLiteral("Alpha")));
-}
-
-TEST_F(ServiceCatalogueTest, ARefusedKeyCostsWhatLiesBelowItAndNothingElse)
-{
-    struct
+    /// The names of the instances that a scan finds.
+    QString scan(quint32 error = error::Success)
     {
-        QStringView path;
-        quint32 error;
-        QString names;
-        QString ram;
-    } const cases[] = {
-        {u"SYSTEM", error::AccessDenied, {}, {}},
-        {u"SYSTEM\\CurrentControlSet", error::AccessDenied, {}, {}},
-        {u"SYSTEM\\CurrentControlSet\\Services", error::AccessDenied, {}, {}},
-        {u"SYSTEM\\CurrentControlSet\\Services\\Zeta", 0, QStringLiteral("Alpha"), {}},
-        {u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters", 0, QStringLiteral("Alpha"), {}},
-        {u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters\\ram", 0, QStringLiteral("Zeta Alpha"), {}},
-        {u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters\\ram\\size\\0", 0,
-            QStringLiteral("Zeta Alpha"), {}},
-        {u"SYSTEM\\CurrentControlSet\\Services\\Other", 0, QStringLiteral("Zeta Alpha"),
-            QStringLiteral("512")},
-    };
-    for (const auto& row : cases) {
-        FakeMachine machine;
-        machine.fakeRegistry.load(Full);
-        machine.fakeRegistry.refuse(row.path, key_access::SetValue);
-        CQuorilManagerDoc document;
-        EXPECT_EQ(ScanServices(document).errorNumber(), row.error);
+        document.ClearServices();
+        EXPECT_EQ(ScanServices(document).errorNumber(), error);
         QStringList names;
         for (const ServiceInfo& service : document.m_services)
             names.append(service.Name);
-        EXPECT_EQ(names.join(u' '), row.names) << row.path;
-        EXPECT_EQ(document.m_services.empty() ? QString() : document.m_services[0].RamSize, row.ram);
-        EXPECT_EQ(machine.calls.open(), 0);
+        return names.join(u' ');
+    }
+    static inline const QString Zeta = u"SYSTEM\\CurrentControlSet\\Services\\Zeta"_s;
+};
+
+TEST(ServiceCatalogue, ListsTheInstancesInStoredOrderWithTheirSettings)
+{
+    Catalogue catalogue;
+    for (const bool wow64 : {false, true}) {
+        catalogue.fakeRegistry.wow64 = wow64;
+        catalogue.fakeRegistry.asked.clear();
+        EXPECT_EQ(catalogue.scan(), u"Zeta Alpha");
+        const QStringList& asked = catalogue.fakeRegistry.asked;
+        EXPECT_EQ(asked.filter(wow64 ? u" 0xf013f"_s : u" 0xf003f"_s), asked);
+        EXPECT_GT(asked.size(), 30);
+    }
+    const ServiceInfo& full = catalogue.document.m_services[0];
+    EXPECT_EQ(QStringList({full.EmulationType, full.ImagePath, full.DisplayName, full.HomeDir, full.LogFile,
+                              full.RamSize, full.AceEnable, full.RomContainer, full.ToyContainer})
+                  .join(u'|'),
+        u"Platform_1|C:\\q\\emu.exe -x|The Zeta|C:\\a\\|C:\\z.log|512|yes|rom.bin|toy.bin");
+    const ServiceInfo& bare = catalogue.document.m_services[1];
+    EXPECT_EQ(bare.HomeDir + bare.LogFile + bare.RamSize + bare.ImagePath + bare.DisplayName, QString());
+}
+
+TEST(ServiceCatalogue, BuffersHaveTheirLimitsInBytes)
+{
+    // 254 units and the closing zero are 510 bytes; one more unit is too much for 511.
+    Catalogue catalogue;
+    const RegistryKeyHandle key = catalogue.fakeRegistry.key(Catalogue::Zeta + u"\\Parameters"_s);
+    const auto& services = catalogue.document.m_services;
+    ASSERT_TRUE(key->setText(u"Home", QString(254, u'h')));
+    catalogue.scan();
+    EXPECT_EQ(services[0].HomeDir, QString(254, u'h') + u'\\');
+    ASSERT_TRUE(key->setText(u"Home", QString(255, u'h')));
+    ASSERT_TRUE(key->setText(u"TargetPlatformEmulator", QString(510, u't')));
+    catalogue.scan();
+    EXPECT_EQ(services[0].HomeDir, QString());
+    EXPECT_EQ(services[0].LogFile, u"\\z.log");
+    EXPECT_EQ(services[0].EmulationType.size(), 510);
+    ASSERT_TRUE(key->setText(u"TargetPlatformEmulator", QString(511, u't')));
+    EXPECT_EQ(catalogue.scan(), u"Alpha");
+}
+
+TEST(ServiceCatalogue, ARefusedKeyCostsWhatLiesBelowItAndNothingElse)
+{
+    const struct
+    {
+        QStringView path;
+        quint32 error;
+        QStringView names, ram;
+    } cases[] = {
+        {u"SYSTEM", error::AccessDenied, {}, {}},
+        {u"SYSTEM\\CurrentControlSet", error::AccessDenied, {}, {}},
+        {u"SYSTEM\\CurrentControlSet\\Services", error::AccessDenied, {}, {}},
+        {u"SYSTEM\\CurrentControlSet\\Services\\Zeta", 0, u"Alpha", {}},
+        {u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters", 0, u"Alpha", {}},
+        {u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters\\ram", 0, u"Zeta Alpha", {}},
+        {u"SYSTEM\\CurrentControlSet\\Services\\Zeta\\Parameters\\ram\\size\\0", 0, u"Zeta Alpha", {}},
+        {u"SYSTEM\\CurrentControlSet\\Services\\Other", 0, u"Zeta Alpha", u"512"},
+    };
+    for (const auto& row : cases) {
+        Catalogue catalogue;
+        catalogue.fakeRegistry.refuse(row.path, key_access::SetValue);
+        EXPECT_EQ(catalogue.scan(row.error), row.names) << row.path;
+        const auto& services = catalogue.document.m_services;
+        EXPECT_EQ(services.empty() ? QString() : services[0].RamSize, row.ram);
     }
 }
 
-TEST_F(ServiceCatalogueTest, EveryFailingCallLeavesNothingOpen)
+TEST(ServiceCatalogue, EveryFailingCallLeavesNothingOpen)
 {
-    m_machine.fakeRegistry.load(Full);
-    m_machine.calls.failAt(0);
-    static_cast<void>(ScanServices(m_document));
-    const int calls = m_machine.calls.count();
+    Catalogue catalogue;
+    catalogue.calls.failAt(0);
+    catalogue.scan();
+    const int calls = catalogue.calls.count();
     ASSERT_GT(calls, 20);
     for (int call = 1; call <= calls; ++call) {
-        m_machine.calls.failAt(call);
-        m_document.ClearServices();
-        static_cast<void>(ScanServices(m_document));
-        EXPECT_LE(m_document.m_services.size(), 2U);
-        EXPECT_EQ(m_machine.calls.open(), 0) << call;
+        catalogue.calls.failAt(call);
+        catalogue.document.ClearServices();
+        static_cast<void>(ScanServices(catalogue.document));
+        EXPECT_LE(catalogue.document.m_services.size(), 2U);
+        EXPECT_EQ(catalogue.calls.open(), 0) << call;
     }
 }
 
 TEST(LogPath, IsMadeAbsoluteWithTheHome)
 {
-    struct
-    {
-        QStringView home;
-        QStringView log;
-        QStringView expected;
-    } const cases[] = {
+    const std::array<QStringView, 3> cases[] = {
         {u"C:\\a\\b\\", u"x.log", u"C:\\a\\b\\x.log"},
         {u"C:\\a\\b\\", u"sub\\x.log", u"C:\\a\\b\\sub\\x.log"},
         {u"C:\\a\\b\\", u".\\x.log", u"C:\\a\\b\\x.log"},
@@ -173,27 +150,24 @@ TEST(LogPath, IsMadeAbsoluteWithTheHome)
         {u"", u"./x.log", u"x.log"},
         {u"", u"../x.log", u"\\x.log"},
     };
-    for (const auto& row : cases) {
+    for (const auto& [home, log, expected] : cases) {
         ServiceInfo service;
-        service.HomeDir = row.home.toString();
-        service.LogFile = row.log.toString();
+        service.HomeDir = home.toString();
+        service.LogFile = log.toString();
         MakeLogPathAbsolute(service);
-        EXPECT_EQ(service.LogFile, row.expected.toString());
+        EXPECT_EQ(service.LogFile, expected);
     }
 }
 
 TEST(ServiceRecord, ACopyLeavesTheDeviceScanOut)
 {
-    ServiceInfo service;
-    service.Name = QStringLiteral("A");
-    service.pka[1].Units[3].Value = QStringLiteral("disk");
+    ServiceInfo service, assigned;
+    service.Name = u"A"_s;
     service.m_devices->resize(2);
-    ServiceInfo assigned;
     assigned.m_devices->resize(1);
     assigned = service;
     for (const ServiceInfo& copy : {ServiceInfo(service), assigned}) {
-        EXPECT_EQ(copy.Name, service.Name);
-        EXPECT_EQ(copy.pka[1].Units[3].Value, QStringLiteral("disk"));
+        EXPECT_EQ(copy.Name, u"A");
         EXPECT_TRUE(copy.m_devices->empty());
     }
     EXPECT_EQ(service.m_devices->size(), 2U);
@@ -201,11 +175,7 @@ TEST(ServiceRecord, ACopyLeavesTheDeviceScanOut)
 
 TEST(Version, IsReadFromTheFirstDigitOn)
 {
-    struct
-    {
-        QStringView text;
-        std::array<qint32, 4> numbers;
-    } const cases[] = {
+    const std::pair<QStringView, std::array<qint32, 4>> cases[] = {
         {u"1.14", {1, 14, 0, 0}},
         {u"V 2.3.4.5 beta", {2, 3, 4, 5}},
         {u"7 . 8", {7, 0, 0, 0}},
@@ -213,9 +183,9 @@ TEST(Version, IsReadFromTheFirstDigitOn)
         {u"none", {0, 0, 0, 0}},
         {u"99999999999.1", {0x7FFFFFFF, 1, 0, 0}},
     };
-    for (const auto& row : cases) {
-        const VersionRecord version = VersionRecord::parse(row.text);
-        EXPECT_EQ((std::array{version.major, version.minor, version.sub_minor, version.build}), row.numbers);
+    for (const auto& [text, numbers] : cases) {
+        const VersionRecord version = VersionRecord::parse(text);
+        EXPECT_EQ((std::array{version.major, version.minor, version.sub_minor, version.build}), numbers);
     }
     const VersionRecord longest = VersionRecord::parse(QString(1022, u'v') + u"12.3"_s);
     EXPECT_EQ(longest.version_text.size(), 255);
