@@ -7,8 +7,10 @@
 #include "platform/tree/tree_service_state.h"
 #include "support/temporary_tree.h"
 
+#include <QCoreApplication>
 #include <QDirIterator>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -35,7 +37,7 @@ struct Disk
     bool hasCome = false;
 };
 Disk disk;
-bool isBornForOthers = false; // a file was made that more than its owner could open
+std::atomic<bool> isBornForOthers = false; // a file was made that more than its owner could open
 
 /// Whether this step finds no room; a step that only moves or removes always finds some.
 bool faultComes(bool needsRoom)
@@ -62,7 +64,8 @@ bool fails(bool needsRoom)
 int openStep(int folder, const char* path, int flags, int mode)
 {
     const bool makes = (flags & O_CREAT) != 0 && ::faccessat(folder, path, F_OK, 0) != 0;
-    isBornForOthers |= makes && (mode & 077) != 0;
+    if (makes && (mode & 077) != 0)
+        isBornForOthers = true;
     return makes && fails(true) ? -1 : int(::syscall(SYS_openat, folder, path, flags, mode));
 }
 
@@ -180,7 +183,7 @@ struct Change
 {
     const char* name;
     Status (*make)(TreeMachine&);
-    bool mayShow = false; ///< a step behind the one that counts can fail: told, and there all the same
+    bool mayShow = false; ///< a step after the one that counts can fail: reported, and there all the same
 };
 
 const Change Changes[] = {
@@ -254,7 +257,7 @@ protected:
     }
 };
 
-TEST_P(DiskFaultsTest, AFullDiskIsToldAndLosesNothing)
+TEST_P(DiskFaultsTest, AFullDiskIsReportedAndLosesNothing)
 {
     int steps = 0;
     for (const Fault fault : {Fault::FullOnce, Fault::Full}) {
@@ -316,6 +319,8 @@ INSTANTIATE_TEST_SUITE_P(Each, DiskFaultsTest, testing::ValuesIn(Changes),
 
 TEST(SampleMachineFaultsTest, AKilledMakingLeavesNoMachineOrAWholeOne)
 {
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
     const TemporaryTree folder;
     const auto services = [](const QString& place) {
         TreeMachine machine(place);
