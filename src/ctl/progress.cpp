@@ -14,7 +14,7 @@ Progress::Progress(Console& console, QString text) : m_console(console), m_text(
     try {
         m_thread = std::thread(&Progress::run, this);
     } catch (const std::system_error&) {
-        // Without a thread the work goes on untold.
+        // Without a thread the work goes on unreported.
     }
 }
 

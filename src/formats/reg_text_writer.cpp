@@ -124,10 +124,10 @@ private:
 
 void Writer::refuse(QStringView path, const char* why)
 {
-    constexpr qsizetype MostTold = 5;
-    if (++m_obstacles <= MostTold)
+    constexpr qsizetype MostListed = 5;
+    if (++m_obstacles <= MostListed)
         m_loss += (m_loss.isEmpty() ? u""_s : u"; "_s) + shown(path) + u": "_s + QLatin1StringView(why);
-    else if (m_obstacles == MostTold + 1)
+    else if (m_obstacles == MostListed + 1)
         m_loss += u"; and more"_s;
 }
 

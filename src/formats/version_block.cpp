@@ -57,11 +57,11 @@ std::optional<std::pair<Node, std::size_t>> takeNode(Bytes bytes)
     const bool isText = numberAt(bytes, 4) == 1;
     Node node{textAt(bytes, Node::HeaderSize), {}, {}};
     const std::size_t nameEnd = Node::HeaderSize + 2 * (std::size_t(node.name.size()) + 1);
-    const Bytes behindName = bytes.subspan(std::min(aligned(nameEnd), length));
+    const Bytes afterName = bytes.subspan(std::min(aligned(nameEnd), length));
     // The size of a text counts units, but some tools count bytes: the node's end bounds both.
     const std::size_t size = numberAt(bytes, 2) * std::size_t(isText ? 2 : 1);
-    node.value = behindName.first(std::min(size, behindName.size()));
-    node.children = behindName.subspan(std::min(aligned(node.value.size()), behindName.size()));
+    node.value = afterName.first(std::min(size, afterName.size()));
+    node.children = afterName.subspan(std::min(aligned(node.value.size()), afterName.size()));
     return std::pair(node, length);
 }
 

@@ -80,26 +80,26 @@ TEST_F(QuorilctlSessionTest, WhatIsNoFileStaysWhatItIs)
         {u"mkdir victim; touch victim/x; ln -s victim X.new; quorilctl machine create X && ls victim/x X/Windows"_s,
             "System32"},
     };
-    for (const auto& [script, told] : cases) {
+    for (const auto& [script, says] : cases) {
         const Run done
             = shell(u"exec 2>&1; export XDG_DATA_HOME=$PWD; demo() { quorilctl --machine demo \"$@\"; }\n"_s
                 + script);
         EXPECT_EQ(done.code, 0) << script << done.output;
-        EXPECT_TRUE(done.output.contains(told)) << script << done.output;
+        EXPECT_TRUE(done.output.contains(says)) << script << done.output;
     }
 }
 
 TEST_F(QuorilctlSessionTest, NoPathCommandsTheTerminal)
 {
     ASSERT_EQ(run({u"machine"_s, u"create"_s, m_folder.filePath(u"demo"_s)}).code, 0);
-    const QByteArray told
+    const QByteArray says
         = shell(u"export QUORIL_MACHINE=$'d\\e[2J\\xe2\\x80\\xae\\xc2\\x9b' LC_ALL=C.UTF-8\n"
                 "script -qec 'quorilctl list' /dev/null\n"
                 "mv demo \"$QUORIL_MACHINE\" && cd \"$QUORIL_MACHINE\"/Windows/System32/config\n"
                 "rm SYSTEM && mkdir SYSTEM && cd - && script -qec 'quorilctl list' /dev/null"_s)
               .output;
-    EXPECT_GE(told.count("d\\u001b[2J\\u202e\\u009b"), 2) << told;
-    EXPECT_FALSE(told.contains("\x1b[2J") || told.contains("\u202e") || told.contains("\u009b"));
+    EXPECT_GE(says.count("d\\u001b[2J\\u202e\\u009b"), 2) << says;
+    EXPECT_FALSE(says.contains("\x1b[2J") || says.contains("\u202e") || says.contains("\u009b"));
 }
 
 } // namespace

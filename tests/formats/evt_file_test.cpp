@@ -189,7 +189,7 @@ TEST(EvtReader, EndsSoonOnGroundMadeToHurt)
 TEST(EvtRealLog, IsReadAsEvtexportReadsIt)
 {
     const QByteArray log = realData(u"SysEvent.Evt"_s);
-    const QByteArray text = toldBy(u"evtexport"_s, {}, log);
+    const QByteArray text = outputOf(u"evtexport"_s, {}, log);
     if (log.isEmpty() || text.isEmpty())
         GTEST_SKIP() << "no real log or no evtexport";
     // The other lines of the export give times, types, categories and data in words.

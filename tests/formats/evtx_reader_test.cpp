@@ -71,7 +71,7 @@ void readElement(QXmlStreamReader& xml, EventEntry& entry, quint64& keywords)
     }
 }
 
-/// The events that evtxexport makes of a log, by number; the XML tells no time of writing.
+/// The events that evtxexport makes of a log, by number; the XML has no time of writing.
 std::map<quint32, EventEntry> exportedEvents(const QByteArray& text)
 {
     std::map<quint32, EventEntry> events;
@@ -112,7 +112,7 @@ TEST(EvtxRealLog, IsReadAsEvtxexportReadsIt)
         const QString name = QString::fromUtf16(real.name);
         SCOPED_TRACE(qPrintable(name));
         const QByteArray log = realData(name);
-        const QByteArray text = toldBy(u"evtxexport"_s, {u"-f"_s, u"xml"_s}, log);
+        const QByteArray text = outputOf(u"evtxexport"_s, {u"-f"_s, u"xml"_s}, log);
         if (log.isEmpty() || text.isEmpty())
             GTEST_SKIP() << "no real log or no evtxexport";
         std::map<quint32, EventEntry> expected = exportedEvents(text);

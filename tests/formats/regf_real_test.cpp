@@ -30,7 +30,7 @@ bool sameTree(const regf::Key& left, const regf::Key& right)
 QByteArray hivexml(const QByteArray& hive)
 {
     static const QRegularExpression place(u"<byte_run[^>]*>"_s);
-    return QString::fromUtf8(toldBy(u"hivexml"_s, {}, hive)).remove(place).toUtf8();
+    return QString::fromUtf8(outputOf(u"hivexml"_s, {}, hive)).remove(place).toUtf8();
 }
 
 } // namespace

@@ -247,7 +247,7 @@ TEST(Regf, DamageIsAnErrorOrAReadableRestThatIsNeverWritten)
     }
 }
 
-/// A key of the name k, its list of one subkey behind it, as cells.
+/// A key of the name k, its list of one subkey after it, as cells.
 QByteArray keyAndList(quint32 list, quint32 subkey, quint32 count)
 {
     QByteArray bytes(104, '\0');

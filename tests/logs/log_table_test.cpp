@@ -118,7 +118,7 @@ TEST_F(LogTable, BeginsAnOpenPeriodAtTheMachinesStart)
     EXPECT_EQ(service.LogTo, quint32(Now + 200));
 }
 
-TEST_F(LogTable, TellsOfALogThatIsMissing)
+TEST_F(LogTable, ReportsALogThatIsMissing)
 {
     ASSERT_EQ(rows().size(), 1);
     EXPECT_EQ(table.text(0, 1), u"0200003C"_s);

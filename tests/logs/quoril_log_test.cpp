@@ -172,7 +172,7 @@ TEST(QuorilLog, IsReadToAnEndWhileItIsCutRotatedRewrittenAndWritten)
     }
 }
 
-TEST(QuorilLog, LoadTellsHowItWent)
+TEST(QuorilLog, LoadReportsHowItWent)
 {
     FakeMachine fake;
     fake.fakeFiles.put(u"C:\\a.log", bytesOf(header()));

@@ -141,7 +141,7 @@ TEST(PosixSessionTest, KeepsAMessageAmongTheProgramsOfItsTree)
     int heard = 0;
     const auto subscription = one.subscribe(u"m", [&] { heard += 1; });
     PosixSession(u"/other"_s, nullptr).broadcast(u"m", HungWindows::AreAwaited);
-    PosixSession(u"/one"_s, nullptr).broadcast(u"m", HungWindows::AreAwaited); // comes behind the other
+    PosixSession(u"/one"_s, nullptr).broadcast(u"m", HungWindows::AreAwaited); // comes after the other
     for (int i = 0; i < 2000 && heard == 0; ++i)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
     QCoreApplication::processEvents();

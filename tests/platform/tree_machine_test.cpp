@@ -22,7 +22,7 @@ namespace quoril::test {
 
 namespace {
 
-TEST(TreeMachineTest, TellsWhyAnEventLogCantBeOpened)
+TEST(TreeMachineTest, ReportsWhyAnEventLogCantBeOpened)
 {
     const TemporaryTree tree;
     TreeMachine machine(tree.root());
@@ -113,7 +113,7 @@ TEST(TreeMachineTest, MayBeUsedFromSeveralThreads)
     EXPECT_EQ(failures, 0);
 }
 
-TEST(TreeMachineTest, TellsItsVersion)
+TEST(TreeMachineTest, KnowsItsVersion)
 {
     const TemporaryTree tree;
     TreeMachine machine(tree.root());

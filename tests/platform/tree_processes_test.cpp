@@ -70,7 +70,7 @@ TEST_F(TreeProcessesTest, RunsAProgramByItsMachinePath)
     EXPECT_TRUE(tree.read(u"out"_s).startsWith("x|255|\xc3\xbc|"));
 }
 
-TEST_F(TreeProcessesTest, TellsWhyAProgramDoesNotRun)
+TEST_F(TreeProcessesTest, ReportsWhyAProgramDoesNotRun)
 {
     struct Case
     {
@@ -107,7 +107,7 @@ TEST_F(TreeProcessesTest, TakesTheDesktopsMonitorWhereTheTreeHasNoneThatRunsHere
     EXPECT_EQ(start(tree.root()), 7u);
 }
 
-TEST_F(TreeProcessesTest, TakesTheWholeExitCodeOfAProgramThatTellsItAndThatOfASignal)
+TEST_F(TreeProcessesTest, TakesTheWholeExitCodeOfAProgramThatGivesItAndThatOfASignal)
 {
     const struct
     {

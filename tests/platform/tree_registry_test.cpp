@@ -141,7 +141,7 @@ TEST_F(TreeRegistryTest, RefusesATextMadeToHurtAndTakesNothingOfIt)
     EXPECT_EQ(tree.read(u"Windows/System32/config/SYSTEM"_s), before);
 }
 
-TEST_F(TreeRegistryTest, TellsOfTheProcessors)
+TEST_F(TreeRegistryTest, KnowsTheProcessors)
 {
     const auto first = keyAt(registry, u"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0");
     ASSERT_TRUE(first);

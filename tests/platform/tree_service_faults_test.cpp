@@ -119,7 +119,7 @@ TEST_F(TreeServiceFaultsTest, StaysStopPendingWhileTheStopIsIgnored)
     ASSERT_TRUE(tree.comesTo(*service, Running));
     ASSERT_TRUE(service->control(ServiceControlStop));
     EXPECT_EQ(tree.await(*service, Stopped, 300ms).currentState, StopPending);
-    // The process is killed by somebody else: the host tells of its end.
+    // The process is killed by somebody else: the host records its end.
     ASSERT_TRUE(tree.folder(u"STUBBORN"_s).current().service->signal(SIGKILL));
     EXPECT_TRUE(tree.comesTo(*service, Stopped));
 }
@@ -266,7 +266,7 @@ TEST_F(TreeServiceFaultsTest, AProcessThatNobodyRecordedNeverRuns)
     EXPECT_FALSE(QFile::exists(program + u".ran"_s));
 }
 
-TEST_F(TreeServiceFaultsTest, ALockThatSomebodyElseHoldsIsToldAsOne)
+TEST_F(TreeServiceFaultsTest, ALockThatSomebodyElseHoldsIsReportedAsOne)
 {
     tree.add(u"CERES"_s);
     const TryLock lock(ServiceFolder::make(tree.machine.paths(), u"CERES")->place(u"host"));

@@ -34,7 +34,7 @@ protected:
     ServiceTree tree;
 };
 
-TEST_F(TreeServiceTest, IsTheSameToEveryConsoleAndTellsTheLogs)
+TEST_F(TreeServiceTest, IsTheSameToEveryConsoleAndInTheLogs)
 {
     tree.add(u"CERES"_s, u"--start-delay 600 --stop-delay 600"_s);
     const auto service = *tree.open(u"ceres"_s);
@@ -66,9 +66,9 @@ TEST_F(TreeServiceTest, IsTheSameToEveryConsoleAndTellsTheLogs)
     EXPECT_EQ(events(u"System"),
         QStringList({u"Service Control Manager: CERES instance running"_s,
             u"Service Control Manager: CERES instance stopped"_s}));
-    const QStringList told = events(u"Application");
-    ASSERT_EQ(told.size(), 1);
-    const QString event = told.first().mid(QStringView(u"QUORIL Emulator: ").size());
+    const QStringList reports = events(u"Application");
+    ASSERT_EQ(reports.size(), 1);
+    const QString event = reports.first().mid(QStringView(u"QUORIL Emulator: ").size());
     EXPECT_EQ(event.mid(15, 17), u":INFO :  00000249");
     EXPECT_EQ(event.mid(52), u"Session started: CERES");
     const QString text = textOf(tree.read(u"Emulators/CERES.log"_s));
@@ -78,7 +78,7 @@ TEST_F(TreeServiceTest, IsTheSameToEveryConsoleAndTellsTheLogs)
     EXPECT_TRUE(text.endsWith(u"\r\n"_s));
 }
 
-TEST_F(TreeServiceTest, TellsWhyAServiceDoesNotStart)
+TEST_F(TreeServiceTest, ReportsWhyAServiceDoesNotStart)
 {
     tree.add(u"MARKED"_s);
     tree.write(u"data.exe"_s, "MZ");
@@ -214,7 +214,7 @@ TEST_F(TreeServiceTest, StartsWhatAServiceNeedsAndKeepsIt)
     } cases[] = {
         {u"LOST"_s, u"IDLE none"_s, {}, error::ServiceDependencyDeleted},
         {u"FORSAKEN"_s, u"IDLE going"_s, {}, error::ServiceDependencyDeleted},
-        {u"BEHIND"_s, u"IDLE LOST"_s, {}, error::ServiceDependencyFail},
+        {u"AFTER"_s, u"IDLE LOST"_s, {}, error::ServiceDependencyFail},
         {u"LOCKED"_s, u"IDLE OFF"_s, {}, error::ServiceDependencyFail},
         {u"ROUND"_s, u"IDLE ABOUT"_s, {}, error::CircularDependency},
         {u"ABOUT"_s, u"IDLE round"_s, {}, error::CircularDependency},
@@ -278,7 +278,7 @@ TEST_F(TreeServiceTest, LocksTheDatabaseBetweenProcesses)
     EXPECT_EQ(tree.manager()->lockDatabase().errorNumber(), error::AccessDenied);
 }
 
-TEST_F(TreeServiceTest, LeavesNothingBehindInManyRuns)
+TEST_F(TreeServiceTest, LeavesNothingOverInManyRuns)
 {
     constexpr int services = 4;
     constexpr int rounds = 50;

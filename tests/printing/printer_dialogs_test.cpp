@@ -65,7 +65,7 @@ protected:
         reader.start(u"pdftotext"_s, {u"-layout"_s, file, u"-"_s});
         EXPECT_TRUE(reader.waitForFinished() && reader.exitCode() == 0);
         QStringList pages = QString::fromUtf8(reader.readAllStandardOutput()).split(u'\f');
-        pages.removeLast(); // behind the last page
+        pages.removeLast(); // after the last page
         return pages;
     }
     static int lineCount(const QString& page) { return int(page.split(u'\n', Qt::SkipEmptyParts).size()); }
@@ -144,7 +144,7 @@ TEST(PageUnits, LeaveTheMarginsOfThePaperFree)
 
 #ifdef Q_OS_WIN
 
-TEST_F(PrintedPanel, TellsThatThereIsNoPrinter)
+TEST_F(PrintedPanel, ReportsThatThereIsNoPrinter)
 {
     if (!QPrinterInfo::availablePrinterNames().isEmpty())
         GTEST_SKIP() << "a printer is installed";
@@ -191,7 +191,7 @@ TEST_F(PrintedPanel, ShowsTheConfigurationAndNothingOfAnEmptyList)
     EXPECT_EQ(print(), QStringList());
 }
 
-TEST_F(PrintedPanel, TellsThatThePrinterCannotStart)
+TEST_F(PrintedPanel, ReportsThatThePrinterCannotStart)
 {
     showRows(3);
     person.on(u"Print"_s, [](QWidget& window) {

@@ -167,7 +167,7 @@ TEST(OperatingSystem, IsNamedByItsVersion)
     EXPECT_EQ(DescribeOperatingSystem(Error{}), u"Unknown Product");
 }
 
-TEST(OperatingSystem, TellsItsEdition)
+TEST(OperatingSystem, KnowsItsEdition)
 {
     const QStringView editions[] = {u"", u" Ultimate Edition", u" Home Basic Edition",
         u" Home Premium Edition", u" Enterprise Edition", u"", u" Business Edition", u" Standard Edition",

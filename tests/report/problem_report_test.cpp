@@ -156,12 +156,12 @@ TEST_F(ProblemReportTest, LeavesItsTemporaryFilesWhenNoReportIsMade)
 TEST_F(ProblemReportTest, GoesOnWithoutATemporaryFileThatVanished)
 {
     for (const qsizetype gone : {0, 1, 2}) {
-        const std::string told = mail(m_report, [this, gone] {
+        const std::string message = mail(m_report, [this, gone] {
             QStringList names = temporaryFiles();
             std::ranges::sort(names, {}, [](const QString& name) { return name.mid(21).toInt(); });
             EXPECT_TRUE(QFile::remove(m_folder.filePath(u"tmp/"_s + names.value(gone))));
         });
-        EXPECT_EQ(told, "Can't open temporary data file.");
+        EXPECT_EQ(message, "Can't open temporary data file.");
         EXPECT_EQ(temporaryFiles(), QStringList());
         const QString text = textOfFile(m_report);
         // The stages run in the order hardware, registry, log.
@@ -173,22 +173,22 @@ TEST_F(ProblemReportTest, GoesOnWithoutATemporaryFileThatVanished)
 
 #ifdef Q_OS_LINUX
 
-TEST_F(ProblemReportTest, TellsThatItHasNoPlaceForTemporaryFiles)
+TEST_F(ProblemReportTest, ReportsThatThereIsNoPlaceForTemporaryFiles)
 {
     QFile(m_folder.filePath(u"file"_s)).open(QIODevice::WriteOnly);
     const struct
     {
         QString directory;
-        std::string told;
+        std::string message;
         quint32 hardware, log; // what the stages give
     } cases[] = {
         {m_folder.filePath(u"file/below"_s), "Can't create temporary attachment file.\n", error::PathNotFound,
             error::PathNotFound},
         {u"/proc"_s, "Can't create file for attachment.\n", error::AccessDenied, 1},
     };
-    for (const auto& [directory, told, hardware, log] : cases) {
+    for (const auto& [directory, message, hardware, log] : cases) {
         useTemporaryDirectory(directory);
-        EXPECT_EQ(mail(m_report) + '\n', told + told + told);
+        EXPECT_EQ(mail(m_report) + '\n', message + message + message);
         EXPECT_TRUE(textOfFile(m_report).endsWith(u"(such as RDB, DEC Forms.):\r\n\r\n\r\n"));
         appMAPI report(m_prompts, {});
         QuorilMAPIData data;
@@ -237,7 +237,7 @@ TEST_F(ProblemReportTest, NeverCallsACutReportStored)
     EXPECT_EQ(QFileInfo(m_report).size(), limit);
     EXPECT_EQ(temporaryFiles(), QStringList());
 
-    // Only the temporary file of the logs is too long: nothing of it remains, and it is told.
+    // Only the temporary file of the logs is too long: nothing of it remains, and it is reported.
     m_machine.fakeFiles.put(u"C:\\a.log", QByteArray(100'000, '\1'));
     m_service.LogFile = u"C:\\a.log"_s;
     disk.emplace(10'000);
@@ -273,14 +273,14 @@ TEST_F(ProblemReportTest, TakesTheLogsNameFromAConfigurationFile)
         QString configuration;
         quint32 result;
         QString log;
-        std::string told;
+        std::string message;
     } cases[] = {
         {{}, 0, {}, ""},
         {u"C:\\e\\a.cfg"_s, 0, u"C:\\e\\a.log"_s, ""},
         {u"C:\\e\\empty.cfg"_s, 1, {}, ""},
         {u"C:\\e\\none.cfg"_s, 0, {}, "Can't open configuration file. C:\\e\\none.cfg"},
     };
-    for (const auto& [configuration, result, log, told] : cases) {
+    for (const auto& [configuration, result, log, message] : cases) {
         m_machine.calls.takeLog();
         appMAPI report(m_prompts, [](const QString&) { return QString(); });
         QuorilMAPIData data;
@@ -290,7 +290,7 @@ TEST_F(ProblemReportTest, TakesTheLogsNameFromAConfigurationFile)
         EXPECT_EQ(data.LogFileName, log);
         EXPECT_EQ(data.LogFrom, m_machine.fakeClock.now() - 180);
         EXPECT_EQ(data.LogTo, data.LogFrom + 3);
-        EXPECT_EQ(shown(), told);
+        EXPECT_EQ(shown(), message);
         EXPECT_EQ(textOfFile(data.LogAttachment)
                       .endsWith(u"line\r\n-------------------- End of the LOG --------------------\r\n"),
             !log.isEmpty());

@@ -65,7 +65,7 @@ TEST_F(RegistryWalkTest, WritesTheTreeDepthFirst)
     ASSERT_TRUE(parameters->setDWord(u"", 5));
     ASSERT_TRUE(parameters->setValue(u"Fits", {value_type::Binary, QByteArray(511, '\1')}));
     ASSERT_TRUE(parameters->setValue(u"Large", {value_type::Binary, QByteArray(512, '\1')}));
-    ASSERT_TRUE(parameters->setDWord(u"Behind", 1));
+    ASSERT_TRUE(parameters->setDWord(u"After", 1));
     parameters.reset();
     m_machine.fakeRegistry.node(Services + u"Alpha\\Parameters\\zz\\1"_s);
     m_machine.fakeRegistry.node(Services + u"Alpha\\Parameters\\aa"_s);

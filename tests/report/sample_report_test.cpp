@@ -65,7 +65,7 @@ TEST(SampleReport, IsTheGoldenOne)
     machine.addEvent(u"Application"_s, 162, u"QUORIL IRIS"_s, u"last of the span"_s);
     machine.addEvent(u"Application"_s, 170, u"Other"_s, u"of another program"_s);
     machine.addEvent(u"System"_s, 170, u"Disk"_s, u"of any program"_s);
-    machine.addEvent(u"System"_s, 161, u"Disk"_s, u"behind the span"_s);
+    machine.addEvent(u"System"_s, 161, u"Disk"_s, u"after the span"_s);
     CQuorilManagerDoc document;
     ASSERT_TRUE(ScanServices(document));
     const ServiceInfo* const service = document.findService(u"IRIS");

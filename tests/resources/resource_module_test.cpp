@@ -146,9 +146,15 @@ TEST(ResourceModule, GermanCarriesExactlyTheSameIds)
     EXPECT_EQ(ids.size(), QSet<QString>(ids.begin(), ids.end()).size());
     EXPECT_EQ(german.ids(), ids);
     EXPECT_NE(german.string(text::SelectService), english.string(text::SelectService));
+    // Each number that the code has a name for is there, too.
+    const QString header = QString::fromUtf8(contentOf(u"" QUORIL_TEST_DIR "/../src/resources/text_ids.h"_s));
+    static const QRegularExpression constant(u"(\\w+) = (\\d+);"_s);
+    for (auto it = constant.globalMatch(header.section(u"namespace quoril::text"_s, 1, 1)); it.hasNext();) {
+        const QRegularExpressionMatch named = it.next();
+        EXPECT_TRUE(ids.contains(u"string "_s + named.captured(2))) << named.captured(1);
+    }
     for (const QString& country : {u"DEA"_s, u"DES"_s, u"DEL"_s, u"DEC"_s})
-        EXPECT_EQ(ResourceModule::load(QString(GermanFile).replace(u"DEU"_s, country)).ids(), ids)
-            << country.toStdString();
+        EXPECT_EQ(ResourceModule::load(QString(GermanFile).replace(u"DEU"_s, country)).ids(), ids) << country;
 
     for (quint32 menu : {menu::Main, menu::Tree, menu::List}) {
         const std::vector<MenuEntry> popups = english.menu(menu);
@@ -235,7 +241,7 @@ TEST(ResourceModule, BrokenFilesLoadNothingAndLeaveNoTrace)
     for (qsizetype length = 0; length < sound.size(); length += 97)
         EXPECT_FALSE(loads(sound.first(length))) << length;
 
-    // Every byte of the header and of the tree behind the data, turned over one at a time: some faults are
+    // Every byte of the header and of the tree after the data, turned over one at a time: some faults are
     // harmless (a time stamp), none may be fatal.
     const auto tree = qFromBigEndian<quint32>(sound.constData() + 8);
     for (qsizetype at = 0; at < sound.size(); at = at == 23 ? qsizetype(tree) : at + 1) {

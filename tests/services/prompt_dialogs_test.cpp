@@ -40,15 +40,15 @@ TEST(InformDialog, EnterAndEscapeEndItForGood)
     }
 }
 
-TEST(DialogPrompts, TellAndAskUnderTheApplicationsTitle)
+TEST(DialogPrompts, ReportAndAskUnderTheApplicationsTitle)
 {
     constexpr int ok = 1, cancel = 2, yes = 6, no = 7;
     FakeMachine machine;
     QWidget window;
     DialogPrompts prompts(&window);
     Person person;
-    person.on(u"Quoril Services Manager: Told"_s, Person::presses(ok));
-    prompts.message(u"Told"_s);
+    person.on(u"Quoril Services Manager: Report"_s, Person::presses(ok));
+    prompts.message(u"Report"_s);
     const std::pair<Person::Action, bool> answers[]
         = {{Person::presses(yes), true}, {Person::presses(no), false}, {Person::types(Qt::Key_Escape), false},
             {Person::types(Qt::Key_Return), false}};

@@ -7,7 +7,7 @@
 
 namespace quoril::test {
 
-TEST(SetupArguments, AreReadOrToldToBeWrong)
+TEST(SetupArguments, AreReadOrReportedAsWrong)
 {
     FakeMachine machine;
     machine.fakeFiles.put(u"C:\\a b\\juno.cfg", {});
@@ -41,10 +41,10 @@ TEST(SetupArguments, AreReadOrToldToBeWrong)
         {files(u"C:\\a b\\juno.cfg"_s, u"C:\\x.exe\""_s), "executable can't be run: it contains a double"},
         {files(QString(31'998, u'n') + u"\"\""_s, u"C:\\x.exe"_s), "it contains a double quote"},
     };
-    for (const auto& [given, told] : wrong) {
+    for (const auto& [given, text] : wrong) {
         const SetupArguments arguments = read(given);
-        EXPECT_EQ(arguments.kind, SetupArguments::Kind::Wrong) << told;
-        EXPECT_THAT(arguments.message.toStdString(), testing::HasSubstr(told));
+        EXPECT_EQ(arguments.kind, SetupArguments::Kind::Wrong) << text;
+        EXPECT_THAT(arguments.message.toStdString(), testing::HasSubstr(text));
     }
 }
 

@@ -93,10 +93,10 @@ TEST_F(FrameInput, APreviewIsReadByTheKeyboardAlone)
         const std::pair<QString, QString> steps[]
             = {{u"Next"_s, u"Page 2 of 9"_s}, {u"End"_s, u"Page 9 of 9"_s}, {u"Prior"_s, u"Page 8 of 9"_s},
                 {u"Home"_s, u"Page 1 of 9"_s}, {u"alt+n"_s, u"Page 2 of 9"_s}};
-        for (const auto& [keys, told] : steps) {
+        for (const auto& [keys, shown] : steps) {
             hands.key(keys);
             // A button is seen to go down and up before it acts.
-            EXPECT_TRUE(Person::waitFor([&, &text = told] { return place->text() == text; }))
+            EXPECT_TRUE(Person::waitFor([&, &text = shown] { return place->text() == text; }))
                 << qPrintable(keys);
         }
         Hands::lastKey(u"Escape"_s);

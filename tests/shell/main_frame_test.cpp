@@ -222,7 +222,7 @@ TEST_F(MainFrameTest, TheSystemMonitorIsBroughtForwardOrStarted)
     action(command::SystemMonitor).trigger();
 }
 
-TEST_F(MainFrameTest, AnAnnouncedServiceIsToldAndChangesNothing)
+TEST_F(MainFrameTest, AnAnnouncedServiceIsReportedAndChangesNothing)
 {
     m_machine.addInstance(u"Gamma"_s);
     Person person;
@@ -233,7 +233,7 @@ TEST_F(MainFrameTest, AnAnnouncedServiceIsToldAndChangesNothing)
     EXPECT_EQ(m_machine.fakeSession.subscriptions(), 0);
 }
 
-TEST_F(MainFrameTest, BarsHideAndTheAboutBoxTellsTheVersion)
+TEST_F(MainFrameTest, BarsHideAndTheAboutBoxShowsTheVersion)
 {
     action(command::StatusBar).trigger();
     EXPECT_TRUE(frame().statusBar()->isHidden() && !action(command::StatusBar).isChecked());

@@ -16,7 +16,7 @@ inline void align(QByteArray& bytes)
     bytes.resize((bytes.size() + 3) & ~qsizetype(3), '\0');
 }
 
-/// A node of a version block, padded for the one behind it. Its value is text if it has children of none.
+/// A node of a version block, padded for the one after it. Its value is text if it has children of none.
 inline QByteArray versionNode(
     QStringView name, const QByteArray& value, bool isText, const QByteArray& children = {})
 {

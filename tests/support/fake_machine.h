@@ -348,7 +348,7 @@ private:
     ScopedMachine m_inForce{*this};
 };
 
-/// Records what the person is told, in the machine's log ("inform TEXT 2000", "message TEXT", "ask TEXT",
+/// Records what is said to the person, in the machine's log ("inform TEXT 2000", "message TEXT", "ask TEXT",
 /// "confirm NAME"), lets the time of an information box pass, and answers each question from the script, then
 /// with yes.
 class RecordingPrompts : public UserPrompts

@@ -27,7 +27,7 @@ inline QByteArray realData(const QString& name)
 
 /// What another reader of the format prints about a file of these bytes; nothing where it is missing or
 /// fails.
-inline QByteArray toldBy(const QString& reader, QStringList arguments, const QByteArray& bytes)
+inline QByteArray outputOf(const QString& reader, QStringList arguments, const QByteArray& bytes)
 {
     QTemporaryDir folder;
     QFile file(folder.filePath(QStringLiteral("file")));

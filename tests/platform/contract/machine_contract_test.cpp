@@ -37,7 +37,7 @@ protected:
     QString in(QStringView name) const { return contract->folder() + u'\\' + name.toString(); }
 };
 
-TEST_F(MachineContract, RunsProgramsAndTellsTheirExitCode)
+TEST_F(MachineContract, RunsProgramsAndGivesTheirExitCode)
 {
     const std::pair<QString, quint32> cases[] = {{u" --help"_s, 0}, {u" --die many"_s, 1}};
     for (const auto& [arguments, code] : cases) {
@@ -74,7 +74,7 @@ TEST_F(MachineContract, RunsProgramsAndTellsTheirExitCode)
     EXPECT_EQ(*(*byName)->exitCode(), 3u);
     EXPECT_EQ(machine.processes().create(u"no-such.exe", u"x").errorNumber(), error::FileNotFound);
     EXPECT_EQ(machine.processes().create({}, in(u"nothing.exe x")).errorNumber(), error::FileNotFound);
-    // Wine doesn't tell a folder that is missing from a file.
+    // To Wine a missing folder is a missing file.
     EXPECT_EQ(machine.processes().create({}, u"C:\\no-folder\\x.exe").errorNumber(),
         contract->isWine() ? error::FileNotFound : error::PathNotFound);
 
@@ -108,7 +108,7 @@ TEST_F(MachineContract, SharesAFileWithWhoeverWritesOrRemovesIt)
     EXPECT_EQ(files.remove(in(u"log.txt")).errorNumber(), error::FileNotFound);
 }
 
-TEST_F(MachineContract, TellsWhatAFileLacks)
+TEST_F(MachineContract, ReportsWhatAFileLacks)
 {
     Files& files = machine.files();
     EXPECT_EQ(files.openForReading(in(u"none")).errorNumber(), error::FileNotFound);
@@ -184,7 +184,7 @@ TEST_F(MachineContract, KeepsWhatIsReported)
     EXPECT_FALSE((*later)->next(read));
 }
 
-TEST_F(MachineContract, TellsOfItsSystem)
+TEST_F(MachineContract, KnowsItsSystem)
 {
     const SystemInfo& system = machine.systemInfo();
     EXPECT_EQ(system.windowsDirectory().toLower(), u"c:\\windows");

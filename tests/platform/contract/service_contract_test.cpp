@@ -62,7 +62,7 @@ TEST_F(ServiceContract, RegistersAndChangesWhatIsAskedFor)
     EXPECT_EQ(config->binaryPath, made.binaryPath);
     EXPECT_EQ(config->displayName, made.displayName);
     EXPECT_EQ(config->loadOrderGroup, u"TargetPlatformEmulator");
-    // Wine tells no dependencies, and loses them when the start type changes.
+    // Wine gives no dependencies, and loses them when the start type changes.
     const QStringList dependencies = contract->isWine() ? QStringList() : made.dependencies;
     EXPECT_EQ(config->dependencies, dependencies);
     EXPECT_EQ(opened->queryConfig(100).errorNumber(), error::InsufficientBuffer);
