@@ -39,7 +39,7 @@ const std::span<const LockChoice> g_lock_choices = LockChoices;
 void IdleLock::ArmIdleTimer()
 {
     if (m_idle_timer == 0)
-        m_idle_timer = m_window.SetTimer(IdleTimerId, IdlePeriod);
+        m_idle_timer = SetTimer(IdleTimerId, IdlePeriod);
 }
 
 void IdleLock::KillIdleTimers()
@@ -52,18 +52,18 @@ void IdleLock::OnTimer(quint32 id)
 {
     if (m_lock_timer != 0 && id == m_lock_timer) {
         kill(m_lock_timer);
-        m_window.LockNow();
+        LockNow();
     } else if (m_idle_timer != 0 && id == m_idle_timer) {
-        const quint32 timeout = m_window.lockTimeout();
+        const quint32 timeout = lockTimeout();
         if (timeout != 0 && m_lock_timer == 0)
-            m_lock_timer = m_window.SetTimer(LockTimerId, timeout);
+            m_lock_timer = SetTimer(LockTimerId, timeout);
     }
 }
 
 void IdleLock::kill(quint32& timer)
 {
     if (timer != 0)
-        m_window.KillTimer(std::exchange(timer, 0));
+        KillTimer(std::exchange(timer, 0));
 }
 
 void LockWorkstationIfSupported()

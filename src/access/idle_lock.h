@@ -2,7 +2,6 @@
 
 #include <QtGlobal>
 
-#include <functional>
 #include <span>
 
 namespace quoril {
@@ -28,18 +27,10 @@ public:
     static constexpr quint32 LockTimerId = 2;
     static constexpr quint32 IdlePeriod = 1000; ///< milliseconds
 
-    /// What the window does for it.
-    struct Window
-    {
-        /// Starts a repeating timer of so many milliseconds; gives its id, or 0 if there is none to be had.
-        std::function<quint32(quint32 id, quint32 milliseconds)> SetTimer;
-        std::function<void(quint32 id)> KillTimer;
-        /// The chosen idle time in milliseconds, 0 for none.
-        std::function<quint32()> lockTimeout;
-        std::function<void()> LockNow;
-    };
-
-    explicit IdleLock(Window window) : m_window(std::move(window)) { }
+    IdleLock() = default;
+    virtual ~IdleLock() = default;
+    IdleLock(const IdleLock&) = delete;
+    IdleLock& operator=(const IdleLock&) = delete;
 
     /// The message loop is idle: starts to measure, unless that is under way. A chosen time isn't needed.
     void ArmIdleTimer();
@@ -53,10 +44,19 @@ public:
     /// A timer of the window fired.
     void OnTimer(quint32 id);
 
+protected:
+    // What the window does for it.
+
+    /// Starts a repeating timer of so many milliseconds; gives its id, or 0 if there is none to be had.
+    virtual quint32 SetTimer(quint32 id, quint32 milliseconds) = 0;
+    virtual void KillTimer(quint32 id) = 0;
+    /// The chosen idle time in milliseconds, 0 for none.
+    virtual quint32 lockTimeout() const = 0;
+    virtual void LockNow() = 0;
+
 private:
     void kill(quint32& timer);
 
-    Window m_window;
     quint32 m_idle_timer = 0;
     quint32 m_lock_timer = 0;
 };

@@ -38,18 +38,18 @@ bool isActivity(const QEvent& event)
 IdleLockFrame::IdleLockFrame(
     QWidget& frame, std::function<quint32()> lockTimeout, std::function<void()> lockNow)
     : m_frame(frame)
-    , m_lock({[this](quint32 id, quint32 milliseconds) { return SetTimer(id, milliseconds); },
-          [this](quint32 id) { KillTimer(id); }, std::move(lockTimeout), std::move(lockNow)})
+    , m_lockTimeout(std::move(lockTimeout))
+    , m_lockNow(std::move(lockNow))
 {
-    for (const quint32 id : {IdleLock::IdleTimerId, IdleLock::LockTimerId})
+    for (const quint32 id : {IdleTimerId, LockTimerId})
         timer(id).setTimerType(Qt::PreciseTimer);
-    timer(IdleLock::IdleTimerId).callOnTimeout(this, [this] { m_lock.OnTimer(IdleLock::IdleTimerId); });
-    timer(IdleLock::LockTimerId).callOnTimeout(this, [this] { m_grace.start(); });
+    timer(IdleTimerId).callOnTimeout(this, [this] { OnTimer(IdleTimerId); });
+    timer(LockTimerId).callOnTimeout(this, [this] { m_grace.start(); });
     m_grace.setSingleShot(true);
     m_grace.setInterval(GraceMilliseconds);
-    m_grace.callOnTimeout(this, [this] { m_lock.OnTimer(IdleLock::LockTimerId); });
+    m_grace.callOnTimeout(this, [this] { OnTimer(LockTimerId); });
     qApp->installEventFilter(this);
-    m_watch = watchThreadInput([this] { m_lock.OnActivity(); });
+    m_watch = watchThreadInput([this] { OnActivity(); });
 }
 
 quint32 IdleLockFrame::SetTimer(quint32 id, quint32 milliseconds)
@@ -61,7 +61,7 @@ quint32 IdleLockFrame::SetTimer(quint32 id, quint32 milliseconds)
 void IdleLockFrame::KillTimer(quint32 id)
 {
     timer(id).stop();
-    if (id == IdleLock::LockTimerId)
+    if (id == LockTimerId)
         m_grace.stop();
 }
 
@@ -70,7 +70,7 @@ bool IdleLockFrame::eventFilter(QObject* receiver, QEvent* event)
     if (isActivity(*event)) {
         if (event->type() == QEvent::KeyPress)
             dispatchEscape(receiver, static_cast<const QKeyEvent&>(*event));
-        m_lock.OnActivity();
+        OnActivity();
     }
     return QObject::eventFilter(receiver, event);
 }

@@ -7,28 +7,32 @@ namespace quoril::test {
 namespace {
 
 /// A window with timers of the manual clock.
-struct Window : FakeMachine
+struct Window : FakeMachine, IdleLock
 {
     quint32 timeout = 10'000;
     bool refuses = false;
     std::map<quint32, std::pair<quint32, quint64>> timers; ///< period and next firing, by id
-    IdleLock lock{{[this](quint32 id, quint32 period) {
-                       timers[id] = {period, fakeClock.tickCount() + period};
-                       return refuses ? (timers.erase(id), 0U) : id;
-                   },
-        [this](quint32 id) { timers.erase(id); }, [this] { return timeout; }, LockWorkstationIfSupported}};
 
+    quint32 SetTimer(quint32 id, quint32 period) override
+    {
+        if (!refuses)
+            timers[id] = {period, fakeClock.tickCount() + period};
+        return refuses ? 0 : id;
+    }
+    void KillTimer(quint32 id) override { timers.erase(id); }
+    quint32 lockTimeout() const override { return timeout; }
+    void LockNow() override { LockWorkstationIfSupported(); }
     /// Lets the time pass in half seconds; gives the timers that run, how often the workstation was locked.
     std::string pass(quint32 milliseconds)
     {
         for (const quint64 end = fakeClock.tickCount() + milliseconds; fakeClock.tickCount() < end;) {
             fakeClock.advance(500);
-            for (const quint32 id : {IdleLock::IdleTimerId, IdleLock::LockTimerId}) {
+            for (const quint32 id : {IdleTimerId, LockTimerId}) {
                 const auto timer = timers.find(id);
                 if (timer == timers.end() || timer->second.second > fakeClock.tickCount())
                     continue;
                 timer->second.second += timer->second.first;
-                lock.OnTimer(id);
+                OnTimer(id);
             }
         }
         std::string state = timers.contains(1) ? timers.contains(2) ? "counting" : "idle" : "active";
@@ -43,20 +47,20 @@ TEST(IdleLock, LocksASecondAfterTheChosenTimeAndAgainUntilThereIsActivity)
     Window window;
     window.fakeSystemInfo.systemVersion.major = 5;
     EXPECT_EQ(window.pass(5'000), "active");
-    window.lock.ArmIdleTimer();
+    window.ArmIdleTimer();
     EXPECT_EQ(window.pass(500), "idle");
-    window.lock.ArmIdleTimer();
+    window.ArmIdleTimer();
     EXPECT_EQ(window.pass(500), "counting");
     EXPECT_EQ(window.pass(9'500), "counting");
     EXPECT_EQ(window.pass(500), "idle!");
     EXPECT_EQ(window.pass(22'000), "idle!!");
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(window.pass(10'500), "counting");
-        window.lock.OnActivity();
-        window.lock.OnTimer(IdleLock::LockTimerId); // a tick that was on its way
-        window.lock.OnTimer(IdleLock::IdleTimerId);
+        window.OnActivity();
+        window.OnTimer(IdleLock::LockTimerId); // a tick that was on its way
+        window.OnTimer(IdleLock::IdleTimerId);
         EXPECT_EQ(window.pass(0), "active");
-        window.lock.ArmIdleTimer();
+        window.ArmIdleTimer();
     }
     // A new choice, disabled, and a timer that is refused.
     window.timeout = 30'000;
@@ -67,8 +71,8 @@ TEST(IdleLock, LocksASecondAfterTheChosenTimeAndAgainUntilThereIsActivity)
     window.timeout = 10'000;
     window.refuses = true;
     EXPECT_EQ(window.pass(20'000), "idle");
-    window.lock.KillIdleTimers();
-    window.lock.ArmIdleTimer();
+    window.KillIdleTimers();
+    window.ArmIdleTimer();
     EXPECT_EQ(window.pass(20'000), "active");
 
     const std::tuple<quint32, quint32, bool> versions[]
