@@ -44,15 +44,15 @@ prove "a kill at every write" platform_tests '*DiskFaults*.AKilled*:SampleMachin
 prove "several programs change one tree" platform_tests \
     'HiveFileTest.LosesNoChange*:TreeRegistryTest.KeepsOpenKeys*:*.StartsOnceWhenMany*:SampleMachineTest.*'
 prove "a process number used again" platform_tests '*.TakesNoOtherProcessForTheService:*.KnowsAServiceWhoseHostWasKilled'
-prove "one unreadable service among many" core_tests 'ServiceCatalogueTest.ARefusedKey*' \
-    ctl_tests 'CtlTest.TellsWhatIsWrong*'
+prove "one unreadable service among many" core_tests 'ServiceCatalogue.ARefusedKey*' \
+    ctl_tests 'CtlTest.SaysWhatIsWrong*'
 prove "malicious files" formats_tests \
     'Regf.AHiveMadeToHurt*:Regf.DamageIs*:EvtReader.*:EvtxRealLog.SpansAndDamage:RegText.Faults*' \
     platform_tests 'TreeRegistryTest.RefusesATextMadeToHurt*:*.ReadsNoStateOutOfAHostileFolder'
 prove "a log cut, rotated and rewritten while it is read" core_tests \
     'QuorilLog.IsReadToAnEnd*' platform_tests '*.SharesAFileWithWhoever*'
 prove "a section of the report fails or would hang" core_tests \
-    'ProblemReportTest.IsStoredWithout*:ProblemReportTest.GoesOn*:ProblemReportTest.TellsThat*:LogSections.*:RegistryWalkTest.*' \
+    'ProblemReportTest.IsStoredWithout*:ProblemReportTest.GoesOn*:ProblemReportTest.ReportsThat*:LogSections.*:RegistryWalkTest.*' \
     platform_tests 'TreePathsTest.OpensNothingBut*'
 prove "the clock is set under pending orders" core_tests 'ScheduleTable.*'
 prove "a dialog over the idle lock" gui_tests 'IdleLockFrameTest.*' core_tests 'IdleLock.*' \
