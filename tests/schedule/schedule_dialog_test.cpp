@@ -1,8 +1,8 @@
 #include "schedule/schedule_dialog.h"
 
 #include "schedule/schedule_time.h"
-#include "support/fake_machine.h"
 #include "support/person.h"
+#include "support/service_bench.h"
 
 #include <QDateEdit>
 #include <QTimeEdit>
@@ -33,16 +33,13 @@ struct Window
     }
 };
 
-struct Console
+struct Console : ServiceBench
 {
-    FakeMachine machine;
     ScheduleTable table;
-    ServiceInfo service;
-    ServiceInfo* selected = &service;
+    ServiceInfo* selected = &record;
     Person person;
-    const qint64 now = machine.fakeClock.now();
+    const qint64 now = fakeClock.now();
 
-    Console() { machine.fakeClock.timerScale = 0.01; } // two seconds are twenty milliseconds
     int run(const std::function<void(Window)>& action)
     {
         person.on(u"Schedule dialog"_s, [&](QWidget& window) { action(Window(window)); });
@@ -55,8 +52,8 @@ struct Console
     void fill()
     {
         for (const QChar name : u"ABCDE"_s) {
-            service.Name = name;
-            table.add({service, name == u'A' ? 0 : now + 60, name == u'E' ? 7 : 1});
+            record.Name = name;
+            table.add({record, name == u'A' ? 0 : now + 60, name == u'E' ? 7 : 1});
         }
     }
 };
@@ -66,7 +63,6 @@ struct Console
 TEST(ScheduleDialog, AddsAtOnceAMinuteApartAndKeepsWhatWasAddedAfterCancel)
 {
     Console console;
-    console.service.Name = u"Quoril1"_s;
     EXPECT_EQ(console.run([&](Window window) {
         const int part = window.list.viewport()->width() / 5;
         EXPECT_EQ(window.list.columnWidth(0), 2 * part);
@@ -94,7 +90,7 @@ TEST(ScheduleDialog, AddsAtOnceAMinuteApartAndKeepsWhatWasAddedAfterCancel)
         Person::press(window.self, Cancel);
     }),
         QDialog::Rejected);
-    EXPECT_EQ(console.machine.fakeClock.timers, (std::vector<quint32>(4, 2000)));
+    EXPECT_EQ(console.fakeClock.timers, (std::vector<quint32>(4, 2000)));
     EXPECT_EQ(console.run([&](Window window) {
         EXPECT_EQ(window.cells(0), QStringList(4, u"Quoril1"_s));
         EXPECT_EQ(window.cells(1),

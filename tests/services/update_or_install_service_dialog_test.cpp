@@ -125,10 +125,8 @@ TEST(UpdateOrInstallServiceDlg, ThePickerTakesFilesOfTheMachineOnly)
     const QTemporaryDir folder;
     const QString outside = folder.filePath(u"b.cfg"_s);
     ASSERT_TRUE(QFile(outside).open(QIODevice::WriteOnly));
-    QWidget* install = nullptr;
     bench.person.on(u"Update / Install"_s, Person::presses(choice::Install));
-    bench.person.on(u"Service Install"_s, [&](QWidget& window) {
-        install = &window;
+    bench.person.on(u"Service Install"_s, [](QWidget& window) {
         Person::press(window, install_dialog::Browse);
         EXPECT_EQ(Person::control<QLineEdit>(window, install_dialog::Configuration).text(), u"C:\\a.cfg"_s);
         Person::press(window, install_dialog::Cancel);
