@@ -53,7 +53,7 @@ TEST(ServiceOperations, EveryFailingCallGivesItsTextAndLeavesNothingOpen)
         [](ServiceBench& b) { return b.record.StartPrerequisites(b.prompts); });
     failEachCall({{-1, {}}, {-2, {}}, {-5, {}}, {-6, {}}},
         [](ServiceBench& b) { return b.app.SetDependencies(u"Quoril1"_s); });
-    // The walk to the instance and its type comes first; no failure of it is told from another.
+    // The walk to the instance and its type comes first; no failure of it has a text of its own.
     std::vector<Outcome> removal(9, {-1, u"message The service is not installed yet."});
     for (const QStringView message :
         {u"message Failed to connect to Service Control Manager. Reason: Access is denied. (0x5)",

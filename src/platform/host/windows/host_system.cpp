@@ -3,6 +3,7 @@
 #include "platform/host/windows/host_handle.h"
 
 #include <array>
+#include <chrono>
 
 namespace quoril {
 
@@ -22,7 +23,9 @@ void reportFileSizeLimits() { }
 
 quint64 hostTickCount()
 {
-    return ::GetTickCount64();
+    // The performance counter, which goes on while the system sleeps; GetTickCount64 has steps of 16 ms.
+    const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
+    return quint64(std::chrono::floor<std::chrono::milliseconds>(sinceStart).count());
 }
 
 Result<quint64> hostMemory()
