@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <stop_token>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace quoril::test {
@@ -237,6 +239,25 @@ TEST_F(TreeServiceFaultsTest, TakesNoOtherProcessForTheService)
     EXPECT_EQ(::waitpid(stranger, nullptr, WNOHANG), 0) << "the stranger was signalled";
     ::kill(stranger, SIGKILL);
     ::waitpid(stranger, nullptr, 0);
+}
+
+TEST_F(TreeServiceFaultsTest, AStateThatIsReplacedWhileItIsReadIsOneOfTheTwo)
+{
+    tree.add(u"BUSY"_s);
+    const auto folder = ServiceFolder::make(tree.machine.paths(), u"BUSY");
+    const ServiceRecord record{{Running, 0, 0, 0}, ProcessIdentity::of(::getpid()), {}};
+    ASSERT_TRUE(folder->record(record));
+    {
+        const std::jthread host([&](const std::stop_token& ended) {
+            while (!ended.stop_requested())
+                (void)folder->record(record).ok();
+        });
+        int others = 0;
+        for (int i = 0; i < 3000; ++i)
+            others += folder->current().status.currentState == Running ? 0 : 1;
+        EXPECT_EQ(others, 0);
+    }
+    folder->remove(); // this process isn't one to be ended
 }
 
 TEST_F(TreeServiceFaultsTest, AProcessThatNobodyRecordedNeverRuns)
