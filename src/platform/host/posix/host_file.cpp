@@ -146,8 +146,8 @@ Result<std::unique_ptr<QFile>> openRegularFile(const HostPlace& place, HostOpen 
 bool isOnlyOurs(const QFile& file)
 {
     struct stat status = {};
-    // A further name could lead to a file of ours that was written for something else. A file that was replaced
-    // since it was opened has no name left.
+    // A further name could lead to a file of ours that was written for something else. A file that was
+    // replaced since it was opened has no name left.
     return ::fstat(file.handle(), &status) == 0 && (status.st_uid == 0 || status.st_uid == ::geteuid())
         && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 && status.st_nlink <= 1;
 }
