@@ -15,6 +15,7 @@
 #include <csignal>
 #include <cstdarg>
 #include <fcntl.h>
+#include <ostream>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -184,6 +185,8 @@ struct Change
     const char* name;
     Status (*make)(TreeMachine&);
     bool mayShow = false; ///< a step after the one that counts can fail: reported, and there all the same
+
+    friend void PrintTo(const Change& change, std::ostream* out) { *out << change.name; }
 };
 
 const Change Changes[] = {
