@@ -129,7 +129,7 @@ TEST(ServiceCatalogue, EveryFailingCallLeavesNothingOpen)
         EXPECT_LE(catalogue.document.m_services.size(), 2U);
         EXPECT_EQ(catalogue.calls.open(), 0) << call;
     } while (catalogue.calls.count() >= call);
-    EXPECT_GT(call, 20);
+    EXPECT_GT(call - 1, 20); // each that a scan makes, and one more
 }
 
 TEST(LogPath, IsMadeAbsoluteWithTheHome)
